@@ -1,0 +1,106 @@
+# shellcheck shell=bash
+# Shell functions shared by the commands in the root folder and in scripts/.
+# Sourced, never run. Sets the strict mode for whoever sources it.
+
+set -euo pipefail
+
+VX_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+VX_BUILD=$VX_ROOT/build
+VX_LOGS=$VX_BUILD/logs
+mkdir -p "$VX_LOGS"
+
+# Process groups started by start_group and not ended yet.
+VX_GROUPS=()
+
+# Chosen: often enough to see that it lives, seldom enough for a log file.
+VX_PROGRESS_SECONDS=15
+
+say() { printf '%s\n' "$*"; }
+
+# One line that names the thing and the remedy; nothing else is printed after it.
+fail() {
+    printf 'error: %s\n' "$*" >&2
+    exit 1
+}
+
+# Starts a command as a process group of its own, so that it can be ended together with
+# whatever it started. The group's id is left in VX_STARTED.
+start_group() {
+    setsid "$@" &
+    VX_STARTED=$!
+    VX_GROUPS+=("$VX_STARTED")
+}
+
+forget_group() {
+    local kept=() group
+    for group in "${VX_GROUPS[@]}"; do
+        [ "$group" = "$1" ] || kept+=("$group")
+    done
+    VX_GROUPS=("${kept[@]}")
+}
+
+# Ends one group: asks first, insists after two seconds.
+stop_group() {
+    local group=$1 tenths=0
+    kill -TERM -- "-$group" 2>/dev/null || true
+    while kill -0 -- "-$group" 2>/dev/null && [ "$tenths" -lt 20 ]; do
+        sleep 0.1
+        tenths=$((tenths + 1))
+    done
+    kill -KILL -- "-$group" 2>/dev/null || true
+    wait "$group" 2>/dev/null || true
+    forget_group "$group"
+}
+
+# Ends the groups in the reverse order of their start: what was started last may need the others.
+stop_all_groups() {
+    local index
+    for ((index = ${#VX_GROUPS[@]} - 1; index >= 0; index--)); do
+        stop_group "${VX_GROUPS[index]}"
+    done
+}
+
+# Calls the given function once at the end, however the script ends.
+at_end() {
+    # shellcheck disable=SC2064  # the name is wanted now, not when the signal comes
+    trap "$1" EXIT
+    trap 'exit 130' INT
+    trap 'exit 143' TERM HUP
+}
+
+# The newest "[done/total]" of a build log, or nothing.
+progress_of() { tail -c 4096 "$1" 2>/dev/null | grep -oE '^\[ *[0-9]+[/%][^]]*\]' | tail -n 1 || true; }
+
+# run_step TITLE LOG COMMAND...: runs a long command with its output in LOG, says now and then that
+# it is still alive, and ends with the seconds it took. On failure the end of the log is shown.
+run_step() {
+    local title=$1 log=$2 started=$SECONDS waited=0 status=0
+    shift 2
+    mkdir -p "$(dirname "$log")"
+    start_group "$@" >"$log" 2>&1 </dev/null
+    local group=$VX_STARTED
+    while kill -0 "$group" 2>/dev/null; do
+        sleep 0.2
+        waited=$((SECONDS - started))
+        if [ $((waited / VX_PROGRESS_SECONDS)) -gt "${ticks:-0}" ]; then
+            local ticks=$((waited / VX_PROGRESS_SECONDS))
+            say "    $title: ${waited} s $(progress_of "$log")"
+        fi
+    done
+    wait "$group" || status=$?
+    forget_group "$group"
+    if [ "$status" -ne 0 ]; then
+        tail -n "${VX_TAIL_LINES:-25}" "$log" >&2
+        fail "$title failed; the whole output is in $log"
+    fi
+    say "  $title: done in $((SECONDS - started)) s"
+}
+
+# need_disk DIRECTORY GIBIBYTES: the directory's nearest existing parent decides.
+need_disk() {
+    local directory=$1 wanted=$2 free
+    while [ ! -d "$directory" ]; do directory=$(dirname "$directory"); done
+    free=$(df --output=avail -B 1M "$directory" | tail -n 1)
+    [ "$free" -ge $((wanted * 1024)) ] ||
+        fail "only $free MiB are free under $directory, $wanted GiB are needed: make room and run again"
+}
