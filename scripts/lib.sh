@@ -23,11 +23,13 @@ fail() {
     exit 1
 }
 
-# Starts a command as a process group of its own, so that it can be ended together with
-# whatever it started. The group's id is left in VX_STARTED.
+# Starts a command or a function as a process group of its own (which is what job control does), so
+# that it can be ended together with whatever it started. The group's id is left in VX_STARTED.
 start_group() {
-    setsid "$@" &
+    set -m
+    "$@" &
     VX_STARTED=$!
+    set +m
     VX_GROUPS+=("$VX_STARTED")
 }
 
@@ -71,20 +73,19 @@ at_end() {
 # The newest "[done/total]" of a build log, or nothing.
 progress_of() { tail -c 4096 "$1" 2>/dev/null | grep -oE '^\[ *[0-9]+[/%][^]]*\]' | tail -n 1 || true; }
 
-# run_step TITLE LOG COMMAND...: runs a long command with its output in LOG, says now and then that
-# it is still alive, and ends with the seconds it took. On failure the end of the log is shown.
+# run_step TITLE LOG COMMAND...: runs a long command or function with its output in LOG, says now and
+# then that it is still alive, and ends with the seconds it took. On failure the end of the log is shown.
 run_step() {
-    local title=$1 log=$2 started=$SECONDS waited=0 status=0
+    local title=$1 log=$2 started=$SECONDS said=$SECONDS status=0 group
     shift 2
     mkdir -p "$(dirname "$log")"
     start_group "$@" >"$log" 2>&1 </dev/null
-    local group=$VX_STARTED
+    group=$VX_STARTED
     while kill -0 "$group" 2>/dev/null; do
         sleep 0.2
-        waited=$((SECONDS - started))
-        if [ $((waited / VX_PROGRESS_SECONDS)) -gt "${ticks:-0}" ]; then
-            local ticks=$((waited / VX_PROGRESS_SECONDS))
-            say "    $title: ${waited} s $(progress_of "$log")"
+        if [ $((SECONDS - said)) -ge "$VX_PROGRESS_SECONDS" ]; then
+            said=$SECONDS
+            say "    $title: $((said - started)) s $(progress_of "$log")"
         fi
     done
     wait "$group" || status=$?
