@@ -3,7 +3,7 @@
 # Components: core, imgproc.
 
 find_path(OpenCV_INCLUDE_DIRS opencv2/core.hpp PATHS /usr/include/opencv4)
-set(OpenCV_FOUND ${OpenCV_INCLUDE_DIRS})
+set(OpenCV_FOUND TRUE)
 set(OpenCV_LIBS "")
 foreach(component IN ITEMS core imgproc)
   find_library(OpenCV_${component}_LIBRARY opencv_${component})
@@ -22,6 +22,9 @@ if(TARGET opencv_imgproc)
   set_property(TARGET opencv_imgproc PROPERTY INTERFACE_LINK_LIBRARIES opencv_core)
 endif()
 
+if(NOT OpenCV_INCLUDE_DIRS)
+  set(OpenCV_FOUND FALSE)
+endif()
 foreach(component IN LISTS OpenCV_FIND_COMPONENTS)
   if(OpenCV_FIND_REQUIRED_${component} AND NOT OpenCV_${component}_FOUND)
     set(OpenCV_FOUND FALSE)
