@@ -1,0 +1,44 @@
+#pragma once
+
+#include "VxBase/VxExpected.h"
+#include "VxCamera/transport/IUdpSocket.h"
+#include "VxCamera/transport/Ipv4Endpoint.h"
+
+#include <cstddef>
+#include <memory>
+
+namespace transport {
+
+/// Whether others may bind the same port at the same time.
+enum class PortSharing {
+    Exclusive, ///< for unicast: a second socket gets PORT_IN_USE
+    Shared,    ///< for multicast groups: each socket receives every datagram
+};
+
+struct UdpSocketOptions {
+    Ipv4Endpoint local; ///< 0.0.0.0 = every interface; port 0 = any free one
+    PortSharing sharing = PortSharing::Exclusive;
+    bool isBroadcastAllowed = false;    ///< SendTo may address a broadcast
+    std::size_t receiveBufferBytes = 0; ///< asked for, the system may grant less; 0 = the system's default
+    Ipv4Address multicastInterface; ///< through which SendTo reaches groups; 0.0.0.0 = the system's choice
+};
+
+/// Opens sockets: the real ones, or those of a test.
+///
+/// Owner:  the composition root; outlives nothing: sockets live on without it.
+/// Thread: any.
+class ISocketFactory {
+public:
+    ISocketFactory(const ISocketFactory&) = delete;
+    ISocketFactory& operator=(const ISocketFactory&) = delete;
+    virtual ~ISocketFactory() = default;
+
+    /// @return  PORT_IN_USE; NETWORK_ERROR with the system's reason (for instance no interface has this
+    /// address)
+    virtual VxExpected<std::unique_ptr<IUdpSocket>> OpenUdp(const UdpSocketOptions& options) = 0;
+
+protected:
+    ISocketFactory() = default;
+};
+
+} // namespace transport

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "VxBase/VxExpected.h"
+#include "VxBase/VxResult.h"
+#include "VxCamera/transport/Ipv4Endpoint.h"
+
+#include <chrono>
+#include <cstddef>
+#include <span>
+
+namespace transport {
+
+/// Room for one datagram, and what was received into it.
+struct Datagram {
+    std::span<std::byte> memory; ///< in: borrowed; a longer datagram is cut and marked
+    std::size_t size = 0;        ///< out: bytes in memory
+    Ipv4Endpoint sender;         ///< out
+    bool isTruncated = false;    ///< out: the datagram was longer than memory
+
+    [[nodiscard]] std::span<const std::byte> Bytes() const { return memory.first(size); }
+};
+
+/// A bound UDP socket.
+///
+/// Owner:  whoever opened it.
+/// Thread: SendTo and Wake from any thread; Receive from one thread at a time; the rest before the first
+/// Receive or
+///         from the receiving thread. Nobody may be inside a method when it is destroyed.
+class IUdpSocket {
+public:
+    IUdpSocket(const IUdpSocket&) = delete;
+    IUdpSocket& operator=(const IUdpSocket&) = delete;
+    virtual ~IUdpSocket() = default;
+
+    /// Sends one datagram; never waits for the network.
+    /// @return  NETWORK_ERROR with the system's reason (no route, message too long, ...)
+    virtual VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) = 0;
+
+    /// Waits for at least one datagram, then takes as many as are there and as there is room for.
+    ///
+    /// Nothing a peer does (an unreachable port, a reset) ends reception.
+    ///
+    /// @param datagrams  not empty; the first N of them are filled
+    /// @param timeout    longest wait; 0 = only what is there already
+    /// @return  N, at least 1; TIMEOUT; ABORTED after a Wake; NETWORK_ERROR
+    virtual VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
+                                            std::chrono::microseconds timeout) = 0;
+
+    /// Makes the Receive that waits, or else the next one, return ABORTED at once. Wakes before that Receive
+    /// are one.
+    virtual void Wake() = 0;
+
+    /// Where the socket is bound; the port is never 0.
+    [[nodiscard]] virtual Ipv4Endpoint LocalEndpoint() const = 0;
+
+    /// Bytes that the system grants for datagrams waiting to be received (as the system counts them).
+    [[nodiscard]] virtual std::size_t ReceiveBufferBytes() const = 0;
+
+    /// Joins or leaves a multicast group on the interface with this address; membership ends with the socket.
+    virtual VxResult JoinGroup(Ipv4Address group, Ipv4Address interfaceAddress) = 0;
+    virtual VxResult LeaveGroup(Ipv4Address group, Ipv4Address interfaceAddress) = 0;
+
+protected:
+    IUdpSocket() = default;
+};
+
+} // namespace transport

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "VxCamera/transport/IInterfaceList.h"
+#include "VxCamera/transport/ISocketFactory.h"
+
+#include <memory>
+
+namespace transport {
+
+/// The operating system's sockets. Nothing is started or loaded before the first socket is opened.
+[[nodiscard]] std::unique_ptr<ISocketFactory> MakeSystemSocketFactory();
+
+/// The operating system's network interfaces.
+[[nodiscard]] std::unique_ptr<IInterfaceList> MakeSystemInterfaceList();
+
+} // namespace transport
