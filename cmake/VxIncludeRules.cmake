@@ -1,0 +1,6 @@
+# Checks who includes whom, as a part of every build.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+add_custom_target(check-includes ALL
+  COMMAND "${Python3_EXECUTABLE}" "${CMAKE_SOURCE_DIR}/cmake/check-includes.py"
+  COMMENT "Checking who includes whom"
+  VERBATIM)
