@@ -1,0 +1,158 @@
+#pragma once
+
+#include "VxBase/VxExpected.h"
+#include "VxBase/VxResult.h"
+#include "VxCamera/genapi/node/NodeTypes.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace genapi {
+
+class Description;
+class IRegisterPort;
+class NodeMapImpl;
+
+/// A feature: a node that a user meets by walking down from the category "Root".
+struct Feature {
+    NodeId node{};
+    std::string category; ///< "root", "root\AnalogControl", "root\AnalogControl\BlackLevels"
+};
+
+/// Something in the description that was passed over so that the rest could be used.
+struct Notice {
+    std::string node; ///< name of the node concerned
+    std::string text;
+};
+
+/// How registers of old descriptions are read.
+enum class RegisterOrder {
+    AsDescribed,
+    BigEndianBelowSchema11, ///< GigE Vision: 4-byte registers are big-endian numbers when the schema is older
+                            ///< than 1.1
+};
+
+/// One of several answers of a camera's memory that came with an image.
+struct Chunk {
+    std::uint64_t id = 0;
+    std::span<const std::byte> bytes; ///< borrowed for the call
+};
+
+/// A camera's features, described by its GenICam XML and living in its registers.
+///
+/// A node that is broken in the description (a reference to a node that is not there, a number that is none)
+/// is not implemented, and a notice says why; the rest of the map works.
+///
+/// Owner:  whoever loaded it. Borrows the port.
+/// Thread: any. One recursive lock per map; it is held while the port works, so a slow camera makes other
+/// users of the
+///         same map wait, and nothing else.
+class NodeMap {
+public:
+    /// Reads a description and makes its node map. No register is read.
+    /// @param xml  the file's bytes: UTF-8, UTF-16 or Latin-1; trailing NULs are ignored
+    /// @return  INVALID_DATA with the place of the fault for a text that is no camera description
+    [[nodiscard]] static VxExpected<std::unique_ptr<NodeMap>>
+    Load(std::string_view xml, IRegisterPort& port, RegisterOrder order = RegisterOrder::AsDescribed);
+
+    /// The same for a description that was read before.
+    [[nodiscard]] static VxExpected<std::unique_ptr<NodeMap>>
+    Create(std::shared_ptr<const Description> description, IRegisterPort& port,
+           RegisterOrder order = RegisterOrder::AsDescribed);
+
+    ~NodeMap();
+    NodeMap(const NodeMap&) = delete;
+    NodeMap& operator=(const NodeMap&) = delete;
+
+    /// Features in the order in which the categories name them, depth first, each once.
+    [[nodiscard]] const std::vector<Feature>& Features() const;
+
+    /// Number of nodes; ids are 0 to this - 1. Includes nodes without a name and entries of enumerations.
+    [[nodiscard]] std::size_t NodeCount() const;
+
+    /// @param name  case-sensitive; nodes outside every category are found as well
+    [[nodiscard]] std::optional<NodeId> Find(std::string_view name) const;
+
+    [[nodiscard]] const NodeInfo& Info(NodeId node) const;
+    [[nodiscard]] const std::vector<Notice>& Notices() const;
+
+    /// Keeps other threads off this map for as long as the returned lock lives: for a sequence of calls that
+    /// belong together, such as a selector and what it selects.
+    [[nodiscard]] std::unique_lock<std::recursive_mutex> Hold() const;
+
+    /// Access in the present state of the camera; reads what the description makes it depend on.
+    [[nodiscard]] AccessMode Access(NodeId node);
+
+    // Values. NOT_AVAILABLE, NOT_READABLE, NOT_WRITABLE, OUT_OF_RANGE, TYPE_MISMATCH or INVALID_DATA with a
+    // sentence that names the feature and says what would be accepted, or the port's result. An integer can
+    // be read from and written to booleans (0, 1), enumerations (the entry's number) and floats (rounded) as
+    // well, a float the same way.
+
+    [[nodiscard]] VxExpected<std::int64_t> GetInteger(NodeId node);
+    [[nodiscard]] VxResult SetInteger(NodeId node, std::int64_t value);
+    [[nodiscard]] VxExpected<IntegerLimits> GetIntegerLimits(NodeId node);
+
+    [[nodiscard]] VxExpected<double> GetFloat(NodeId node);
+    [[nodiscard]] VxResult SetFloat(NodeId node, double value);
+    [[nodiscard]] VxExpected<FloatLimits> GetFloatLimits(NodeId node);
+
+    [[nodiscard]] VxExpected<bool> GetBoolean(NodeId node);
+    [[nodiscard]] VxResult SetBoolean(NodeId node, bool value);
+
+    /// Starts a command; does not wait for its end.
+    [[nodiscard]] VxResult Execute(NodeId node);
+    [[nodiscard]] VxExpected<bool> IsDone(NodeId node);
+
+    /// Entries of an enumeration in the description's order, available or not; each is a node of type None.
+    [[nodiscard]] std::span<const NodeId> Entries(NodeId enumeration) const;
+    /// @return  the symbolic name of an entry, for instance "Continuous"
+    [[nodiscard]] std::string_view EntryName(NodeId entry) const;
+    [[nodiscard]] std::int64_t EntryValue(NodeId entry) const;
+    /// @return  the entry in force; INVALID_DATA when the camera's number has no entry
+    [[nodiscard]] VxExpected<NodeId> GetEntry(NodeId enumeration);
+    /// @param name  symbolic name of an entry that is available
+    [[nodiscard]] VxResult SetEntry(NodeId enumeration, std::string_view name);
+
+    /// Text of a String feature, UTF-8.
+    [[nodiscard]] VxExpected<std::string> GetString(NodeId node);
+    [[nodiscard]] VxResult SetString(NodeId node, std::string_view value);
+
+    /// Bytes of any node that stands for a register.
+    [[nodiscard]] VxExpected<std::vector<std::byte>> GetBytes(NodeId node);
+    [[nodiscard]] VxResult SetBytes(NodeId node, std::span<const std::byte> bytes);
+
+    /// Value of any type as text and back: integers as their representation asks, floats in the shortest form
+    /// that reads back the same, "true" and "false", entry names, hexadecimal bytes; "" for commands, which
+    /// any text executes.
+    [[nodiscard]] VxExpected<std::string> ToText(NodeId node);
+    [[nodiscard]] VxResult FromText(NodeId node, std::string_view text);
+
+    /// Features that show another value when this one changes, and features that change this one.
+    [[nodiscard]] std::span<const NodeId> Selected(NodeId selector) const;
+    [[nodiscard]] std::span<const NodeId> Selectors(NodeId selected) const;
+
+    /// Forgets every value read so far, for instance after the link was lost.
+    void InvalidateAll();
+
+    /// Forgets the values whose polling time has passed. Until the first call they are never kept at all.
+    /// @param elapsed  since the previous call
+    void Poll(std::chrono::milliseconds elapsed);
+
+    /// Puts the chunks of an image behind the chunk ports, instead of those of the image before. Copies the
+    /// bytes.
+    void AttachChunks(std::span<const Chunk> chunks);
+
+private:
+    explicit NodeMap(std::unique_ptr<NodeMapImpl> impl);
+    std::unique_ptr<NodeMapImpl> m_impl;
+};
+
+} // namespace genapi
