@@ -1,0 +1,22 @@
+#pragma once
+
+#include <windows.h>
+
+#include <new>
+#include <utility>
+
+/// Runs a function and turns any exception into a failure code: nothing is thrown out of a COM method or a
+/// thread.
+/// @return  what the function returns; E_OUTOFMEMORY for std::bad_alloc, E_UNEXPECTED for every other
+/// exception
+template <typename Function>
+[[nodiscard]] HRESULT AtComEdge(Function&& function) noexcept
+{
+    try {
+        return std::forward<Function>(function)();
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    } catch (...) {
+        return E_UNEXPECTED;
+    }
+}

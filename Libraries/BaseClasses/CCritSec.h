@@ -1,0 +1,21 @@
+#pragma once
+
+#include <windows.h>
+
+/// A lock that its owning thread may take again.
+///
+/// Owner:  the object whose state it guards.
+/// Thread: any.
+class CCritSec {
+public:
+    CCritSec() { ::InitializeCriticalSection(&m_CritSec); }
+    ~CCritSec() { ::DeleteCriticalSection(&m_CritSec); }
+    CCritSec(const CCritSec&) = delete;
+    CCritSec& operator=(const CCritSec&) = delete;
+
+    void Lock() { ::EnterCriticalSection(&m_CritSec); }
+    void Unlock() { ::LeaveCriticalSection(&m_CritSec); }
+
+private:
+    CRITICAL_SECTION m_CritSec;
+};
