@@ -30,7 +30,7 @@ STANDARD = IMPURE | set("""
     tuple type_traits typeindex typeinfo unordered_map unordered_set utility valarray variant vector
     version""".split())
 POSIX = re.compile(
-    r"(sys|net|netinet|arpa|linux)/.*|(unistd|fcntl|poll|pthread|ifaddrs|signal|dlfcn|time|errno|sched|netdb)\.h")
+    r"(sys|net|netinet|netpacket|arpa|linux)/.*|(unistd|fcntl|poll|pthread|ifaddrs|signal|dlfcn|time|errno|sched|netdb)\.h")
 # Neither the standard's nor the system's, or so special that a row has to name it.
 NAMED_ONLY = re.compile(
     r"(opencv2|CLI|gtest|gmock|benchmark)/.*|pugixml\.hpp|zlib\.h|png\.h|gdiplus.*"

@@ -105,3 +105,31 @@ need_disk() {
     [ "$free" -ge $((wanted * 1024)) ] ||
         fail "only $free MiB are free under $directory, $wanted GiB are needed: make room and run again"
 }
+
+# build_preset PRESET [TARGET...]: configures when needed and builds.
+build_preset() {
+    local preset=$1 folder=$VX_BUILD/$1 targets=() inputs
+    shift
+    [ $# -eq 0 ] || targets=(--target "$@")
+    # Ninja runs CMake again by itself when a CMake file changed; these decide how a folder starts.
+    inputs=$({
+        cat "$VX_ROOT/CMakePresets.json" "$VX_ROOT/cmake/mingw-w64.cmake"
+        readlink "$VX_BUILD/third-party"
+    } | sha256sum)
+    if [ ! -f "$folder/build.ninja" ] || [ "$(cat "$folder/vx-inputs" 2>/dev/null)" != "$inputs" ]; then
+        run_step "configure $preset" "$VX_LOGS/configure-$preset.log" \
+            cmake -S "$VX_ROOT" --preset "$preset" --fresh
+        printf '%s\n' "$inputs" >"$folder/vx-inputs"
+    fi
+    run_step "build $preset" "$VX_LOGS/build-$preset.log" \
+        cmake --build "$folder" --parallel "$(nproc)" "${targets[@]}"
+}
+
+# Runs a command inside scripts/own-world; ends it, too, when this script has to end.
+run_in_own_world() {
+    local status=0
+    start_group "$VX_ROOT/scripts/own-world" "$@" </dev/null
+    wait "$VX_STARTED" || status=$?
+    forget_group "$VX_STARTED"
+    return "$status"
+}
