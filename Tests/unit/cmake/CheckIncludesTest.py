@@ -69,7 +69,7 @@ class CheckIncludesTest(unittest.TestCase):
             "Libraries/VxBase/B.h:1")
 
     def test_refuses_threads_clocks_and_files_in_pure_code(self):
-        for header in ("thread", "condition_variable", "ctime", "fstream", "filesystem", "cstdio"):
+        for header in ("thread", "condition_variable", "ctime", "fstream", "filesystem", "iostream"):
             with self.subTest(header):
                 self.assert_refused({"Libraries/VxCamera/genapi/A.cpp": f"#include <{header}>\n"},
                                     "Libraries/VxCamera/genapi/A.cpp:1", f"<{header}>")
@@ -79,6 +79,11 @@ class CheckIncludesTest(unittest.TestCase):
         self.assert_refused(
             {"Libraries/VxCamera/wire/A.cpp": "#include <chrono>\nauto t = std::chrono::steady_clock::now();\n"},
             "Libraries/VxCamera/wire/A.cpp:2", "clock", "argument")
+
+    def test_refuses_files_in_pure_code_but_not_formatting(self):
+        self.assert_allowed({"Libraries/VxCamera/wire/A.cpp": "#include <cstdio>\nint n = std::snprintf(a, b, c);\n"})
+        self.assert_refused({"Libraries/VxCamera/wire/A.cpp": '#include <cstdio>\nauto f = std::fopen("a", "r");\n'},
+                            "Libraries/VxCamera/wire/A.cpp:2", "files")
 
     def test_refuses_sockets_in_pure_code(self):
         for header in ("sys/socket.h", "winsock2.h", "windows.h", "unistd.h"):
