@@ -14,7 +14,7 @@ namespace transport {
 struct Datagram {
     std::span<std::byte> memory; ///< in: borrowed; a longer datagram is cut and marked
     std::size_t size = 0;        ///< out: bytes in memory
-    Ipv4Endpoint sender;         ///< out
+    Ipv4Endpoint sender{};       ///< out
     bool isTruncated = false;    ///< out: the datagram was longer than memory
 
     [[nodiscard]] std::span<const std::byte> Bytes() const { return memory.first(size); }

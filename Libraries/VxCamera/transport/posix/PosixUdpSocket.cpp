@@ -1,0 +1,224 @@
+#include "VxCamera/transport/posix/PosixUdpSocket.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <limits>
+#include <string>
+#include <utility>
+
+namespace transport {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Chosen: what one system call takes at most; more would only lengthen the arrays below.
+constexpr std::size_t kMostPerCall = 64;
+
+// Chosen: how long a full send queue may take to drain before the datagram counts as not sent.
+constexpr int kSendQueueWaitMs = 20;
+
+VxResult SetOption(int socket, int level, int option, int value, const char* what)
+{
+    if (::setsockopt(socket, level, option, &value, sizeof value) != 0)
+        return SystemFailure(what, errno);
+    return VxResult::Ok();
+}
+
+void AskForReceiveBuffer(int socket, std::size_t bytes)
+{
+    constexpr std::size_t kLargest = std::numeric_limits<int>::max();
+    const int value = static_cast<int>(std::min(bytes, kLargest)); // fits, it was cut
+    // The first form goes past the system-wide limit and needs a privilege; the second is cut at that limit.
+    if (::setsockopt(socket, SOL_SOCKET, SO_RCVBUFFORCE, &value, sizeof value) != 0)
+        ::setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &value, sizeof value);
+}
+
+VxResult Configure(int socket, const UdpSocketOptions& options)
+{
+    if (options.sharing == PortSharing::Shared) {
+        if (const auto set = SetOption(socket, SOL_SOCKET, SO_REUSEADDR, 1, "share a UDP port"); !set.IsOK())
+            return set;
+        // Without this a socket gets the groups that any other program on the machine has joined.
+        if (const auto set = SetOption(socket, IPPROTO_IP, IP_MULTICAST_ALL, 0, "select multicast groups");
+            !set.IsOK())
+            return set;
+    }
+    if (options.isBroadcastAllowed) {
+        if (const auto set = SetOption(socket, SOL_SOCKET, SO_BROADCAST, 1, "allow broadcast"); !set.IsOK())
+            return set;
+    }
+    if (options.receiveBufferBytes > 0)
+        AskForReceiveBuffer(socket, options.receiveBufferBytes);
+    if (!options.multicastInterface.IsUnspecified()) {
+        in_addr address{htonl(options.multicastInterface.Value())};
+        if (::setsockopt(socket, IPPROTO_IP, IP_MULTICAST_IF, &address, sizeof address) != 0)
+            return SystemFailure("send multicast from " + options.multicastInterface.ToString(), errno);
+    }
+    return VxResult::Ok();
+}
+
+VxExpected<Ipv4Endpoint> Bind(int socket, const Ipv4Endpoint& local)
+{
+    sockaddr_in address = ToSystem(local);
+    if (::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        if (errno == EADDRINUSE)
+            return VxResult(VxError::PortInUse,
+                            "UDP port " + local.ToString() + " is used by another program");
+        return SystemFailure("bind UDP port " + local.ToString(), errno);
+    }
+    socklen_t length = sizeof address;
+    if (::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length) != 0)
+        return SystemFailure("read the UDP port", errno);
+    return FromSystem(address);
+}
+
+timespec ToTimespec(std::chrono::nanoseconds duration)
+{
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
+    return {static_cast<time_t>(seconds.count()), static_cast<long>((duration - seconds).count())};
+}
+
+} // namespace
+
+VxExpected<std::unique_ptr<IUdpSocket>> PosixUdpSocket::Open(const UdpSocketOptions& options)
+{
+    FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, IPPROTO_UDP));
+    if (!socket.IsValid())
+        return SystemFailure("open a UDP socket", errno);
+    FileDescriptor wakeEvent(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!wakeEvent.IsValid())
+        return SystemFailure("open an event", errno);
+    if (auto configured = Configure(socket.Get(), options); !configured.IsOK())
+        return configured;
+    const auto local = Bind(socket.Get(), options.local);
+    if (!local)
+        return local.Error();
+    return std::unique_ptr<IUdpSocket>(
+        std::make_unique<PosixUdpSocket>(std::move(socket), std::move(wakeEvent), *local));
+}
+
+PosixUdpSocket::PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Ipv4Endpoint& local)
+    : m_socket(std::move(socket)), m_wakeEvent(std::move(wakeEvent)), m_local(local)
+{
+}
+
+VxResult PosixUdpSocket::SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination)
+{
+    const sockaddr_in address = ToSystem(destination);
+    const auto send = [&] {
+        return ::sendto(m_socket.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL,
+                        reinterpret_cast<const sockaddr*>(&address), sizeof address) >= 0;
+    };
+    bool isSent = send();
+    if (!isSent && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
+        pollfd waiting{m_socket.Get(), POLLOUT, 0};
+        ::poll(&waiting, 1, kSendQueueWaitMs);
+        isSent = send();
+    }
+    return isSent ? VxResult::Ok() : SystemFailure("send to " + destination.ToString(), errno);
+}
+
+VxExpected<std::size_t> PosixUdpSocket::Receive(std::span<Datagram> datagrams,
+                                                std::chrono::microseconds timeout)
+{
+    const auto deadline = Clock::now() + timeout;
+    for (;;) {
+        if (m_isWoken.exchange(false))
+            return VxError::Aborted;
+        auto received = ReceiveWhatIsThere(datagrams);
+        if (received || received.Error().Code() != VxError::Timeout)
+            return received;
+        const auto rest = deadline - Clock::now();
+        if (rest <= rest.zero())
+            return VxError::Timeout;
+        if (auto waited = WaitForData(rest); !waited.IsOK())
+            return waited;
+    }
+}
+
+VxExpected<std::size_t> PosixUdpSocket::ReceiveWhatIsThere(std::span<Datagram> datagrams)
+{
+    std::array<mmsghdr, kMostPerCall> messages{};
+    std::array<iovec, kMostPerCall> memory{};
+    std::array<sockaddr_in, kMostPerCall> senders;
+    const std::size_t count = std::min(datagrams.size(), kMostPerCall);
+    for (std::size_t i = 0; i < count; ++i) {
+        memory[i] = {datagrams[i].memory.data(), datagrams[i].memory.size()};
+        messages[i].msg_hdr.msg_iov = &memory[i];
+        messages[i].msg_hdr.msg_iovlen = 1;
+        messages[i].msg_hdr.msg_name = &senders[i];
+        messages[i].msg_hdr.msg_namelen = sizeof senders[i];
+    }
+    const int received =
+        ::recvmmsg(m_socket.Get(), messages.data(), static_cast<unsigned>(count), MSG_DONTWAIT, nullptr);
+    if (received < 0) {
+        const bool isTransient =
+            errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR || errno == ECONNREFUSED;
+        return isTransient ? VxResult(VxError::Timeout)
+                           : SystemFailure("receive at " + m_local.ToString(), errno);
+    }
+    const auto filled = static_cast<std::size_t>(received); // not negative, tested above
+    for (std::size_t i = 0; i < filled; ++i) {
+        datagrams[i].size = messages[i].msg_len;
+        datagrams[i].isTruncated = (messages[i].msg_hdr.msg_flags & MSG_TRUNC) != 0;
+        datagrams[i].sender = FromSystem(senders[i]);
+    }
+    return filled;
+}
+
+VxResult PosixUdpSocket::WaitForData(std::chrono::nanoseconds timeout)
+{
+    std::array<pollfd, 2> waiting{pollfd{m_socket.Get(), POLLIN, 0}, pollfd{m_wakeEvent.Get(), POLLIN, 0}};
+    const timespec limit = ToTimespec(timeout);
+    if (::ppoll(waiting.data(), waiting.size(), &limit, nullptr) < 0 && errno != EINTR)
+        return SystemFailure("wait at " + m_local.ToString(), errno);
+    if (waiting[1].revents != 0) {
+        eventfd_t count = 0;
+        ::eventfd_read(m_wakeEvent.Get(), &count);
+    }
+    return VxResult::Ok();
+}
+
+void PosixUdpSocket::Wake()
+{
+    m_isWoken = true;
+    ::eventfd_write(m_wakeEvent.Get(), 1);
+}
+
+std::size_t PosixUdpSocket::ReceiveBufferBytes() const
+{
+    int value = 0;
+    socklen_t length = sizeof value;
+    if (::getsockopt(m_socket.Get(), SOL_SOCKET, SO_RCVBUF, &value, &length) != 0 || value < 0)
+        return 0;
+    return static_cast<std::size_t>(value); // not negative, tested above
+}
+
+VxResult PosixUdpSocket::JoinGroup(Ipv4Address group, Ipv4Address interfaceAddress)
+{
+    return ChangeMembership(IP_ADD_MEMBERSHIP, group, interfaceAddress);
+}
+
+VxResult PosixUdpSocket::LeaveGroup(Ipv4Address group, Ipv4Address interfaceAddress)
+{
+    return ChangeMembership(IP_DROP_MEMBERSHIP, group, interfaceAddress);
+}
+
+VxResult PosixUdpSocket::ChangeMembership(int option, Ipv4Address group, Ipv4Address interfaceAddress)
+{
+    const ip_mreq membership{{htonl(group.Value())}, {htonl(interfaceAddress.Value())}};
+    if (::setsockopt(m_socket.Get(), IPPROTO_IP, option, &membership, sizeof membership) == 0)
+        return VxResult::Ok();
+    const std::string action = option == IP_ADD_MEMBERSHIP ? "join" : "leave";
+    return SystemFailure(
+        action + " multicast group " + group.ToString() + " on " + interfaceAddress.ToString(), errno);
+}
+
+} // namespace transport

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "VxCamera/transport/ISocketFactory.h"
+#include "VxCamera/transport/posix/PosixSystem.h"
+
+#include <atomic>
+
+namespace transport {
+
+/// A UDP socket of a POSIX system. Owner and thread: see IUdpSocket.
+class PosixUdpSocket final : public IUdpSocket {
+public:
+    [[nodiscard]] static VxExpected<std::unique_ptr<IUdpSocket>> Open(const UdpSocketOptions& options);
+
+    PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Ipv4Endpoint& local);
+
+    VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) override;
+    VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
+                                    std::chrono::microseconds timeout) override;
+    void Wake() override;
+    [[nodiscard]] Ipv4Endpoint LocalEndpoint() const override { return m_local; }
+    [[nodiscard]] std::size_t ReceiveBufferBytes() const override;
+    VxResult JoinGroup(Ipv4Address group, Ipv4Address interfaceAddress) override;
+    VxResult LeaveGroup(Ipv4Address group, Ipv4Address interfaceAddress) override;
+
+private:
+    VxExpected<std::size_t> ReceiveWhatIsThere(std::span<Datagram> datagrams);
+    VxResult WaitForData(std::chrono::nanoseconds timeout);
+    VxResult ChangeMembership(int option, Ipv4Address group, Ipv4Address interfaceAddress);
+
+    const FileDescriptor m_socket;
+    const FileDescriptor m_wakeEvent;
+    const Ipv4Endpoint m_local;
+    std::atomic<bool> m_isWoken =
+        false; // set before the event is, so that a consumed wake leaves no second one
+};
+
+} // namespace transport

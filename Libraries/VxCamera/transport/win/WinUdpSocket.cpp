@@ -1,0 +1,271 @@
+#include "VxCamera/transport/win/WinUdpSocket.h"
+
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <string>
+#include <utility>
+
+namespace transport {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Fixed by Windows (mstcpip.h). When on, a peer's "port unreachable" or "time to live exceeded" fails the
+// next receive.
+constexpr DWORD kReportConnectionReset = 0x9800000C; // SIO_UDP_CONNRESET
+constexpr DWORD kReportNetworkReset = 0x9800000F;    // SIO_UDP_NETRESET
+
+// Chosen: how long a full send queue may take to drain before the datagram counts as not sent.
+constexpr long kSendQueueWaitUs = 20'000;
+
+VxResult SetOption(SOCKET socket, int level, int option, DWORD value, const char* what)
+{
+    if (::setsockopt(socket, level, option, reinterpret_cast<const char*>(&value), sizeof value) != 0)
+        return SystemFailure(what, ::WSAGetLastError());
+    return VxResult::Ok();
+}
+
+/// A system that does not know the switch does not report resets either; Receive passes over them in any
+/// case.
+void SwitchOffResetReports(SOCKET socket)
+{
+    for (const DWORD report : {kReportConnectionReset, kReportNetworkReset}) {
+        BOOL isOn = FALSE;
+        DWORD returned = 0;
+        ::WSAIoctl(socket, report, &isOn, sizeof isOn, nullptr, 0, &returned, nullptr, nullptr);
+    }
+}
+
+void AskForReceiveBuffer(SOCKET socket, std::size_t bytes)
+{
+    constexpr std::size_t kLargest = std::numeric_limits<int>::max();
+    const int value = static_cast<int>(std::min(bytes, kLargest)); // fits, it was cut
+    ::setsockopt(socket, SOL_SOCKET, SO_RCVBUF, reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+VxResult Configure(SOCKET socket, const UdpSocketOptions& options)
+{
+    SwitchOffResetReports(socket);
+    const int sharing = options.sharing == PortSharing::Shared ? SO_REUSEADDR : SO_EXCLUSIVEADDRUSE;
+    if (const auto set = SetOption(socket, SOL_SOCKET, sharing, TRUE, "choose the sharing of a UDP port");
+        !set.IsOK())
+        return set;
+    if (options.isBroadcastAllowed) {
+        if (const auto set = SetOption(socket, SOL_SOCKET, SO_BROADCAST, TRUE, "allow broadcast");
+            !set.IsOK())
+            return set;
+    }
+    if (options.receiveBufferBytes > 0)
+        AskForReceiveBuffer(socket, options.receiveBufferBytes);
+    if (!options.multicastInterface.IsUnspecified()) {
+        const DWORD address = ::htonl(options.multicastInterface.Value());
+        return SetOption(socket, IPPROTO_IP, IP_MULTICAST_IF, address, "choose the multicast interface");
+    }
+    return VxResult::Ok();
+}
+
+VxExpected<Ipv4Endpoint> Bind(SOCKET socket, const Ipv4Endpoint& local)
+{
+    sockaddr_in address = ToSystem(local);
+    if (::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        const int error = ::WSAGetLastError();
+        // The second is what a port gives that another program holds exclusively.
+        if (error == WSAEADDRINUSE || error == WSAEACCES)
+            return VxResult(VxError::PortInUse,
+                            "UDP port " + local.ToString() + " is used by another program");
+        return SystemFailure("bind UDP port " + local.ToString(), error);
+    }
+    int length = sizeof address;
+    if (::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length) != 0)
+        return SystemFailure("read the UDP port", ::WSAGetLastError());
+    return FromSystem(address);
+}
+
+KernelHandle MakeEvent()
+{
+    constexpr BOOL kResetsByHand = FALSE;
+    constexpr BOOL kIsSignalled = FALSE;
+    return KernelHandle(::CreateEventW(nullptr, kResetsByHand, kIsSignalled, nullptr));
+}
+
+/// Rounded up, so that the last wait does not end just before the deadline and spin.
+DWORD ToWaitMs(std::chrono::nanoseconds duration)
+{
+    const auto ms = std::chrono::ceil<std::chrono::milliseconds>(duration).count();
+    constexpr std::int64_t kLongest = 0x7FFFFFFF; // well below INFINITE; Receive waits again for the rest
+    return static_cast<DWORD>(std::min<std::int64_t>(ms, kLongest)); // fits, it was cut
+}
+
+} // namespace
+
+VxExpected<std::unique_ptr<IUdpSocket>> WinUdpSocket::Open(const UdpSocketOptions& options)
+{
+    WinsockUse winsock;
+    if (auto started = winsock.Result(); !started.IsOK())
+        return started;
+    SocketHandle socket(::WSASocketW(AF_INET, SOCK_DGRAM, IPPROTO_UDP, nullptr, 0,
+                                     WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
+    if (!socket.IsValid())
+        return SystemFailure("open a UDP socket", ::WSAGetLastError());
+    Parts parts{std::move(winsock), MakeEvent(), MakeEvent(), std::move(socket)};
+    const SOCKET handle = parts.socket.Get();
+    if (parts.readable.Get() == nullptr || parts.woken.Get() == nullptr)
+        return VxResult(VxError::OutOfMemory, "no event for a UDP socket");
+    if (auto configured = Configure(handle, options); !configured.IsOK())
+        return configured;
+    const auto local = Bind(handle, options.local);
+    if (!local)
+        return local.Error();
+    // Makes the socket non-blocking, too.
+    if (::WSAEventSelect(handle, parts.readable.Get(), FD_READ) != 0)
+        return SystemFailure("watch a UDP socket", ::WSAGetLastError());
+    return std::unique_ptr<IUdpSocket>(std::make_unique<WinUdpSocket>(std::move(parts), *local));
+}
+
+WinUdpSocket::WinUdpSocket(Parts parts, const Ipv4Endpoint& local) : m_parts(std::move(parts)), m_local(local)
+{
+}
+
+VxResult WinUdpSocket::SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination)
+{
+    const sockaddr_in address = ToSystem(destination);
+    const SOCKET socket = m_parts.socket.Get();
+    const auto send = [&]() -> int {
+        // A datagram is shorter than 64 KiB; a longer one is refused by the system, also when cut by this
+        // cast.
+        const int sent =
+            ::sendto(socket, reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()), 0,
+                     reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        return sent < 0 ? ::WSAGetLastError() : 0;
+    };
+    int error = send();
+    if (error == WSAEWOULDBLOCK) {
+        fd_set waiting{};
+        waiting.fd_count = 1;
+        waiting.fd_array[0] = socket;
+        timeval limit{0, kSendQueueWaitUs};
+        ::select(0, nullptr, &waiting, nullptr, &limit);
+        error = send();
+    }
+    return error == 0 ? VxResult::Ok() : SystemFailure("send to " + destination.ToString(), error);
+}
+
+VxExpected<std::size_t> WinUdpSocket::Receive(std::span<Datagram> datagrams,
+                                              std::chrono::microseconds timeout)
+{
+    const auto deadline = Clock::now() + timeout;
+    for (;;) {
+        if (m_isWoken.exchange(false))
+            return VxError::Aborted;
+        auto received = ReceiveWhatIsThere(datagrams);
+        if (received || received.Error().Code() != VxError::Timeout)
+            return received;
+        const auto rest = deadline - Clock::now();
+        if (rest <= rest.zero())
+            return VxError::Timeout;
+        if (auto waited = WaitForData(rest); !waited.IsOK())
+            return waited;
+    }
+}
+
+VxExpected<std::size_t> WinUdpSocket::ReceiveWhatIsThere(std::span<Datagram> datagrams)
+{
+    std::size_t filled = 0;
+    for (Datagram& datagram : datagrams) {
+        auto received = ReceiveOne(datagram);
+        if (received.IsOK()) {
+            ++filled;
+            continue;
+        }
+        if (filled > 0)
+            break; // what is wrong will show at the next call
+        return received;
+    }
+    return filled;
+}
+
+VxResult WinUdpSocket::ReceiveOne(Datagram& datagram)
+{
+    sockaddr_in sender{};
+    int senderLength = sizeof sender;
+    WSABUF memory{static_cast<ULONG>(datagram.memory.size()), // a datagram's room is far below 4 GiB
+                  reinterpret_cast<char*>(datagram.memory.data())};
+    DWORD size = 0;
+    DWORD flags = 0;
+    const int failed = ::WSARecvFrom(m_parts.socket.Get(), &memory, 1, &size, &flags,
+                                     reinterpret_cast<sockaddr*>(&sender), &senderLength, nullptr, nullptr);
+    const int error = failed != 0 ? ::WSAGetLastError() : 0;
+    datagram.isTruncated = error == WSAEMSGSIZE;
+    switch (error) {
+    case 0:
+    case WSAEMSGSIZE:
+        datagram.size = datagram.isTruncated ? datagram.memory.size() : size;
+        datagram.sender = FromSystem(sender);
+        return VxResult::Ok();
+    case WSAEWOULDBLOCK:
+    case WSAECONNRESET:
+    case WSAENETRESET:
+        return VxError::Timeout;
+    default:
+        return SystemFailure("receive at " + m_local.ToString(), error);
+    }
+}
+
+VxResult WinUdpSocket::WaitForData(std::chrono::nanoseconds timeout)
+{
+    const std::array<HANDLE, 2> events{m_parts.woken.Get(), m_parts.readable.Get()};
+    constexpr BOOL kAll = FALSE;
+    const DWORD waited =
+        ::WaitForMultipleObjects(static_cast<DWORD>(events.size()), events.data(), kAll, ToWaitMs(timeout));
+    if (waited == WAIT_FAILED)
+        return SystemFailure("wait at " + m_local.ToString(),
+                             static_cast<int>(::GetLastError())); // codes are small
+    return VxResult::Ok();
+}
+
+void WinUdpSocket::Wake()
+{
+    m_isWoken = true;
+    ::SetEvent(m_parts.woken.Get());
+}
+
+std::size_t WinUdpSocket::ReceiveBufferBytes() const
+{
+    int value = 0;
+    int length = sizeof value;
+    const int failed =
+        ::getsockopt(m_parts.socket.Get(), SOL_SOCKET, SO_RCVBUF, reinterpret_cast<char*>(&value), &length);
+    return failed != 0 || value < 0 ? 0 : static_cast<std::size_t>(value); // not negative, tested
+}
+
+VxResult WinUdpSocket::JoinGroup(Ipv4Address group, Ipv4Address interfaceAddress)
+{
+    return ChangeMembership(IP_ADD_MEMBERSHIP, group, interfaceAddress);
+}
+
+VxResult WinUdpSocket::LeaveGroup(Ipv4Address group, Ipv4Address interfaceAddress)
+{
+    return ChangeMembership(IP_DROP_MEMBERSHIP, group, interfaceAddress);
+}
+
+VxResult WinUdpSocket::ChangeMembership(int option, Ipv4Address group, Ipv4Address interfaceAddress)
+{
+    ip_mreq membership{};
+    membership.imr_multiaddr.s_addr = ::htonl(group.Value());
+    membership.imr_interface.s_addr = ::htonl(interfaceAddress.Value());
+    const int failed = ::setsockopt(m_parts.socket.Get(), IPPROTO_IP, option,
+                                    reinterpret_cast<const char*>(&membership), sizeof membership);
+    if (failed == 0)
+        return VxResult::Ok();
+    const std::string action = option == IP_ADD_MEMBERSHIP ? "join" : "leave";
+    return SystemFailure(action + " multicast group " + group.ToString() + " on " +
+                             interfaceAddress.ToString(),
+                         ::WSAGetLastError());
+}
+
+} // namespace transport
