@@ -32,11 +32,14 @@ def entries_of(folder):
 
 def statuses_of(folder):
     """What CTest says of each entry: 'run', 'fail', 'notrun' or 'disabled'."""
-    try:
-        tree = ElementTree.parse(folder / "tests.xml")
-    except (OSError, ElementTree.ParseError):
-        return {}
-    return {case.get("name"): case.get("status") for case in tree.iter("testcase")}
+    statuses = {}
+    for path in folder.glob("tests-*.xml"):
+        try:
+            tree = ElementTree.parse(path)
+        except (OSError, ElementTree.ParseError):
+            continue
+        statuses.update((case.get("name"), case.get("status")) for case in tree.iter("testcase"))
+    return statuses
 
 
 def cases_of(path):
