@@ -1,0 +1,120 @@
+"""scripts/lib.sh: steps, errors and process groups, each case in a shell of its own."""
+
+import pathlib
+import signal
+import subprocess
+import tempfile
+import unittest
+
+import vx_unittest
+
+PROJECT = pathlib.Path(__file__).resolve().parents[3]
+SHELL = ["bash", "-c"]
+
+
+def source(root, text):
+    """A script that works on a copy of the tree's scripts, so that logs go there."""
+    return f'. "{root}/scripts/lib.sh"\n{text}\n'
+
+
+class ShellLibraryTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+        self.root = pathlib.Path(self.folder.name)
+        (self.root / "scripts").mkdir()
+        (self.root / "scripts" / "lib.sh").write_text((PROJECT / "scripts" / "lib.sh").read_text())
+
+    def run_script(self, text):
+        return subprocess.run([*SHELL, source(self.root, text)], capture_output=True, text=True, check=False)
+
+    def start_script(self, text):
+        """Starts a script whose first line of output is waited for and returned with the process."""
+        process = subprocess.Popen([*SHELL, source(self.root, text)], stdout=subprocess.PIPE, text=True)
+        self.addCleanup(process.stdout.close)
+        return process, process.stdout.readline().strip()
+
+    def assert_ended(self, pid):
+        """A process that ended may wait to be collected by its new parent; that is not ours to see to."""
+        try:
+            state = pathlib.Path(f"/proc/{pid}/stat").read_text(encoding="ascii").rsplit(")", 1)[1].split()[0]
+        except OSError:
+            return
+        self.assertEqual(state, "Z")
+
+    def test_fail_prints_one_line_and_ends_with_one(self):
+        done = self.run_script('fail "no camera: start one"\necho not reached')
+
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (1, "", "error: no camera: start one\n"))
+
+    def test_a_step_is_quiet_and_says_that_it_is_done(self):
+        done = self.run_script('run_step "making tea" "$VX_LOGS/tea.log" echo hot')
+
+        self.assertEqual(done.returncode, 0)
+        self.assertRegex(done.stdout, r"^  making tea: done in \d+ s\n$")
+        self.assertEqual((self.root / "build/logs/tea.log").read_text(), "hot\n")
+
+    def test_a_step_runs_a_function(self):
+        done = self.run_script('brew() { echo "$1"; }\nrun_step tea "$VX_LOGS/tea.log" brew green')
+
+        self.assertEqual(done.returncode, 0)
+        self.assertEqual((self.root / "build/logs/tea.log").read_text(), "green\n")
+
+    def test_a_failed_step_shows_its_last_lines_and_where_the_rest_is(self):
+        done = self.run_script('brew() { seq 100; false; echo no; }\nrun_step tea "$VX_LOGS/tea.log" brew')
+
+        self.assertEqual(done.returncode, 1)
+        lines = done.stderr.splitlines()
+        self.assertEqual(lines[-2], "100")
+        self.assertEqual(lines[-1], f"error: tea failed; the whole output is in {self.root}/build/logs/tea.log")
+        self.assertLess(len(lines), 50)
+
+    def test_the_end_of_a_script_ends_its_groups_with_all_descendants(self):
+        process, grandchild = self.start_script('''
+            at_end stop_all_groups
+            parent() { sleep 1000 & echo $!; wait; }
+            start_group parent
+            sleep 0.5''')
+
+        process.wait(30)
+
+        self.assert_ended(int(grandchild))
+
+    def test_a_signal_ends_a_step_with_all_descendants(self):
+        for number, code in ((signal.SIGINT, 130), (signal.SIGTERM, 143)):
+            with self.subTest(number):
+                process, grandchild = self.start_script('''
+                    at_end stop_all_groups
+                    parent() { sleep 1000 & echo $! >&3; wait; }
+                    run_step tea "$VX_LOGS/tea.log" parent 3>&1''')
+
+                process.send_signal(number)
+
+                self.assertEqual(process.wait(30), code)
+                self.assert_ended(int(grandchild))
+
+    def test_a_group_that_ignores_the_polite_signal_is_ended_anyway(self):
+        process, stubborn = self.start_script('''
+            at_end stop_all_groups
+            parent() { trap "" TERM; sleep 1000 & echo $!; while :; do wait || true; done; }
+            start_group parent
+            sleep 0.5''')
+
+        process.wait(30)
+
+        self.assert_ended(int(stubborn))
+
+    def test_missing_disk_space_is_one_line(self):
+        done = self.run_script('need_disk "$VX_BUILD/not/there/yet" 1000000')
+
+        self.assertEqual(done.returncode, 1)
+        self.assertRegex(done.stderr, r"^error: only \d+ MiB are free under \S+, 1000000 GiB are needed: .*\n$")
+
+    def test_enough_disk_space_is_silent(self):
+        done = self.run_script('need_disk "$VX_BUILD" 0')
+
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+
+
+if __name__ == "__main__":
+    vx_unittest.main()
