@@ -2,6 +2,7 @@
 
 #include "BaseClasses/CAMThread.h"
 #include "BaseClasses/CBaseOutputPin.h"
+#include "BaseClasses/VxComPtr.h"
 
 class CSource;
 
@@ -74,6 +75,6 @@ private:
     HRESULT EndWorker();
     bool WaitForInit();
     void ObeyUntilExit();
-    HRESULT ProduceUntilRequest(Command& command);
-    HRESULT ProduceSample(IMediaSample* sample, bool& goesOn);
+    HRESULT ProduceUntilRequest(bool& isRequested);
+    HRESULT ProduceSample(VxComPtr<IMediaSample> sample, bool& goesOn);
 };

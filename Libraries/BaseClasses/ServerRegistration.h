@@ -19,13 +19,3 @@ HRESULT VxRegisterServer(const VxServerRegistration& registration);
 
 /// Unregisters the filters, and only if that succeeded the classes.
 HRESULT VxUnregisterServer(const VxServerRegistration& registration);
-
-/// Registers or unregisters the filter with one mapper of the factory, in the platform's general category.
-/// @return  S_OK, also when there was nothing to unregister
-HRESULT VxRegisterFilters(const VxServerRegistration& registration, BOOL registering);
-
-/// Registers (TRUE) or unregisters the classes of the module's table.
-STDAPI AMovieDllRegisterServer2(BOOL registering);
-
-/// The same, with the mapper from somewhere else.
-HRESULT AMovieDllRegisterServer2(BOOL registering, IVxFilterMapperFactory& mappers);

@@ -1,0 +1,6 @@
+#include "BaseClasses/BitmapSizes.h"
+
+DWORD WINAPI GetBitmapSize(const BITMAPINFOHEADER* header)
+{
+    return DIBSIZE(*header);
+}
