@@ -1,0 +1,179 @@
+#include "VxCamera/pixel/VxPixelConverter.h"
+
+#include "VxCamera/pixel/ConversionPlan.h"
+#include "VxCamera/pixel/PictureRows.h"
+#include "VxCamera/pixel/RowKernels.h"
+#include "VxCamera/pixel/VxPixelFormat.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <new>
+#include <optional>
+#include <string>
+
+using pixel::ConversionPlan;
+using pixel::SourceRows;
+using pixel::TargetRows;
+
+namespace {
+
+std::string FormatText(std::uint32_t code)
+{
+    constexpr std::size_t kTextBytes = sizeof "0x12345678";
+    char number[kTextBytes];
+    std::snprintf(number, sizeof number, "0x%08X", code);
+    const VxPixelFormat* const format = VxFindPixelFormat(code);
+    return format != nullptr ? std::string(format->name) + " (" + number + ")"
+                             : "pixel format " + std::string(number);
+}
+
+template <typename Byte>
+std::string PictureText(const VxBasicPictureView<Byte>& picture)
+{
+    return std::to_string(picture.widthPx) + "x" + std::to_string(picture.heightPx) + " " +
+           FormatText(picture.code) + " with " + std::to_string(picture.rowPaddingBytes) +
+           " bytes of row padding";
+}
+
+template <typename Byte>
+std::optional<VxPictureLayout> LayoutOf(const VxBasicPictureView<Byte>& picture)
+{
+    return VxLayOutPicture(picture.code, picture.widthPx, picture.heightPx, picture.rowPaddingBytes);
+}
+
+VxResult NoConversion(std::uint32_t source, std::uint32_t destination)
+{
+    return {VxError::NotSupported,
+            "There is no conversion from " + FormatText(source) + " to " + FormatText(destination) + "."};
+}
+
+template <typename Byte>
+VxResult NoLayout(const char* which, const VxBasicPictureView<Byte>& picture)
+{
+    return {VxError::InvalidParameter,
+            std::string("The ") + which +
+                " picture has no size, or one that is too large: " + PictureText(picture) + "."};
+}
+
+template <typename Byte>
+VxResult TooSmall(VxError code, const char* which, const VxBasicPictureView<Byte>& picture,
+                  std::size_t needed)
+{
+    return {code, std::string("The ") + which + " picture, " + PictureText(picture) + ", needs " +
+                      std::to_string(needed) + " bytes of memory and has " +
+                      std::to_string(picture.bytes.size()) + "."};
+}
+
+bool Overlap(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b)
+{
+    const std::less<const std::uint8_t*> isBefore; // total also for pointers into different memory
+    return isBefore(a.data(), b.data() + b.size()) && isBefore(b.data(), a.data() + a.size());
+}
+
+/// The row that stands for row y + step in a picture that is continued by its mirror image.
+std::size_t NeighbourRow(std::size_t y, int step, std::size_t rows)
+{
+    const std::size_t last = rows - 1;
+    const auto inside = std::min<std::size_t>(1, last); // a picture of one row has no other to offer
+    if (step < 0)
+        return y > 0 ? y - 1 : inside;
+    return y < last ? y + 1 : last - inside;
+}
+
+template <typename Kernels, typename Layout>
+auto KernelFor(const Kernels& kernels, Layout layout, pixel::Target target)
+{
+    return kernels[static_cast<std::size_t>(layout)][static_cast<std::size_t>(target)];
+}
+
+} // namespace
+
+VxPixelConverter::VxPixelConverter() : VxPixelConverter(pixel::BestInstructionSet()) {}
+
+VxPixelConverter::VxPixelConverter(pixel::InstructionSet set) : m_kernels(pixel::KernelsOf(set)) {}
+
+VxResult VxPixelConverter::Convert(const VxPictureView& source, const VxWritablePictureView& destination,
+                                   VxRowOrder order)
+{
+    const auto plan = pixel::PlanConversion(source.code, destination.code);
+    if (!plan)
+        return NoConversion(source.code, destination.code);
+    const auto sourceLayout = LayoutOf(source);
+    if (!sourceLayout)
+        return NoLayout("source", source);
+    const auto targetLayout = LayoutOf(destination);
+    if (!targetLayout)
+        return NoLayout("destination", destination);
+    if (source.bytes.size() < sourceLayout->usedBytes)
+        return TooSmall(VxError::InvalidParameter, "source", source, sourceLayout->usedBytes);
+    if (destination.bytes.size() < targetLayout->usedBytes)
+        return TooSmall(VxError::BufferTooSmall, "destination", destination, targetLayout->usedBytes);
+    if (Overlap(source.bytes.first(sourceLayout->usedBytes),
+                destination.bytes.first(targetLayout->usedBytes)))
+        return {VxError::InvalidParameter, "The source and the destination picture overlap in memory."};
+
+    const std::size_t columns = std::min(source.widthPx, destination.widthPx);
+    const std::size_t rows = std::min(source.heightPx, destination.heightPx);
+    const std::size_t targetBytes =
+        columns * pixel::kTargetBytesPerPixel[static_cast<std::size_t>(plan->target)];
+    if (VxResult prepared = PrepareMemory(*plan, source.widthPx, targetBytes); !prepared.IsOK())
+        return prepared;
+    SourceRows from(source, *sourceLayout, plan->unpack, source.widthPx * plan->componentsPerPixel,
+                    m_unpackedRows);
+    const TargetRows to(destination, *targetLayout, targetBytes, order == VxRowOrder::BottomUp);
+    if (plan->kind == pixel::RowKind::Bayer)
+        ConvertBayer(*plan, from, to, source.heightPx, rows);
+    else
+        ConvertRows(*plan, from, to, rows);
+    return VxResult::Ok();
+}
+
+VxResult VxPixelConverter::PrepareMemory(const ConversionPlan& plan, std::size_t sourceWidthPx,
+                                         std::size_t targetRowBytes)
+try {
+    const std::size_t unpackedBytes =
+        plan.unpack != nullptr ? pixel::kRowsHeld * plan.componentsPerPixel * sourceWidthPx : 0;
+    if (m_unpackedRows.size() < unpackedBytes)
+        m_unpackedRows.resize(unpackedBytes);
+    if (plan.kind == pixel::RowKind::Bayer && m_spareRow.size() < targetRowBytes)
+        m_spareRow.resize(targetRowBytes);
+    return VxResult::Ok();
+} catch (const std::bad_alloc&) {
+    return VxError::OutOfMemory;
+}
+
+void VxPixelConverter::ConvertRows(const ConversionPlan& plan, SourceRows& source, const TargetRows& target,
+                                   std::size_t rows) const
+{
+    const auto interleaved = KernelFor(m_kernels.interleaved, plan.interleaved, plan.target);
+    const auto pairs = KernelFor(m_kernels.pairs, plan.pairs, plan.target);
+    for (std::size_t y = 0; y < rows; ++y) {
+        if (plan.kind == pixel::RowKind::Pairs)
+            pairs(source.Row(y), target.Row(y), *plan.matrix);
+        else
+            interleaved(source.Row(y), target.Row(y));
+    }
+}
+
+void VxPixelConverter::ConvertBayer(const ConversionPlan& plan, SourceRows& source, const TargetRows& target,
+                                    std::size_t sourceRows, std::size_t rows)
+{
+    const pixel::BayerKernel kernel = m_kernels.bayer[static_cast<std::size_t>(plan.target)];
+    const auto convertPair = [&](std::size_t y, std::span<std::uint8_t> second) {
+        const std::size_t next = NeighbourRow(y, 1, sourceRows);
+        const pixel::BayerRows four{source.Row(NeighbourRow(y, -1, sourceRows)), source.Row(y),
+                                    source.Row(next), source.Row(NeighbourRow(next, 1, sourceRows))};
+        const bool isOdd = y % 2 != 0;
+        kernel(four, {plan.phase.isFirstRowRed != isOdd, plan.phase.isFirstPixelGreen != isOdd},
+               target.Row(y), second);
+    };
+    for (std::size_t y = 0; y + 1 < rows; y += 2)
+        convertPair(y, target.Row(y + 1));
+    if (rows % 2 == 0)
+        return;
+    if (rows > 1) // the pair with the row before, which is computed a second time with the same result
+        convertPair(rows - 2, target.Row(rows - 1));
+    else
+        convertPair(0, std::span(m_spareRow).first(target.Row(0).size()));
+}

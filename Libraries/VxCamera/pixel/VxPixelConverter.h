@@ -1,0 +1,66 @@
+#pragma once
+
+#include "VxBase/VxResult.h"
+#include "VxCamera/pixel/VxPictureView.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace pixel {
+enum class InstructionSet : std::uint8_t;
+struct ConversionPlan;
+struct RowKernels;
+class SourceRows;
+class TargetRows;
+} // namespace pixel
+
+/// Which row of the picture comes first in memory.
+enum class VxRowOrder : std::uint8_t {
+    TopDown,
+    BottomUp, ///< as in a Windows bitmap
+};
+
+/// Converts pictures of every format that it knows to BGR8 and BGRa8.
+///
+/// Bayer pictures are demosaiced bilinearly: each missing colour is the mean of the two or four nearest
+/// pixels of that colour, halves rounded up; at the edges the picture is continued by its mirror image about
+/// the outermost pixel. Brightness and colour differences follow the matrix and range that the format's name
+/// implies. Components of more than 8 bits keep the highest 8. Alpha is kept where the source has it, and
+/// opaque where it does not.
+///
+/// Owner:  anybody, by value.
+/// Thread: one at a time. Temporary memory is kept from picture to picture; it starts no threads.
+class VxPixelConverter {
+public:
+    /// Uses the best instructions that the processor has.
+    VxPixelConverter();
+
+    /// @param set  must be available; every set gives the same pictures
+    explicit VxPixelConverter(pixel::InstructionSet set);
+
+    /// Writes the source into the destination. When sizes differ, the part that both have is written, from
+    /// the first pixel of the first row on; no other byte of the destination changes, its row padding
+    /// included.
+    ///
+    /// @param source, destination  must not overlap in memory
+    /// @param order                of the destination; sources are top down
+    /// @return  NOT_SUPPORTED when there is no way between the formats; INVALID_PARAMETER for a picture
+    /// without size,
+    ///          with a size that overflows, with less memory than the source needs, or for overlapping
+    ///          pictures; BUFFER_TOO_SMALL when the destination's memory is; OUT_OF_MEMORY. The destination
+    ///          is untouched then.
+    VxResult Convert(const VxPictureView& source, const VxWritablePictureView& destination, VxRowOrder order);
+
+private:
+    VxResult PrepareMemory(const pixel::ConversionPlan& plan, std::size_t sourceWidthPx,
+                           std::size_t targetRowBytes);
+    void ConvertRows(const pixel::ConversionPlan& plan, pixel::SourceRows& source,
+                     const pixel::TargetRows& target, std::size_t rows) const;
+    void ConvertBayer(const pixel::ConversionPlan& plan, pixel::SourceRows& source,
+                      const pixel::TargetRows& target, std::size_t sourceRows, std::size_t rows);
+
+    const pixel::RowKernels& m_kernels; // static storage
+    std::vector<std::uint8_t> m_unpackedRows;
+    std::vector<std::uint8_t> m_spareRow; // what is computed for a second row that does not exist
+};
