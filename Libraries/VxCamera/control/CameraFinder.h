@@ -1,0 +1,53 @@
+#pragma once
+
+#include "VxBase/VxClock.h"
+#include "VxBase/VxExpected.h"
+#include "VxCamera/control/ConnectionId.h"
+#include "VxCamera/control/FoundCamera.h"
+#include "VxCamera/transport/IInterfaceList.h"
+#include "VxCamera/transport/ISocketFactory.h"
+
+#include <chrono>
+#include <vector>
+
+namespace control {
+
+/// Finds cameras on the network.
+///
+/// Owner:  whoever searches, for a call. Borrows all it is given.
+/// Thread: one; every interface is asked from a thread of its own, which ends before the call does.
+class CameraFinder {
+public:
+    struct Network {
+        transport::ISocketFactory& sockets;
+        transport::IInterfaceList& interfaces;
+        const IVxClock& clock;
+    };
+
+    explicit CameraFinder(const Network& network) : m_network(network) {}
+
+    /// Asks on every interface at once and collects answers for the time given.
+    /// @return  every interface in the system's order, also those without a camera. An interface that cannot
+    /// be used
+    ///          is left out.
+    [[nodiscard]] VxExpected<std::vector<ScannedInterface>> FindAll(std::chrono::milliseconds timeout);
+
+    /// Finds one camera and ends as soon as it has answered. For an IP address only that address is asked.
+    /// @return  NOT_FOUND, AMBIGUOUS (several cameras have this name), INVALID_CONFIGURATION,
+    /// INVALID_PARAMETER for
+    ///          an empty id
+    [[nodiscard]] VxExpected<FoundCamera> Find(const ConnectionId& id, std::chrono::milliseconds timeout);
+
+    /// @return  the interface through which this machine reaches the address
+    [[nodiscard]] VxExpected<transport::NetworkInterface> InterfaceTowards(transport::Ipv4Address remote);
+
+private:
+    [[nodiscard]] VxExpected<FoundCamera> FindByAddress(const ConnectionId& id,
+                                                        std::chrono::milliseconds timeout);
+    [[nodiscard]] VxExpected<FoundCamera> FindByScan(const ConnectionId& id,
+                                                     std::chrono::milliseconds timeout);
+
+    const Network m_network;
+};
+
+} // namespace control

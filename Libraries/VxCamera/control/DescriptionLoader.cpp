@@ -1,0 +1,100 @@
+#include "VxCamera/control/DescriptionLoader.h"
+
+#include "VxCamera/control/CommandClient.h"
+#include "VxCamera/control/ControlText.h"
+#include "VxCamera/control/MemoryBlock.h"
+#include "VxCamera/wire/registers/BootstrapRegisters.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+namespace control {
+
+namespace {
+
+// Chosen: the largest descriptions known have about 5 MB; a length that lies must not take all memory and
+// time.
+constexpr std::size_t kLargestDescription = 16 * 1024 * 1024;
+
+// Chosen: what one command carries.
+constexpr std::size_t kStepBytes = 512;
+
+// Fixed by the zip format: the first bytes of an archive.
+constexpr std::string_view kZipSignature = "PK\x03\x04";
+
+bool IsRefusal(const VxResult& result)
+{
+    return result.Code() == VxError::CameraError || result.Code() == VxError::AccessDenied ||
+           result.Code() == VxError::NotSupported;
+}
+
+} // namespace
+
+VxExpected<std::string> DescriptionLoader::Load()
+{
+    auto first = LoadFrom(bootstrap::kFirstUrl);
+    if (first)
+        return first;
+    const VxError code = first.Error().Code();
+    if (code == VxError::Timeout || code == VxError::LinkLost || code == VxError::NetworkError)
+        return first; // the second would end the same way, later
+    auto second = LoadFrom(bootstrap::kSecondUrl);
+    return second ? second : first;
+}
+
+VxExpected<std::string> DescriptionLoader::LoadFrom(std::uint32_t urlRegister)
+{
+    std::array<char, bootstrap::kUrlBytes> text{};
+    if (auto read = m_client.ReadMemory(urlRegister, std::as_writable_bytes(std::span(text))); !read.IsOK())
+        return read;
+    const auto url = ParseDescriptionUrl({text.data(), text.size()});
+    if (!url)
+        return Named(url.Error().Code(), url.Error().GetDescription().Narrow());
+    if (url->place != DescriptionUrl::Place::Device)
+        return Named(VxError::NotSupported, "its description is not in its memory but at \"" + url->name +
+                                                "\", which this library does not open");
+    auto file = ReadFile(*url);
+    if (!file)
+        return file;
+    if (url->IsZip() || file->starts_with(kZipSignature))
+        return Named(VxError::NotSupported, "its description \"" + url->name +
+                                                "\" is a zip archive, which this library does not unpack");
+    return file;
+}
+
+VxExpected<std::string> DescriptionLoader::ReadFile(const DescriptionUrl& url)
+{
+    const bool isLengthKnown = url.lengthBytes > 0;
+    if (url.lengthBytes > kLargestDescription || !IsAddressable(url.address, url.lengthBytes))
+        return Named(VxError::InvalidData, "its description \"" + url.name + "\" is said to have " +
+                                               std::to_string(url.lengthBytes) + " bytes at " +
+                                               HexText(url.address));
+    const std::size_t end = isLengthKnown ? url.lengthBytes : kLargestDescription;
+    std::string file;
+    while (file.size() < end) {
+        std::array<char, kStepBytes> step{};
+        const auto wanted = std::span(step).first(std::min(step.size(), end - file.size()));
+        const auto address =
+            url.address + static_cast<std::uint32_t>(file.size()); // below the largest description
+        if (auto read = m_client.ReadMemory(address, std::as_writable_bytes(wanted)); !read.IsOK()) {
+            if (file.empty() || !IsRefusal(read))
+                return read;
+            break; // the camera has less than it said
+        }
+        file.append(wanted.data(), wanted.size());
+        if (!isLengthKnown && std::ranges::find(wanted, '\0') != wanted.end())
+            break;
+    }
+    file.erase(file.find_last_not_of('\0') + 1); // cameras fill the end
+    if (file.empty())
+        return Named(VxError::InvalidData, "its description \"" + url.name + "\" is empty");
+    return file;
+}
+
+VxResult DescriptionLoader::Named(VxError code, const std::string& text) const
+{
+    return {code, "camera " + m_client.Device().address.ToString() + ": " + text};
+}
+
+} // namespace control

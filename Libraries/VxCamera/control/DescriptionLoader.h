@@ -1,0 +1,35 @@
+#pragma once
+
+#include "VxBase/VxExpected.h"
+#include "VxCamera/control/DescriptionUrl.h"
+
+#include <cstdint>
+#include <string>
+
+namespace control {
+
+class CommandClient;
+
+/// Fetches a camera's GenICam description from its memory.
+///
+/// Owner:  whoever connects, for a call. Borrows the client.
+/// Thread: one.
+class DescriptionLoader {
+public:
+    explicit DescriptionLoader(CommandClient& client) : m_client(client) {}
+
+    /// Tries the place that the camera names first, then the second one.
+    /// @return  the XML's bytes; NOT_SUPPORTED for a place or packing that this library does not read,
+    /// INVALID_DATA,
+    ///          NOT_FOUND, or what the link said; the failure of the first place when both fail
+    [[nodiscard]] VxExpected<std::string> Load();
+
+private:
+    VxExpected<std::string> LoadFrom(std::uint32_t urlRegister);
+    VxExpected<std::string> ReadFile(const DescriptionUrl& url);
+    [[nodiscard]] VxResult Named(VxError code, const std::string& text) const;
+
+    CommandClient& m_client;
+};
+
+} // namespace control

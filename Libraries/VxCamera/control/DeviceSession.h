@@ -1,0 +1,90 @@
+#pragma once
+
+#include "VxBase/VxClock.h"
+#include "VxBase/VxExpected.h"
+#include "VxBase/VxMutex.h"
+#include "VxCamera/control/CommandClient.h"
+#include "VxCamera/control/ControlPrivilege.h"
+#include "VxCamera/control/HeartbeatMonitor.h"
+#include "VxCamera/genapi/IRegisterPort.h"
+#include "VxCamera/transport/ISocketFactory.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace control {
+
+/// What a camera can do, from its bootstrap registers; read once, after control was taken.
+struct DeviceFacts {
+    std::uint32_t capability = 0;              ///< bits of the GVCP capability register
+    std::uint32_t streamChannelCapability = 0; ///< bits of the register of that name
+    std::uint32_t streamChannelCount = 0;
+    std::uint64_t tickFrequencyHz = 0; ///< 0: the camera has no clock
+};
+
+/// Control over one camera: registers and memory, the privilege, and the heartbeat's decisions.
+///
+/// Owner:  the device; its heartbeat thread borrows it. Borrows the clock and the sockets.
+/// Thread: any, except that Beat belongs to the heartbeat thread.
+class DeviceSession final : public genapi::IRegisterPort {
+public:
+    struct Network {
+        transport::ISocketFactory& sockets;
+        const IVxClock& clock;
+    };
+
+    /// Takes control of a camera.
+    /// @param local  own address on the interface through which the camera is reached
+    /// @return  ACCESS_DENIED, TIMEOUT, NETWORK_ERROR, ...
+    [[nodiscard]] static VxExpected<std::unique_ptr<DeviceSession>>
+    Connect(const Network& network, const transport::Ipv4Endpoint& device, transport::Ipv4Address local);
+
+    DeviceSession(const Network& network, std::unique_ptr<transport::IUdpSocket> socket,
+                  const transport::Ipv4Endpoint& device);
+    ~DeviceSession() override;
+
+    /// Reads and writes anywhere; registers of 4 bytes by register access, anything else by memory access.
+    [[nodiscard]] VxResult Read(std::uint64_t address, std::span<std::byte> bytes) override;
+    [[nodiscard]] VxResult Write(std::uint64_t address, std::span<const std::byte> bytes) override;
+
+    /// Sends a heartbeat if one is due.
+    ///
+    /// @return  when to call again; none when control is lost or given back: every operation then fails at
+    /// once
+    [[nodiscard]] std::optional<IVxClock::Time> Beat();
+
+    /// Whether we control the camera as far as is known.
+    [[nodiscard]] bool IsAlive() const { return m_client.EndReason().IsOK(); }
+
+    /// Gives control back; from then on every operation fails with NOT_CONNECTED.
+    VxResult Release();
+
+    [[nodiscard]] CommandClient& Client() { return m_client; }
+    [[nodiscard]] const DeviceFacts& Facts() const { return m_facts; }
+    [[nodiscard]] std::chrono::milliseconds HeartbeatTimeout() const { return m_heartbeatTimeout.load(); }
+
+    /// @param isOn  false: no heartbeats; the camera may then take control away
+    void SetHeartbeat(bool isOn) { m_isHeartbeatOn = isOn; }
+    [[nodiscard]] bool IsHeartbeatOn() const { return m_isHeartbeatOn; }
+
+private:
+    VxResult TakeControl();
+    VxResult ReadFacts();
+    VxResult ReadHeartbeatTimeout();
+    VxResult ReadOr(std::uint32_t fallback, std::uint32_t address, std::uint32_t& value);
+    void JudgeBeat(const VxResult& beat);
+    [[nodiscard]] VxResult SendBeat();
+
+    const Network m_network;
+    CommandClient m_client;
+    DeviceFacts m_facts;                       // set by Connect, constant afterwards
+    std::optional<ControlOwner> m_ownIdentity; // how the camera sees us; set by Connect
+    std::atomic<std::chrono::milliseconds> m_heartbeatTimeout{};
+    std::atomic<bool> m_isHeartbeatOn = true;
+    std::optional<HeartbeatMonitor> m_monitor;      // heartbeat thread only
+    std::chrono::milliseconds m_monitoredTimeout{}; // with which m_monitor was made
+};
+
+} // namespace control

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "VxCamera/transport/Ipv4Endpoint.h"
+#include "VxCamera/transport/NetworkInterface.h"
+#include "VxCamera/wire/gvcp/Discovery.h"
+
+#include <vector>
+
+namespace control {
+
+/// A camera that answered discovery, and how it is reached.
+struct FoundCamera {
+    gvcp::DiscoveryAck camera;
+    transport::Ipv4Endpoint device;  ///< where it takes commands
+    transport::NetworkInterface via; ///< the interface on which it answered
+    bool isConfigurationValid = true;
+};
+
+/// One network interface and the cameras found on it.
+struct ScannedInterface {
+    transport::NetworkInterface description;
+    std::vector<FoundCamera> cameras; ///< by connection id
+};
+
+/// Marks the cameras whose network set-up does not allow a connection: without an address, outside the subnet
+/// of the interface they answered on, or with an address that another camera has as well.
+void MarkConfigurations(std::vector<ScannedInterface>& interfaces);
+
+} // namespace control

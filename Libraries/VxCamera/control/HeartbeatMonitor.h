@@ -1,0 +1,46 @@
+#pragma once
+
+#include "VxBase/VxClock.h"
+#include "VxCamera/control/CommandSettings.h"
+
+#include <chrono>
+#include <optional>
+
+namespace control {
+
+/// Decides when the camera must hear from us, and when it has been silent for too long.
+///
+/// Every acknowledged command counts as a heartbeat, because the camera restarts its timer with every
+/// command.
+///
+/// Owner:  DeviceSession, by value.
+/// Thread: the heartbeat thread.
+class HeartbeatMonitor {
+public:
+    using Time = IVxClock::Time;
+
+    /// @param cameraTimeout  after which the camera takes control away; 0 = it does not tell
+    /// @param lastAnswer     when the camera was last heard of
+    HeartbeatMonitor(std::chrono::milliseconds cameraTimeout, Time lastAnswer);
+
+    /// The camera was heard of, by a heartbeat or another command.
+    void OnAnswer(Time lastAnswer);
+
+    /// A heartbeat was not acknowledged, or could not be sent.
+    void OnFailure(Time now);
+
+    [[nodiscard]] Time NextBeat() const;
+
+    /// Whether the link is lost: a heartbeat failed, and what the camera allows is nearly used up.
+    [[nodiscard]] bool IsLost(Time now) const;
+
+    /// How a heartbeat is sent: once, with a short wait, so that several of them fit.
+    [[nodiscard]] CommandSettings BeatSettings() const;
+
+private:
+    std::chrono::milliseconds m_timeout;
+    Time m_lastAnswer;
+    std::optional<Time> m_lastFailure; // empty: none since the last answer
+};
+
+} // namespace control

@@ -1,0 +1,75 @@
+#include "VxCamera/control/InterfaceScans.h"
+
+#include "VxCamera/wire/gvcp/Command.h"
+
+#include <system_error>
+#include <thread>
+#include <tuple>
+
+namespace control {
+
+namespace {
+
+// Chosen: room for the answers of many cameras at once; an answer takes about 1 KiB of the system's memory.
+constexpr std::size_t kReceiveBufferBytes = 256 * 1024;
+
+std::vector<transport::Ipv4Endpoint> TargetsOn(const transport::NetworkInterface& described)
+{
+    // Loopback has no limited broadcast; a camera on its first address may not listen to broadcasts at all.
+    const auto second = described.isLoopback ? described.address : transport::Ipv4Address::LimitedBroadcast();
+    return {{described.SubnetBroadcast(), gvcp::kPort}, {second, gvcp::kPort}};
+}
+
+} // namespace
+
+bool InterfaceScans::Add(const transport::NetworkInterface& described)
+{
+    transport::UdpSocketOptions options;
+    options.local.address = described.address;
+    options.isBroadcastAllowed = true;
+    options.receiveBufferBytes = kReceiveBufferBytes;
+    auto socket = m_sockets.OpenUdp(options);
+    if (!socket)
+        return false;
+    m_scans.push_back({described, std::move(*socket)});
+    return true;
+}
+
+void InterfaceScans::Run(const OnCamera& onCamera)
+{
+    std::vector<std::thread> threads;
+    for (std::size_t i = 1; i < m_scans.size(); ++i) {
+        try {
+            threads.emplace_back([this, &onCamera, i] { RunOne(m_scans[i], onCamera); });
+        } catch (const std::system_error&) {
+            break; // no thread left: the interfaces scanned so far must do
+        }
+    }
+    if (!m_scans.empty())
+        RunOne(m_scans.front(), onCamera);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+void InterfaceScans::RunOne(Scan& scan, const OnCamera& onCamera)
+{
+    DiscoveryScan discovery(*scan.socket, m_clock,
+                            {TargetsOn(scan.described), gvcp::DiscoveryAnswer::BroadcastAllowed});
+    const auto deadline = [this] { return Time(m_deadline.load()); };
+    // A failing interface (one that has just gone down) has no cameras; the others decide.
+    std::ignore = discovery.Run(deadline, [&](const CameraAnswer& answer) {
+        onCamera({answer.camera, {answer.sender.address, gvcp::kPort}, scan.described, true});
+    });
+}
+
+void InterfaceScans::EndAt(Time deadline)
+{
+    auto present = m_deadline.load();
+    while (deadline.time_since_epoch() < present &&
+           !m_deadline.compare_exchange_weak(present, deadline.time_since_epoch())) {
+    }
+    for (Scan& scan : m_scans)
+        scan.socket->Wake();
+}
+
+} // namespace control
