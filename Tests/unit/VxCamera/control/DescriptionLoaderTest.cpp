@@ -1,0 +1,131 @@
+#include "VxCamera/control/DescriptionLoader.h"
+
+#include "VxCamera/control/CommandClient.h"
+#include "VxCamera/wire/registers/BootstrapRegisters.h"
+#include "support/network/FakeCamera.h"
+#include "support/network/FakeSocketFactory.h"
+
+#include <gtest/gtest.h>
+
+namespace control {
+namespace {
+
+class DescriptionLoaderTest : public testing::Test {
+protected:
+    VxExpected<std::string> Load()
+    {
+        CommandClient client(std::move(*m_sockets.OpenUdp({})), m_camera.endpoint, m_clock);
+        return DescriptionLoader(client).Load();
+    }
+
+    FakeClock m_clock;
+    FakeCamera m_camera{m_clock};
+    FakeSocketFactory m_sockets{m_clock, [this](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                                const transport::Ipv4Endpoint& destination) {
+                                    m_camera.OnDatagram(socket, datagram, destination);
+                                }};
+};
+
+TEST_F(DescriptionLoaderTest, ReadsTheFileFromTheCamerasMemory)
+{
+    std::string xml = "<RegisterDescription>";
+    xml.append(5000, 'x');
+    m_camera.SetMemory(0x10000, xml);
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.xml;10000;139D"); // 5021
+
+    const auto loaded = Load();
+
+    ASSERT_TRUE(loaded) << loaded.Result().GetDescription().Narrow();
+    EXPECT_EQ(*loaded, xml);
+}
+
+TEST_F(DescriptionLoaderTest, FillingZerosAreCutOff)
+{
+    m_camera.SetMemory(0x10000, "<a/>");
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.xml;10000;200");
+
+    EXPECT_EQ(Load().ValueOr(""), "<a/>");
+}
+
+TEST_F(DescriptionLoaderTest, AnUnknownLengthEndsAtTheFirstZero)
+{
+    m_camera.SetMemory(0x10000, std::string(700, 'y'));
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.xml;10000;0");
+
+    EXPECT_EQ(Load().ValueOr(""), std::string(700, 'y'));
+}
+
+TEST_F(DescriptionLoaderTest, ALengthBeyondTheMemoryIsCut)
+{
+    const std::uint32_t start = 0x3F000; // 4096 bytes before the end
+    m_camera.SetMemory(start, std::string(4096, 'z'));
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.xml;3F000;8000");
+
+    EXPECT_EQ(Load().ValueOr(""), std::string(4096, 'z'));
+}
+
+TEST_F(DescriptionLoaderTest, TheSecondPlaceIsTriedWhenTheFirstFails)
+{
+    m_camera.SetMemory(bootstrap::kFirstUrl, "http://example.org/camera.xml");
+    m_camera.SetMemory(bootstrap::kSecondUrl, "Local:camera.xml;10000;4");
+    m_camera.SetMemory(0x10000, "<b/>");
+
+    EXPECT_EQ(Load().ValueOr(""), "<b/>");
+}
+
+TEST_F(DescriptionLoaderTest, AnotherMachinesFileIsNotSupportedAndNamed)
+{
+    m_camera.SetMemory(bootstrap::kFirstUrl, "http://example.org/camera.xml");
+
+    const auto loaded = Load();
+
+    ASSERT_FALSE(loaded);
+    EXPECT_EQ(loaded.Error().Code(), VxError::NotSupported);
+    EXPECT_NE(loaded.Error().GetDescription().Narrow().find("http://example.org/camera.xml"),
+              std::string::npos);
+    EXPECT_NE(loaded.Error().GetDescription().Narrow().find("192.168.1.20"), std::string::npos);
+}
+
+TEST_F(DescriptionLoaderTest, AnArchiveIsNotSupportedAndNamed)
+{
+    m_camera.SetMemory(0x10000, "PK\x03\x04 and so on");
+    for (const char* url : {"Local:camera.zip;10000;10", "Local:camera.xml;10000;10"}) {
+        m_camera.SetMemory(bootstrap::kFirstUrl, url);
+
+        const auto loaded = Load();
+
+        ASSERT_FALSE(loaded);
+        EXPECT_EQ(loaded.Error().Code(), VxError::NotSupported);
+        EXPECT_NE(loaded.Error().GetDescription().Narrow().find("zip archive"), std::string::npos);
+    }
+}
+
+TEST_F(DescriptionLoaderTest, ALengthThatLiesIsInvalid)
+{
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.xml;10000;FFFFFFFF");
+
+    EXPECT_EQ(Load().Result().Code(), VxError::InvalidData);
+    EXPECT_LE(m_camera.seen.size(), 2u); // the two places, no byte of the file
+}
+
+TEST_F(DescriptionLoaderTest, AnEmptyFileIsInvalid)
+{
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.xml;10000;10");
+
+    EXPECT_EQ(Load().Result().Code(), VxError::InvalidData);
+}
+
+TEST_F(DescriptionLoaderTest, ACameraWithoutDescriptionIsNotFound)
+{
+    EXPECT_EQ(Load().Result().Code(), VxError::NotFound);
+}
+
+TEST_F(DescriptionLoaderTest, ALinkThatFailsEndsTheAttempt)
+{
+    m_camera.isGone = true;
+
+    EXPECT_EQ(Load().Result().Code(), VxError::Timeout);
+}
+
+} // namespace
+} // namespace control

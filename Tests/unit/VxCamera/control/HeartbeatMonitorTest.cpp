@@ -1,0 +1,92 @@
+#include "VxCamera/control/HeartbeatMonitor.h"
+
+#include <gtest/gtest.h>
+
+namespace control {
+namespace {
+
+using namespace std::chrono_literals;
+
+const IVxClock::Time kStart{1h};
+
+TEST(HeartbeatMonitorTest, BeatsAtAThirdOfTheTimeout)
+{
+    EXPECT_EQ(HeartbeatMonitor(3000ms, kStart).NextBeat(), kStart + 1000ms);
+    EXPECT_EQ(HeartbeatMonitor(600ms, kStart).NextBeat(), kStart + 200ms);
+}
+
+TEST(HeartbeatMonitorTest, ACameraThatDoesNotTellGetsTheUsualTimeout)
+{
+    EXPECT_EQ(HeartbeatMonitor(0ms, kStart).NextBeat(), kStart + 1000ms);
+}
+
+TEST(HeartbeatMonitorTest, AVeryLongTimeoutDoesNotDelayTheNews)
+{
+    EXPECT_EQ(HeartbeatMonitor(1h, kStart).NextBeat(), kStart + 1000ms);
+}
+
+TEST(HeartbeatMonitorTest, AnyAnswerPostponesTheNextBeat)
+{
+    HeartbeatMonitor monitor(3000ms, kStart);
+
+    monitor.OnAnswer(kStart + 900ms);
+
+    EXPECT_EQ(monitor.NextBeat(), kStart + 1900ms);
+}
+
+TEST(HeartbeatMonitorTest, AFailedBeatIsRepeatedSoon)
+{
+    HeartbeatMonitor monitor(3000ms, kStart);
+
+    monitor.OnFailure(kStart + 1500ms);
+
+    EXPECT_EQ(monitor.NextBeat(), kStart + 1550ms);
+}
+
+TEST(HeartbeatMonitorTest, TheLinkIsLostBeforeTheCamerasTimeoutEnds)
+{
+    HeartbeatMonitor monitor(3000ms, kStart);
+    monitor.OnFailure(kStart + 2500ms);
+
+    EXPECT_FALSE(monitor.IsLost(kStart + 2699ms));
+    EXPECT_TRUE(monitor.IsLost(kStart + 2700ms));
+}
+
+TEST(HeartbeatMonitorTest, SilenceAloneIsNoLoss)
+{
+    const HeartbeatMonitor monitor(3000ms,
+                                   kStart); // a program that was stopped for an hour has not asked yet
+
+    EXPECT_FALSE(monitor.IsLost(kStart + 1h));
+}
+
+TEST(HeartbeatMonitorTest, AnAnswerForgivesFailures)
+{
+    HeartbeatMonitor monitor(3000ms, kStart);
+    monitor.OnFailure(kStart + 2600ms);
+
+    monitor.OnAnswer(kStart + 2650ms);
+
+    EXPECT_FALSE(monitor.IsLost(kStart + 4000ms));
+    EXPECT_EQ(monitor.NextBeat(), kStart + 3650ms);
+}
+
+TEST(HeartbeatMonitorTest, AnOldAnswerForgivesNothing)
+{
+    HeartbeatMonitor monitor(3000ms, kStart);
+    monitor.OnFailure(kStart + 2600ms);
+
+    monitor.OnAnswer(kStart);
+
+    EXPECT_TRUE(monitor.IsLost(kStart + 2700ms));
+}
+
+TEST(HeartbeatMonitorTest, ABeatIsTriedOnceAndShort)
+{
+    EXPECT_EQ(HeartbeatMonitor(3000ms, kStart).BeatSettings().ackTimeout, 500ms);
+    EXPECT_EQ(HeartbeatMonitor(600ms, kStart).BeatSettings().ackTimeout, 100ms);
+    EXPECT_EQ(HeartbeatMonitor(3000ms, kStart).BeatSettings().retries, 0u);
+}
+
+} // namespace
+} // namespace control
