@@ -3,6 +3,7 @@
 #include "VxBase/VxExpected.h"
 #include "VxBase/VxResult.h"
 #include "VxCamera/genapi/node/NodeTypes.h"
+#include "VxCamera/genapi/xml/Description.h"
 
 #include <chrono>
 #include <cstddef>
@@ -17,7 +18,6 @@
 
 namespace genapi {
 
-class Description;
 class IRegisterPort;
 class NodeMapImpl;
 
@@ -27,12 +27,6 @@ struct Feature {
     std::string category; ///< "root", "root\AnalogControl", "root\AnalogControl\BlackLevels"
 };
 
-/// Something in the description that was passed over so that the rest could be used.
-struct Notice {
-    std::string node; ///< name of the node concerned
-    std::string text;
-};
-
 /// How registers of old descriptions are read.
 enum class RegisterOrder {
     AsDescribed,
@@ -40,7 +34,7 @@ enum class RegisterOrder {
                             ///< than 1.1
 };
 
-/// One of several answers of a camera's memory that came with an image.
+/// Data of a camera that came with an image instead of being read from its registers.
 struct Chunk {
     std::uint64_t id = 0;
     std::span<const std::byte> bytes; ///< borrowed for the call

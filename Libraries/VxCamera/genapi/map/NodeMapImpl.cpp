@@ -1,0 +1,215 @@
+#include "VxCamera/genapi/map/NodeMapImpl.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "VxCamera/genapi/map/FeatureList.h"
+#include "VxCamera/genapi/map/NodeFactory.h"
+
+namespace genapi {
+
+namespace {
+
+constexpr std::size_t kMaxNotices = 2'000; // bounds the memory that a broken description can take
+
+WordOrder OrderFor(const Description& description, RegisterOrder order)
+{
+    const bool isOld =
+        description.SchemaMajor() < 1 || (description.SchemaMajor() == 1 && description.SchemaMinor() < 1);
+    return order == RegisterOrder::BigEndianBelowSchema11 && isOld ? WordOrder::FourBytesBigEndian
+                                                                   : WordOrder::AsDescribed;
+}
+
+NodeId ToId(std::uint32_t index)
+{
+    return static_cast<NodeId>(index);
+}
+
+std::size_t ToIndex(NodeId id)
+{
+    return static_cast<std::size_t>(id);
+}
+
+} // namespace
+
+NodeMapImpl::NodeMapImpl(std::shared_ptr<const Description> description, IRegisterPort& port,
+                         RegisterOrder order)
+    : m_description(std::move(description)), m_context(port, *this, OrderFor(*m_description, order))
+{
+    Build();
+}
+
+NodeMapImpl::~NodeMapImpl() = default;
+
+void NodeMapImpl::Build()
+{
+    m_notices = m_description->Notices();
+    BuildNodes();
+    BuildSelections();
+    BuildPolling();
+    for (ListedFeature& feature : ListFeatures(*m_description))
+        m_features.push_back({ToId(feature.node), std::move(feature.category)});
+}
+
+void NodeMapImpl::BuildNodes()
+{
+    const auto& descriptions = m_description->Nodes();
+    m_nodes.reserve(descriptions.size());
+    for (std::uint32_t i = 0; i < descriptions.size(); ++i)
+        m_nodes.push_back(MakeNode(m_context, ToId(i), descriptions[i]));
+    m_registers.resize(m_nodes.size());
+    m_entries.resize(m_nodes.size());
+    for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+        Node& node = *m_nodes[i];
+        node.Configure(descriptions[i].properties, m_nodes);
+        if (!node.Fault().empty() && m_notices.size() < kMaxNotices)
+            m_notices.push_back({std::string(node.Info().name), "it is not implemented: " + node.Fault()});
+        m_registers[i] = dynamic_cast<RegisterNode*>(&node);
+        if (auto* const port = dynamic_cast<PortNode*>(&node); port != nullptr && !port->IsDevice())
+            m_chunkPorts.push_back(port);
+        if (const auto* const enumeration = dynamic_cast<const EnumerationNode*>(&node);
+            enumeration != nullptr)
+            for (const EnumEntryNode* const entry : enumeration->Entries())
+                m_entries[i].push_back(entry->Id());
+    }
+    for (const auto& node : m_nodes)
+        node->InheritDisplay();
+}
+
+void NodeMapImpl::BuildSelections()
+{
+    m_selected.resize(m_nodes.size());
+    m_selectors.resize(m_nodes.size());
+    const auto& descriptions = m_description->Nodes();
+    for (std::uint32_t i = 0; i < descriptions.size(); ++i) {
+        for (const Property& property : descriptions[i].properties) {
+            if (property.element != Element::PSelected || property.target == kNoNode)
+                continue;
+            m_selected[i].push_back(ToId(property.target));
+            m_selectors[property.target].push_back(ToId(i));
+        }
+    }
+}
+
+// The time stands at the feature or at the register; it is the register's value that ages.
+void NodeMapImpl::BuildPolling()
+{
+    for (std::uint32_t i = 0; i < m_nodes.size(); ++i) {
+        if (m_nodes[i]->PollingMs() == 0 || m_registers[i] != nullptr)
+            continue;
+        for (const std::uint32_t below : Graph().Below(i))
+            if (m_registers[below] != nullptr)
+                m_registers[below]->PollAtLeastEvery(m_nodes[i]->PollingMs());
+    }
+}
+
+DependencyGraph& NodeMapImpl::Graph()
+{
+    if (!m_graph)
+        m_graph.emplace(m_description->Nodes());
+    return *m_graph;
+}
+
+void NodeMapImpl::Changed(Node& source)
+{
+    const std::size_t index = ToIndex(source.Id());
+    for (const std::uint32_t affected : Graph().AffectedBy(static_cast<std::uint32_t>(index)))
+        if (m_registers[affected] != nullptr)
+            m_registers[affected]->DropCache();
+    if (m_registers[index] != nullptr)
+        DropOverlapping(*m_registers[index]);
+}
+
+// Several nodes may look at the same bytes without the description saying so: bits of one word, for instance.
+void NodeMapImpl::DropOverlapping(const RegisterNode& source)
+{
+    const RegisterNode::Place written = source.LastPlace();
+    for (RegisterNode* const node : m_registers) {
+        if (node == nullptr || node == &source || !node->IsCached())
+            continue;
+        const RegisterNode::Place place = node->LastPlace();
+        const bool isApart = place.port != written.port ||
+                             place.address + static_cast<WideAddress>(place.length) <= written.address ||
+                             written.address + static_cast<WideAddress>(written.length) <= place.address;
+        if (!isApart)
+            node->DropCache();
+    }
+}
+
+void NodeMapImpl::Forget(Node& node)
+{
+    for (const std::uint32_t below : Graph().Below(static_cast<std::uint32_t>(node.Id())))
+        if (m_registers[below] != nullptr)
+            m_registers[below]->DropCache();
+}
+
+void NodeMapImpl::InvalidateAll()
+{
+    for (RegisterNode* const node : m_registers)
+        if (node != nullptr)
+            node->DropCache();
+}
+
+void NodeMapImpl::Poll(std::int64_t elapsedMs)
+{
+    m_context.SetPolled();
+    for (RegisterNode* const node : m_registers)
+        if (node != nullptr)
+            node->Poll(elapsedMs);
+}
+
+void NodeMapImpl::AttachChunks(std::span<const Chunk> chunks)
+{
+    m_context.BeginOperation();
+    for (PortNode* const port : m_chunkPorts) {
+        port->DetachChunk();
+        const auto id = port->ChunkId();
+        const auto isWanted = [&](const Chunk& chunk) { return chunk.id == id; };
+        const auto found = std::find_if(chunks.begin(), chunks.end(), isWanted);
+        if (id && found != chunks.end())
+            port->AttachChunk(found->bytes);
+    }
+    for (RegisterNode* const node : m_registers)
+        if (node != nullptr && node->LastPlace().port != nullptr)
+            node->DropCache();
+}
+
+VxResult NodeMapImpl::CheckReadable(Node& node)
+{
+    const AccessMode mode = node.Access();
+    if (IsReadable(mode))
+        return VxResult::Ok();
+    if (!node.Fault().empty())
+        return node.Error(VxError::NotSupported, node.Fault());
+    if (mode == AccessMode::NotImplemented)
+        return node.Error(VxError::NotSupported, "this camera does not have it");
+    if (mode == AccessMode::NotAvailable)
+        return node.Error(VxError::NotAvailable, "it is not available in the present state of the camera");
+    return node.Error(VxError::NotReadable, "it can only be written");
+}
+
+VxResult NodeMapImpl::CheckWritable(Node& node)
+{
+    const AccessMode mode = node.Access();
+    if (IsWritable(mode))
+        return VxResult::Ok();
+    if (mode == AccessMode::NotImplemented)
+        return CheckReadable(node);
+    if (!m_context.Lock().empty())
+        return node.Error(VxError::NotWritable, "it cannot be written now: \"" +
+                                                    std::string(m_context.Lock()) +
+                                                    "\" locks it, for instance while the camera streams");
+    if (mode == AccessMode::NotAvailable)
+        return CheckReadable(node);
+    return node.Error(VxError::NotWritable, "it can only be read");
+}
+
+VxResult NodeMapImpl::Named(const Node& node, const VxResult& result) const
+{
+    const std::string& text = result.GetDescription().Narrow();
+    if (result.IsOK() || text.starts_with(std::string(node.Info().name) + ": "))
+        return result;
+    return node.Error(result.Code(), text);
+}
+
+} // namespace genapi

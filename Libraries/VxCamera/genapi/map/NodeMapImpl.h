@@ -1,0 +1,67 @@
+#pragma once
+
+#include "VxCamera/genapi/map/DependencyGraph.h"
+#include "VxCamera/genapi/map/NodeMap.h"
+#include "VxCamera/genapi/node/EnumerationNode.h"
+#include "VxCamera/genapi/node/Node.h"
+#include "VxCamera/genapi/node/RegisterNode.h"
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace genapi {
+
+/// The nodes of a map and what connects them.
+///
+/// Owner:  NodeMap.
+/// Thread: under m_mutex, which NodeMap takes; what Build made is constant afterwards.
+class NodeMapImpl final : public IChangeListener {
+public:
+    NodeMapImpl(std::shared_ptr<const Description> description, IRegisterPort& port, RegisterOrder order);
+    ~NodeMapImpl();
+
+    void Changed(Node& source) override;
+    void Forget(Node& node) override;
+
+    [[nodiscard]] Node& At(NodeId node) const { return *m_nodes[static_cast<std::size_t>(node)]; }
+
+    /// OK when the node can be read or written now, else a result that says why not.
+    [[nodiscard]] VxResult CheckReadable(Node& node);
+    [[nodiscard]] VxResult CheckWritable(Node& node);
+
+    /// Puts the name of the node that the user asked for in front of a description that begins with
+    /// another's.
+    [[nodiscard]] VxResult Named(const Node& node, const VxResult& result) const;
+
+    void InvalidateAll();
+    void Poll(std::int64_t elapsedMs);
+    void AttachChunks(std::span<const Chunk> chunks);
+
+    mutable std::recursive_mutex m_mutex;
+    const std::shared_ptr<const Description> m_description; // shared with other maps of the same camera model
+    std::vector<Feature> m_features;
+    std::vector<Notice> m_notices;
+    std::vector<std::vector<NodeId>> m_selected;  // by node
+    std::vector<std::vector<NodeId>> m_selectors; // by node
+    std::vector<std::vector<NodeId>> m_entries;   // by node
+    NodeContext m_context;
+
+private:
+    void Build();
+    void BuildNodes();
+    void BuildSelections();
+    void BuildPolling();
+    void DropOverlapping(const RegisterNode& source);
+    [[nodiscard]] DependencyGraph& Graph();
+
+    NodeTable m_nodes;
+    std::vector<RegisterNode*> m_registers; // by node; borrowed from m_nodes; null for other kinds
+    std::vector<PortNode*> m_chunkPorts;    // borrowed from m_nodes
+    std::optional<DependencyGraph> m_graph; // made when it is needed first
+};
+
+} // namespace genapi

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "VxCamera/genapi/IRegisterPort.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace genapi {
+
+class Node;
+
+/// Told by nodes what happened to values, so that others forget what no longer holds.
+class IChangeListener {
+public:
+    IChangeListener() = default;
+    IChangeListener(const IChangeListener&) = delete;
+    IChangeListener& operator=(const IChangeListener&) = delete;
+
+    /// A register or a variable was written, or its write failed.
+    virtual void Changed(Node& source) = 0;
+
+    /// The next read of the node must ask the camera.
+    virtual void Forget(Node& node) = 0;
+
+protected:
+    ~IChangeListener() = default;
+};
+
+/// How the numbers in registers are arranged.
+enum class WordOrder : std::uint8_t {
+    AsDescribed,
+    FourBytesBigEndian, ///< registers of 4 bytes are big-endian, whatever the description says
+};
+
+/// What all nodes of a map share.
+///
+/// Reading a node may read others, as the description says; a hostile one says so without end. So an
+/// operation has a depth, which bounds the stack, and a budget, which bounds the time.
+///
+/// Owner:  the map's implementation. Borrows the port and the listener.
+/// Thread: under the map's lock.
+class NodeContext {
+public:
+    NodeContext(IRegisterPort& device, IChangeListener& listener, WordOrder order)
+        : m_device(device), m_listener(listener), m_order(order)
+    {
+    }
+    NodeContext(const NodeContext&) = delete;
+    NodeContext& operator=(const NodeContext&) = delete;
+
+    [[nodiscard]] IRegisterPort& Device() { return m_device; }
+    [[nodiscard]] IChangeListener& Listener() { return m_listener; }
+    [[nodiscard]] WordOrder Order() const { return m_order; }
+
+    /// Starts an operation of a user with a fresh budget.
+    void BeginOperation();
+
+    /// @return  false when the operation has become too deep or too expensive; Leave must follow in any case
+    [[nodiscard]] bool Enter();
+    void Leave() { --m_depth; }
+    void Spend(std::size_t steps);
+
+    /// Whether somebody forgets values whose polling time has passed; if not, they are never kept.
+    [[nodiscard]] bool IsPolled() const { return m_isPolled; }
+    void SetPolled() { m_isPolled = true; }
+
+    /// The node whose lock took the right to write from a node in the current operation; "" if none did.
+    [[nodiscard]] std::string_view Lock() const { return m_lock; }
+    void SetLock(std::string_view node) { m_lock = node; }
+
+private:
+    IRegisterPort& m_device;     // borrowed: outlives the map
+    IChangeListener& m_listener; // borrowed: owns this context
+    const WordOrder m_order;
+    int m_depth = 0;
+    std::size_t m_budget = 0;
+    bool m_isPolled = false;
+    std::string_view m_lock; // borrowed from the description
+};
+
+/// Counts one level of evaluation for one scope.
+class EvaluationScope final {
+public:
+    explicit EvaluationScope(NodeContext& context) : m_context(context), m_isAllowed(context.Enter()) {}
+    ~EvaluationScope() { m_context.Leave(); }
+    EvaluationScope(const EvaluationScope&) = delete;
+    EvaluationScope& operator=(const EvaluationScope&) = delete;
+
+    [[nodiscard]] bool IsAllowed() const { return m_isAllowed; }
+
+private:
+    NodeContext& m_context; // borrowed: outlives the scope
+    const bool m_isAllowed;
+};
+
+} // namespace genapi

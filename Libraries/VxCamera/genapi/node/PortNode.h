@@ -1,0 +1,57 @@
+#pragma once
+
+#include "VxCamera/genapi/node/Node.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace genapi {
+
+/// An address as the sum of what the description names: wide enough for any sum of 64-bit terms, and negative
+/// ones.
+__extension__ using WideAddress = __int128;
+
+/// Way to a register space: the camera's own, or the data of one chunk of the last image.
+///
+/// Owner and thread: see Node.
+class PortNode final : public Node {
+public:
+    using Node::Node;
+
+    [[nodiscard]] VxResult Read(WideAddress address, std::span<std::byte> bytes);
+    [[nodiscard]] VxResult Write(WideAddress address, std::span<const std::byte> bytes);
+
+    /// @return  whether registers behind it are stored the other way round than their description says
+    [[nodiscard]] bool SwapsBytes() const { return m_swapsBytes; }
+
+    /// @return  whether it leads to the camera's own registers
+    [[nodiscard]] bool IsDevice() const { return !m_chunkId && m_chunkIdNode == nullptr && !m_isEvent; }
+
+    /// @return  the chunk behind it; nothing for other ports and while the id cannot be read
+    [[nodiscard]] std::optional<std::uint64_t> ChunkId();
+    void AttachChunk(std::span<const std::byte> bytes);
+    void DetachChunk();
+
+    /// The camera's own registers, without a port.
+    [[nodiscard]] static VxResult ReadDevice(NodeContext& context, WideAddress address,
+                                             std::span<std::byte> bytes);
+    [[nodiscard]] static VxResult WriteDevice(NodeContext& context, WideAddress address,
+                                              std::span<const std::byte> bytes);
+
+protected:
+    void Apply(const NodeProperty& property) override;
+    [[nodiscard]] AccessMode OwnAccess() override;
+
+private:
+    std::optional<std::uint64_t> m_chunkId;
+    Node* m_chunkIdNode = nullptr; // borrowed from the map
+    bool m_isEvent = false;
+    bool m_swapsBytes = false;
+    bool m_hasChunk = false;
+    std::vector<std::byte> m_chunk;
+};
+
+} // namespace genapi
