@@ -79,7 +79,7 @@ struct Avx2Vector {
                                              ExpandIndices<kBytes>(kPixel, kBytes, kFirstPixels[1]),
                                              ExpandIndices<kBytes>(kPixel, 2 * kBytes, kFirstPixels[2]),
                                              ExpandIndices<kBytes>(kPixel, 3 * kBytes, kFirstPixels[3])};
-        const Bytes alpha = Splat32(target == Target::Bgra ? std::int32_t{kOpaque} << 24 : 0);
+        const Bytes alpha = Splat32(target == Target::Bgra ? kOpaqueAlpha : 0);
         for (std::size_t i = 0; i < kPixel; ++i) {
             const Bytes mono = LoadTwice(from + kFirstPixels[i]);
             Store(to + i * kBytes, Or(_mm256_shuffle_epi8(mono, Load(kIndices[i].data())), alpha));
@@ -88,32 +88,57 @@ struct Avx2Vector {
 
     VX_KERNEL_PART static Bytes LoadLaneIndices(const std::uint8_t* from) { return LoadTwice(from); }
 
+    template <std::size_t step>
+    VX_KERNEL_PART static Bytes LoadLanes(const std::uint8_t* from)
+    {
+        if constexpr (step == kLaneBytes)
+            return Load(from);
+        const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+        const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + step));
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
+    }
+    template <std::size_t step>
+    VX_KERNEL_PART static void StoreLanesAtStep(std::uint8_t* to, Bytes bytes)
+    {
+        if constexpr (step == kLaneBytes)
+            Store(to, bytes);
+        else
+            StoreLanes(to, to + step, bytes);
+    }
+
+    template <std::size_t sourceStep, std::size_t targetStep>
+    VX_KERNEL_PART static void ShuffleLanes(const std::uint8_t* from, Bytes indices, std::uint8_t* to)
+    {
+        StoreLanesAtStep<targetStep>(to, _mm256_shuffle_epi8(LoadLanes<sourceStep>(from), indices));
+    }
+
     template <std::size_t sourceStep, std::size_t targetStep>
     VX_KERNEL_PART static void ShuffleLanes(const std::uint8_t* from, Bytes indices, Bytes alpha,
                                             std::uint8_t* to)
     {
-        const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
-        const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + sourceStep));
-        const Bytes both = _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
-        StoreLanes(to, to + targetStep, Or(_mm256_shuffle_epi8(both, indices), alpha));
+        StoreLanesAtStep<targetStep>(to,
+                                     Or(_mm256_shuffle_epi8(LoadLanes<sourceStep>(from), indices), alpha));
+    }
+
+    /// The lane of that number of the three that hold the colours of kLaneBytes pixels.
+    template <std::size_t lane>
+    VX_KERNEL_PART static Bytes InterleavedLane(Bytes blue, Bytes green, Bytes red)
+    {
+        static constexpr std::array kIndices{InterleaveIndices<kLaneBytes>(lane, 0, kGivesZero),
+                                             InterleaveIndices<kLaneBytes>(lane, 1, kGivesZero),
+                                             InterleaveIndices<kLaneBytes>(lane, 2, kGivesZero)};
+        const Bytes b = _mm256_shuffle_epi8(blue, LoadLaneIndices(kIndices[0].data()));
+        const Bytes g = _mm256_shuffle_epi8(green, LoadLaneIndices(kIndices[1].data()));
+        const Bytes r = _mm256_shuffle_epi8(red, LoadLaneIndices(kIndices[2].data()));
+        return Or(Or(b, g), r);
     }
 
     VX_KERNEL_PART static void StoreBgr(std::uint8_t* to, Bytes blue, Bytes green, Bytes red)
     {
-        static constexpr std::array kIndices{InterleaveIndices<kLaneBytes>(0),
-                                             InterleaveIndices<kLaneBytes>(1),
-                                             InterleaveIndices<kLaneBytes>(2)};
-        const Mask first = _mm256_setr_epi8(-1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, //
-                                            -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1);
-        const Mask second = _mm256_setr_epi8(0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, //
-                                             0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0);
-        const Bytes b = _mm256_shuffle_epi8(blue, LoadTwice(kIndices[0].data()));
-        const Bytes g = _mm256_shuffle_epi8(green, LoadTwice(kIndices[1].data()));
-        const Bytes r = _mm256_shuffle_epi8(red, LoadTwice(kIndices[2].data()));
         std::uint8_t* const high = to + 3 * kLaneBytes;
-        StoreLanes(to, high, Select(first, b, Select(second, g, r)));
-        StoreLanes(to + kLaneBytes, high + kLaneBytes, Select(first, g, Select(second, r, b)));
-        StoreLanes(to + 2 * kLaneBytes, high + 2 * kLaneBytes, Select(first, r, Select(second, b, g)));
+        StoreLanes(to, high, InterleavedLane<0>(blue, green, red));
+        StoreLanes(to + kLaneBytes, high + kLaneBytes, InterleavedLane<1>(blue, green, red));
+        StoreLanes(to + 2 * kLaneBytes, high + 2 * kLaneBytes, InterleavedLane<2>(blue, green, red));
     }
 
     VX_KERNEL_PART static void StoreBgra(std::uint8_t* to, Bytes blue, Bytes green, Bytes red)

@@ -68,12 +68,18 @@ struct Avx512Vector {
                                              ExpandIndices<kBytes>(kTargetBytes<target>, 2 * kBytes, 0),
                                              ExpandIndices<kBytes>(kTargetBytes<target>, 3 * kBytes, 0)};
         const Bytes mono = Load(from);
-        const Bytes alpha = Splat32(target == Target::Bgra ? std::int32_t{kOpaque} << 24 : 0);
+        const Bytes alpha = Splat32(target == Target::Bgra ? kOpaqueAlpha : 0);
         for (std::size_t i = 0; i < kTargetBytes<target>; ++i)
             Store(to + i * kBytes, Or(_mm512_permutexvar_epi8(Load(kIndices[i].data()), mono), alpha));
     }
 
     VX_KERNEL_PART static Bytes LoadLaneIndices(const std::uint8_t* from) { return Load(from); }
+
+    template <std::size_t sourceStep, std::size_t targetStep>
+    VX_KERNEL_PART static void ShuffleLanes(const std::uint8_t* from, Bytes indices, std::uint8_t* to)
+    {
+        Store(to, _mm512_permutexvar_epi8(indices, Load(from)));
+    }
 
     template <std::size_t sourceStep, std::size_t targetStep>
     VX_KERNEL_PART static void ShuffleLanes(const std::uint8_t* from, Bytes indices, Bytes alpha,
@@ -82,10 +88,21 @@ struct Avx512Vector {
         Store(to, Or(_mm512_permutexvar_epi8(indices, Load(from)), alpha));
     }
 
+    /// Where the bytes of one colour go: every lane has another third of the positions for this colour, so
+    /// that one order of the bytes serves all three.
+    static constexpr std::array<std::uint8_t, kBytes> SpreadIndices(std::size_t channel)
+    {
+        std::array<std::uint8_t, kBytes> indices{};
+        for (std::size_t lane = 0; lane < 3; ++lane)
+            for (std::size_t i = 0; i < kBytes; ++i)
+                if (const auto index = InterleaveIndices<kBytes>(lane, channel, kBytes)[i]; index < kBytes)
+                    indices[i] = index;
+        return indices;
+    }
+
     VX_KERNEL_PART static void StoreBgr(std::uint8_t* to, Bytes blue, Bytes green, Bytes red)
     {
-        static constexpr std::array kIndices{InterleaveIndices<kBytes>(0), InterleaveIndices<kBytes>(1),
-                                             InterleaveIndices<kBytes>(2)};
+        static constexpr std::array kIndices{SpreadIndices(0), SpreadIndices(1), SpreadIndices(2)};
         constexpr Mask kFirst = 0x9249249249249249u;  // bytes 0, 3, 6, ...
         constexpr Mask kSecond = 0x2492492492492492u; // bytes 1, 4, 7, ...
         const Bytes b = _mm512_permutexvar_epi8(Load(kIndices[0].data()), blue);

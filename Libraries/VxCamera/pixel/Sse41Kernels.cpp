@@ -57,7 +57,7 @@ struct Sse41Vector {
     VX_KERNEL_PART static void ExpandMono(const std::uint8_t* from, std::uint8_t* to)
     {
         const Bytes mono = Load(from);
-        const Bytes alpha = _mm_set1_epi32(target == Target::Bgra ? std::int32_t{kOpaque} << 24 : 0);
+        const Bytes alpha = _mm_set1_epi32(target == Target::Bgra ? kOpaqueAlpha : 0);
         alignas(kBytes) static constexpr std::array kIndices{
             ExpandIndices<kBytes>(kTargetBytes<target>, 0, 0),
             ExpandIndices<kBytes>(kTargetBytes<target>, kBytes, 0),
@@ -70,24 +70,36 @@ struct Sse41Vector {
     VX_KERNEL_PART static Bytes LoadLaneIndices(const std::uint8_t* from) { return Load(from); }
 
     template <std::size_t sourceStep, std::size_t targetStep>
+    VX_KERNEL_PART static void ShuffleLanes(const std::uint8_t* from, Bytes indices, std::uint8_t* to)
+    {
+        Store(to, _mm_shuffle_epi8(Load(from), indices));
+    }
+
+    template <std::size_t sourceStep, std::size_t targetStep>
     VX_KERNEL_PART static void ShuffleLanes(const std::uint8_t* from, Bytes indices, Bytes alpha,
                                             std::uint8_t* to)
     {
         Store(to, Or(_mm_shuffle_epi8(Load(from), indices), alpha));
     }
 
+    /// The lane of that number of the three that hold the colours of kLaneBytes pixels.
+    template <std::size_t lane>
+    VX_KERNEL_PART static Bytes InterleavedLane(Bytes blue, Bytes green, Bytes red)
+    {
+        static constexpr std::array kIndices{InterleaveIndices<kLaneBytes>(lane, 0, kGivesZero),
+                                             InterleaveIndices<kLaneBytes>(lane, 1, kGivesZero),
+                                             InterleaveIndices<kLaneBytes>(lane, 2, kGivesZero)};
+        const Bytes b = _mm_shuffle_epi8(blue, LoadLaneIndices(kIndices[0].data()));
+        const Bytes g = _mm_shuffle_epi8(green, LoadLaneIndices(kIndices[1].data()));
+        const Bytes r = _mm_shuffle_epi8(red, LoadLaneIndices(kIndices[2].data()));
+        return Or(Or(b, g), r);
+    }
+
     VX_KERNEL_PART static void StoreBgr(std::uint8_t* to, Bytes blue, Bytes green, Bytes red)
     {
-        static constexpr std::array kIndices{InterleaveIndices<kBytes>(0), InterleaveIndices<kBytes>(1),
-                                             InterleaveIndices<kBytes>(2)};
-        const Mask first = _mm_setr_epi8(-1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1);
-        const Mask second = _mm_setr_epi8(0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0);
-        const Bytes b = _mm_shuffle_epi8(blue, Load(kIndices[0].data()));
-        const Bytes g = _mm_shuffle_epi8(green, Load(kIndices[1].data()));
-        const Bytes r = _mm_shuffle_epi8(red, Load(kIndices[2].data()));
-        Store(to, Select(first, b, Select(second, g, r)));
-        Store(to + kBytes, Select(first, g, Select(second, r, b)));
-        Store(to + 2 * kBytes, Select(first, r, Select(second, b, g)));
+        Store(to, InterleavedLane<0>(blue, green, red));
+        Store(to + kBytes, InterleavedLane<1>(blue, green, red));
+        Store(to + 2 * kBytes, InterleavedLane<2>(blue, green, red));
     }
 
     VX_KERNEL_PART static void StoreBgra(std::uint8_t* to, Bytes blue, Bytes green, Bytes red)

@@ -145,6 +145,9 @@ VX_KERNEL void MonoRow(std::span<const std::uint8_t> source, std::span<std::uint
     ConvertInterleaved<InterleavedRow::Mono, target>(source, destination, x, widthPx);
 }
 
+// Fixed by the order of BGRa in a little-endian number.
+constexpr std::int32_t kOpaqueAlpha = std::int32_t{kOpaque} << 24;
+
 /// The byte of the source row that each byte of the destination row takes.
 template <InterleavedRow layout, Target target>
 [[nodiscard]] constexpr std::size_t SourceByteOf(std::size_t destinationByte)
@@ -179,6 +182,13 @@ struct LanePlan {
     static constexpr std::array<std::uint8_t, V::kLaneBytes> kIndices = MakeIndices();
 };
 
+/// @return  how many blocks fit into a row when each starts `step` bytes after the one before and takes
+/// `reach` bytes
+[[nodiscard]] constexpr std::size_t BlocksIn(std::size_t rowBytes, std::size_t step, std::size_t reach)
+{
+    return rowBytes < reach ? 0 : (rowBytes - reach) / step + 1;
+}
+
 /// Whole pixels with their bytes in another order. A lane can be longer than its pixels: the loop ends where
 /// the excess would leave a row, and what is written in excess is overwritten by what follows.
 template <typename V, InterleavedRow layout, Target target>
@@ -187,35 +197,43 @@ VX_KERNEL void ShuffledRow(std::span<const std::uint8_t> source, std::span<std::
     using Plan = LanePlan<V, layout, target>;
     const std::size_t widthPx = destination.size() / kTargetBytes<target>;
     const auto indices = V::LoadLaneIndices(Plan::kIndices.data());
-    const auto alpha = V::Splat32(Plan::kMakesAlpha ? std::int32_t{kOpaque} << 24 : 0);
-    std::size_t x = 0;
-    std::size_t from = 0;
-    std::size_t to = 0;
-    while (from + Plan::kSourceReach <= source.size() && to + Plan::kTargetReach <= destination.size()) {
-        V::template ShuffleLanes<Plan::kSourceStep, Plan::kTargetStep>(source.data() + from, indices, alpha,
-                                                                       destination.data() + to);
-        x += V::kLanes * Plan::kPixels;
-        from += V::kLanes * Plan::kSourceStep;
-        to += V::kLanes * Plan::kTargetStep;
+    const auto alpha = V::Splat32(kOpaqueAlpha);
+    constexpr std::size_t kSourceStep = V::kLanes * Plan::kSourceStep;
+    constexpr std::size_t kTargetStep = V::kLanes * Plan::kTargetStep;
+    const std::size_t blocks = std::min(BlocksIn(source.size(), kSourceStep, Plan::kSourceReach),
+                                        BlocksIn(destination.size(), kTargetStep, Plan::kTargetReach));
+    const std::uint8_t* from = source.data();
+    std::uint8_t* to = destination.data();
+    for (std::size_t i = 0; i < blocks; ++i, from += kSourceStep, to += kTargetStep) {
+        if constexpr (Plan::kMakesAlpha)
+            V::template ShuffleLanes<Plan::kSourceStep, Plan::kTargetStep>(from, indices, alpha, to);
+        else
+            V::template ShuffleLanes<Plan::kSourceStep, Plan::kTargetStep>(from, indices, to);
     }
+    const std::size_t x = blocks * V::kLanes * Plan::kPixels;
     ConvertInterleaved<layout, target>(source, destination, x, widthPx);
 }
 
-/// Where each byte of one colour of kLaneBytes pixels goes when three colours are interleaved into three
-/// lanes: every lane has another third of the positions for this colour, so that one order of the bytes
-/// serves all three.
+/// The pixels whose bytes of one colour go to a lane when three colours are interleaved into three lanes, by
+/// position in the lane.
+/// @param lane     0 to 2
 /// @param channel  0 = blue, 1 = green, 2 = red
+/// @param nothing  stands at the positions of other colours
 template <std::size_t laneBytes>
-[[nodiscard]] constexpr std::array<std::uint8_t, laneBytes> InterleaveIndices(std::size_t channel)
+[[nodiscard]] constexpr std::array<std::uint8_t, laneBytes>
+InterleaveIndices(std::size_t lane, std::size_t channel, std::uint8_t nothing)
 {
-    static_assert(laneBytes % 3 == 1);
     std::array<std::uint8_t, laneBytes> indices{};
-    for (std::size_t lane = 0; lane < 3; ++lane)
-        for (std::size_t i = 0; i < laneBytes; ++i)
-            if ((lane * laneBytes + i) % 3 == channel)
-                indices[i] = static_cast<std::uint8_t>((lane * laneBytes + i) / 3); // less than laneBytes
+    for (std::size_t i = 0; i < laneBytes; ++i) {
+        const std::size_t position = lane * laneBytes + i;
+        indices[i] =
+            position % 3 == channel ? static_cast<std::uint8_t>(position / 3) : nothing; // below laneBytes
+    }
     return indices;
 }
+
+// Fixed by the instruction that rearranges 16 bytes: an index with this bit gives 0.
+constexpr std::uint8_t kGivesZero = 0x80;
 
 /// @return  the pixel that each byte of a lane takes
 /// @param firstByte   position of the lane in the destination

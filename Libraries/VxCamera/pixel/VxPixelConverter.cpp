@@ -93,6 +93,12 @@ VxPixelConverter::VxPixelConverter() : VxPixelConverter(pixel::BestInstructionSe
 
 VxPixelConverter::VxPixelConverter(pixel::InstructionSet set) : m_kernels(pixel::KernelsOf(set)) {}
 
+VxResult VxPixelConverter::CheckFormats(std::uint32_t sourceCode, std::uint32_t destinationCode)
+{
+    return pixel::PlanConversion(sourceCode, destinationCode) ? VxResult::Ok()
+                                                              : NoConversion(sourceCode, destinationCode);
+}
+
 VxResult VxPixelConverter::Convert(const VxPictureView& source, const VxWritablePictureView& destination,
                                    VxRowOrder order)
 {

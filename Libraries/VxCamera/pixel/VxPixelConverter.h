@@ -39,6 +39,9 @@ public:
     /// @param set  must be available; every set gives the same pictures
     explicit VxPixelConverter(pixel::InstructionSet set);
 
+    /// @return  whether there is a way from one format to the other: OK, or NOT_SUPPORTED, which names both
+    [[nodiscard]] static VxResult CheckFormats(std::uint32_t sourceCode, std::uint32_t destinationCode);
+
     /// Writes the source into the destination. When sizes differ, the part that both have is written, from
     /// the first pixel of the first row on; no other byte of the destination changes, its row padding
     /// included.
