@@ -27,8 +27,11 @@ public:
 
 private:
     explicit NodeParameterArray(std::unique_ptr<genapi::NodeMap> map);
+    void MakeFeatures();
 
     std::unique_ptr<genapi::NodeMap> m_map;
-    std::vector<std::unique_ptr<VxGenParameter>> m_parameters; // by node id; null for nodes that have no name
+    // By node id; those of nodes outside of all categories are made when they are asked for, under the map's
+    // lock.
+    mutable std::vector<std::unique_ptr<VxGenParameter>> m_parameters;
     std::vector<VxGenParameter*> m_features; // borrowed from m_parameters, in the map's order
 };

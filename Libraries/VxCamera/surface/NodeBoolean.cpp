@@ -1,0 +1,15 @@
+#include "VxCamera/surface/NodeBoolean.h"
+
+namespace surface {
+
+VxResult NodeBoolean::GetValue(bool& value) const
+{
+    return Store(Map().GetBoolean(Node()), value);
+}
+
+VxResult NodeBoolean::SetValue(bool value)
+{
+    return Map().SetBoolean(Node(), value);
+}
+
+} // namespace surface

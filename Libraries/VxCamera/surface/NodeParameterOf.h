@@ -1,0 +1,85 @@
+#pragma once
+
+#include "VxCamera/genapi/map/NodeMap.h"
+#include "VxDSSource/camera/VxGenParameter.h"
+
+namespace surface {
+
+/// What all parameters over a node map have in common; `Interface` is the kind that the module sees.
+///
+/// Owner:  NodeParameterArray. Borrows the map.
+/// Thread: any; the map's lock serialises.
+template <typename Interface>
+class NodeParameterOf : public Interface {
+public:
+    /// @param category  path of the first category that names the feature; "" for a node outside of all
+    NodeParameterOf(genapi::NodeMap& map, genapi::NodeId node, const VxString& category)
+        : m_map(map), m_node(node), m_category(category)
+    {
+    }
+
+    [[nodiscard]] VxString GetName() const override { return VxString(m_map.Info(m_node).name); }
+    [[nodiscard]] VxString GetCategory() const override { return m_category; }
+
+    VxResult GetType(VxGenType& type) const override
+    {
+        type = TypeOf(m_map.Info(m_node).type);
+        return VxResult::Ok();
+    }
+
+    VxResult GetVisibility(VxGenVisibility& visibility) const override
+    {
+        visibility = static_cast<VxGenVisibility>(m_map.Info(m_node).visibility); // numbered alike
+        return VxResult::Ok();
+    }
+
+    [[nodiscard]] bool IsAvailable() const override { return genapi::IsAvailable(m_map.Access(m_node)); }
+    [[nodiscard]] bool IsReadable() const override { return genapi::IsReadable(m_map.Access(m_node)); }
+    [[nodiscard]] bool IsWritable() const override { return genapi::IsWritable(m_map.Access(m_node)); }
+
+    VxResult ToString(VxString& text) const override { return Store(m_map.ToText(m_node), text); }
+    VxResult FromString(const VxString& text) override { return m_map.FromText(m_node, text.Narrow()); }
+
+protected:
+    [[nodiscard]] genapi::NodeMap& Map() const { return m_map; }
+    [[nodiscard]] genapi::NodeId Node() const { return m_node; }
+
+    /// Gives the value out, or says why there is none.
+    template <typename From, typename To>
+    [[nodiscard]] static VxResult Store(VxExpected<From> value, To& target)
+    {
+        if (!value)
+            return value.Error();
+        target = To(*std::move(value));
+        return VxResult::Ok();
+    }
+
+private:
+    [[nodiscard]] static VxGenType TypeOf(genapi::ValueType type)
+    {
+        switch (type) {
+        case genapi::ValueType::Integer:
+            return VxGenType::Integer;
+        case genapi::ValueType::Float:
+            return VxGenType::Float;
+        case genapi::ValueType::Boolean:
+            return VxGenType::Boolean;
+        case genapi::ValueType::Command:
+            return VxGenType::Command;
+        case genapi::ValueType::Enumeration:
+            return VxGenType::Enum;
+        case genapi::ValueType::String:
+            return VxGenType::String;
+        case genapi::ValueType::Register:
+            return VxGenType::Register;
+        default:
+            return VxGenType::Unknown;
+        }
+    }
+
+    genapi::NodeMap& m_map; // borrowed: the array owns both and ends this first
+    const genapi::NodeId m_node;
+    const VxString m_category;
+};
+
+} // namespace surface
