@@ -17,8 +17,8 @@ public:
     /// The feature's GenICam name, for instance "ExposureTime".
     [[nodiscard]] virtual VxString GetName() const = 0;
 
-    /// Path of categories from the root, separated by a backslash, for instance "AnalogControl\Gain"; the root itself
-    /// is left out.
+    /// Path of the categories that lead to the feature, separated by backslashes: "root" for one that stands at the
+    /// top, "root\AnalogControl" below that; "" for a node outside of every category.
     [[nodiscard]] virtual VxString GetCategory() const = 0;
 
     /// @param[out] type  untouched on failure
