@@ -1,0 +1,50 @@
+#pragma once
+
+#include "VxCamera/control/DeviceSession.h"
+#include "VxCamera/control/FoundCamera.h"
+#include "VxCamera/control/HeartbeatThread.h"
+#include "VxCamera/surface/CameraNetwork.h"
+#include "VxCamera/surface/NodeParameterArray.h"
+#include "VxCamera/surface/ParameterList.h"
+#include "VxDSSource/camera/VxDeviceGEV.h"
+
+#include "VxBase/VxExpected.h"
+
+#include <memory>
+
+/// A GigE Vision camera under this host's control.
+///
+/// Owner:  made by Connect; disposed of by VxDevice::Free.
+/// Thread: see VxDevice; the heartbeat has a thread of its own.
+class GevDevice final : public VxDeviceGEV {
+public:
+    /// Finds a camera, takes control of it and loads its description.
+    /// @return  NOT_FOUND, AMBIGUOUS, ACCESS_DENIED, INVALID_CONFIGURATION, INVALID_DATA, TIMEOUT, ...
+    [[nodiscard]] static VxExpected<std::unique_ptr<GevDevice>> Connect(const VxString& connectionId);
+    ~GevDevice() override;
+
+    [[nodiscard]] bool IsConnected() const override;
+    VxResult Disconnect() override;
+    [[nodiscard]] VxGenParameterArray* GetParameters() override { return m_features.get(); }
+    [[nodiscard]] VxGenParameterArray* GetCommunicationParameters() override { return &m_link; }
+    [[nodiscard]] std::uint32_t GetPayloadSize() override;
+    VxResult StreamEnable(std::uint32_t channel) override;
+    VxResult StreamDisable(std::uint32_t channel) override;
+    VxResult SetStreamDestination(const VxString& ipAddress, std::uint16_t port,
+                                  std::uint32_t channel) override;
+
+private:
+    explicit GevDevice(std::unique_ptr<CameraNetwork> network);
+    VxResult TakeControl(const control::FoundCamera& found);
+    VxResult LoadFeatures();
+    void ListLink();
+    VxResult Lock(bool isLocked);
+    VxResult ChoosePacketSize(std::uint32_t channel);
+
+    const std::unique_ptr<CameraNetwork> m_network; // first: all below borrow from it
+    control::FoundCamera m_found;                   // set by TakeControl, constant afterwards
+    std::unique_ptr<control::DeviceSession> m_session;
+    std::unique_ptr<control::HeartbeatThread> m_heartbeat;
+    std::unique_ptr<NodeParameterArray> m_features; // its node map borrows the session
+    ParameterList m_link;                           // its features borrow the session
+};

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "VxBase/VxString.h"
+#include "VxDSSource/camera/VxGenTypes.h"
+
+/// What never changes of a feature of this library's own.
+struct ParameterFacts {
+    VxString name;
+    VxString category; ///< as VxGenParameter::GetCategory gives it
+    VxGenVisibility visibility = VxGenVisibility::Beginner;
+};
