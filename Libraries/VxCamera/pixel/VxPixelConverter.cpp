@@ -176,10 +176,6 @@ void VxPixelConverter::ConvertBayer(const ConversionPlan& plan, SourceRows& sour
     };
     for (std::size_t y = 0; y + 1 < rows; y += 2)
         convertPair(y, target.Row(y + 1));
-    if (rows % 2 == 0)
-        return;
-    if (rows > 1) // the pair with the row before, which is computed a second time with the same result
-        convertPair(rows - 2, target.Row(rows - 1));
-    else
-        convertPair(0, std::span(m_spareRow).first(target.Row(0).size()));
+    if (rows % 2 != 0)
+        convertPair(rows - 1, std::span(m_spareRow).first(target.Row(0).size()));
 }

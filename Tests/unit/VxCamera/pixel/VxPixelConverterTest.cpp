@@ -3,6 +3,7 @@
 #include "VxCamera/pixel/PixelFormatTable.h"
 #include "VxCamera/pixel/RowKernels.h"
 #include "VxCamera/pixel/VxPixelFormat.h"
+#include "unit/VxCamera/pixel/AllocationCount.h"
 #include "unit/VxCamera/pixel/ReferencePicture.h"
 
 #include <opencv2/imgproc.hpp>
@@ -372,6 +373,25 @@ TEST(VxPixelConverterTest, PicturesOfManySizesCanFollowEachOther)
     for (const std::uint32_t widthPx : {9u, 200u, 1u, 80u})
         for (const std::uint32_t code : ConvertedCodes())
             Try(converter, {code, VxPfnc::kBgra8, widthPx, 3, widthPx, 3, 0, 0, VxRowOrder::BottomUp});
+}
+
+TEST(VxPixelConverterTest, SecondPictureOfTheSameSizeTakesNoMemory)
+{
+    constexpr std::uint32_t kBayerGB12Packed = 0x010C002C;
+    for (const std::uint32_t code :
+         {VxPfnc::kMono8, VxPfnc::kBayerRG8, kBayerGB12Packed, VxPfnc::kYuv422_8}) {
+        const GuardedPicture from(code, 65, 7, 0);
+        GuardedPicture to(VxPfnc::kBgr8, 65, 7, 0);
+        VxPixelConverter converter;
+        ASSERT_TRUE(converter.Convert(from.ConstView(), to.View(), VxRowOrder::TopDown).IsOK());
+
+        const std::size_t before = AllocationCount();
+        const bool isConverted = converter.Convert(from.ConstView(), to.View(), VxRowOrder::BottomUp).IsOK();
+        const std::size_t after = AllocationCount();
+
+        EXPECT_TRUE(isConverted);
+        EXPECT_EQ(after, before) << VxFindPixelFormat(code)->name;
+    }
 }
 
 // OpenCV names the pattern by the second row from its second column on, so its "BG" is our RG. It has no rule

@@ -1,0 +1,34 @@
+#include "unit/VxCamera/pixel/AllocationCount.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<std::size_t> g_count = 0;
+
+} // namespace
+
+std::size_t AllocationCount()
+{
+    return g_count;
+}
+
+void* operator new(std::size_t size)
+{
+    ++g_count;
+    if (void* const memory = std::malloc(size > 0 ? size : 1))
+        return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
