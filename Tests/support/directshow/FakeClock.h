@@ -1,0 +1,24 @@
+#pragma once
+
+#include "support/directshow/TestObject.h"
+
+#include <strmif.h>
+
+/// A clock that shows what the test says.
+class FakeClock final : public TestObject<IReferenceClock> {
+public:
+    REFERENCE_TIME now = 0;
+    HRESULT telling = S_OK;
+
+    STDMETHODIMP GetTime(REFERENCE_TIME* time) override
+    {
+        *time = now;
+        return telling;
+    }
+    STDMETHODIMP AdviseTime(REFERENCE_TIME, REFERENCE_TIME, HEVENT, DWORD_PTR*) override { return E_NOTIMPL; }
+    STDMETHODIMP AdvisePeriodic(REFERENCE_TIME, REFERENCE_TIME, HSEMAPHORE, DWORD_PTR*) override
+    {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Unadvise(DWORD_PTR) override { return E_NOTIMPL; }
+};
