@@ -15,26 +15,17 @@ extern const CLSID CLSID_NullRenderer;
 namespace vxgrab {
 namespace {
 
-/// Films need rows that are whole 32-bit words.
-bool HasWholeWords(const FrameFormat& format)
-{
-    return static_cast<std::size_t>(format.widthPx) * format.bytesPerPixel % 4 == 0;
-}
-
-bool Fits(const AM_MEDIA_TYPE& type, const GUID& subtype, bool areWholeWordsWanted)
+bool Fits(const AM_MEDIA_TYPE& type, const GUID& subtype)
 {
     const auto format = ReadFrameFormat(type);
     if (!format || format->bytesPerPixel == 0)
         return false;
-    if (!::IsEqualGUID(subtype, GUID_NULL) && !::IsEqualGUID(subtype, format->subtype))
-        return false;
-    return !areWholeWordsWanted || HasWholeWords(*format);
+    return ::IsEqualGUID(subtype, GUID_NULL) || ::IsEqualGUID(subtype, format->subtype);
 }
 
 } // namespace
 
-VxResult CaptureGraph::Build(const ComPtr<IBaseFilter>& source, const std::string& subtype,
-                             const std::filesystem::path& aviFile)
+VxResult CaptureGraph::Build(const ComPtr<IBaseFilter>& source, const std::string& subtype)
 {
     m_source = source;
     VxResult result = Create();
@@ -43,11 +34,11 @@ VxResult CaptureGraph::Build(const ComPtr<IBaseFilter>& source, const std::strin
     if (result.IsOK())
         result = FindPins();
     if (result.IsOK())
-        result = ConnectSource(subtype, !aviFile.empty());
-    if (result.IsOK())
-        result = aviFile.empty() ? AddEnd() : AddFilm(aviFile);
+        result = ConnectSource(subtype);
     if (result.IsOK())
         result = ReadFormat();
+    if (result.IsOK())
+        result = AddEnd();
     return result;
 }
 
@@ -99,7 +90,7 @@ VxResult CaptureGraph::FindPins()
     return SUCCEEDED(result) ? VxResult::Ok() : ComFailure("use the system's Sample Grabber", result);
 }
 
-VxResult CaptureGraph::ConnectSource(const std::string& subtypeName, bool isForFilm)
+VxResult CaptureGraph::ConnectSource(const std::string& subtypeName)
 {
     GUID subtype = GUID_NULL;
     if (!subtypeName.empty()) {
@@ -108,18 +99,14 @@ VxResult CaptureGraph::ConnectSource(const std::string& subtypeName, bool isForF
             return known.Error();
         subtype = *known;
     }
-    HRESULT result = VFW_E_NO_ACCEPTABLE_TYPES;
-    if (isForFilm)
-        result = ConnectFirst(subtype, true);
-    if (FAILED(result))
-        result = ConnectFirst(subtype, false);
+    HRESULT result = ConnectFirst(subtype);
     if (FAILED(result))
         result = ConnectThroughDecoder(subtype);
     return SUCCEEDED(result) ? VxResult::Ok()
                              : ComFailure("connect the device to the Sample Grabber", result);
 }
 
-HRESULT CaptureGraph::ConnectFirst(const GUID& subtype, bool areWholeWordsWanted)
+HRESULT CaptureGraph::ConnectFirst(const GUID& subtype)
 {
     ComPtr<IEnumMediaTypes> types;
     HRESULT result = m_sourcePin->EnumMediaTypes(types.Put());
@@ -130,7 +117,7 @@ HRESULT CaptureGraph::ConnectFirst(const GUID& subtype, bool areWholeWordsWanted
     while (types->Next(1, &next, nullptr) == S_OK) {
         MediaType type;
         type.Adopt(next);
-        if (!Fits(type.Get(), subtype, areWholeWordsWanted))
+        if (!Fits(type.Get(), subtype))
             continue;
         result = m_graph->ConnectDirect(m_sourcePin.Get(), m_grabberInput.Get(), &type.Get());
         if (SUCCEEDED(result))
@@ -148,33 +135,25 @@ HRESULT CaptureGraph::ConnectThroughDecoder(const GUID& subtype)
     return SUCCEEDED(result) ? m_graph->Connect(m_sourcePin.Get(), m_grabberInput.Get()) : result;
 }
 
-VxResult CaptureGraph::AddFilm(const std::filesystem::path& file)
+VxResult CaptureGraph::ReadFormat()
 {
-    const std::string attempt = "write the film '" + VxUtf8FromWide(file.wstring()) + "'";
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(file, error);
-    if (error)
-        return VxResult(VxError::InvalidParameter, "cannot " + attempt + ": the path makes no sense");
+    const HRESULT result = m_grabber->GetConnectedMediaType(m_type.Put());
+    if (FAILED(result))
+        return ComFailure("read the format of the connection", result);
+    auto format = ReadFrameFormat(m_type.Get());
+    if (format)
+        m_format = *format;
+    return format.Result();
+}
 
-    ComPtr<IBaseFilter> mux;
-    ComPtr<IBaseFilter> writer;
-    VxResult added = AddFilter(CLSID_AviDest, L"Film", mux);
-    if (added.IsOK())
-        added = AddFilter(CLSID_FileWriter, L"File", writer);
-    if (!added.IsOK())
-        return added;
-
-    ComPtr<IFileSinkFilter2> sink;
-    HRESULT result = writer.Query(IID_IFileSinkFilter2, sink);
-    if (SUCCEEDED(result))
-        result = sink->SetMode(AM_FILE_OVERWRITE);
-    if (SUCCEEDED(result))
-        result = sink->SetFileName(absolute.c_str(), nullptr);
-    if (SUCCEEDED(result))
-        result = m_builder->RenderStream(nullptr, nullptr, m_grabberOutput.Get(), nullptr, mux.Get());
-    if (SUCCEEDED(result))
-        result = m_builder->RenderStream(nullptr, nullptr, mux.Get(), nullptr, writer.Get());
-    return SUCCEEDED(result) ? VxResult::Ok() : ComFailure(attempt, result);
+HRESULT CaptureGraph::ConnectNext(IBaseFilter& next)
+{
+    ComPtr<IPin> input;
+    const HRESULT result = m_builder->FindPin(&next, PINDIR_INPUT, nullptr, nullptr, TRUE, 0, input.Put());
+    // With the type of the connection in front of it: left to itself, the grabber would take the device's
+    // first type and connect the device anew.
+    return SUCCEEDED(result) ? m_graph->ConnectDirect(m_grabberOutput.Get(), input.Get(), &m_type.Get())
+                             : result;
 }
 
 VxResult CaptureGraph::AddEnd()
@@ -183,7 +162,7 @@ VxResult CaptureGraph::AddEnd()
     const VxResult added = AddFilter(CLSID_NullRenderer, L"End", end);
     if (!added.IsOK())
         return added;
-    HRESULT result = m_builder->RenderStream(nullptr, nullptr, m_grabberOutput.Get(), nullptr, end.Get());
+    HRESULT result = ConnectNext(*end.Get());
 
     // No clock: the renderer at the end must not hold frames back until their time of presentation.
     ComPtr<IMediaFilter> graph;
@@ -192,19 +171,6 @@ VxResult CaptureGraph::AddEnd()
     if (SUCCEEDED(result))
         result = graph->SetSyncSource(nullptr);
     return SUCCEEDED(result) ? VxResult::Ok() : ComFailure("finish the graph", result);
-}
-
-VxResult CaptureGraph::ReadFormat()
-{
-    MediaType type;
-    const HRESULT result = m_grabber->GetConnectedMediaType(type.Put());
-    if (FAILED(result))
-        return ComFailure("read the format of the connection", result);
-    auto format = ReadFrameFormat(type.Get());
-    if (!format)
-        return format.Error();
-    m_format = *format;
-    return VxResult::Ok();
 }
 
 VxResult CaptureGraph::SetTap(ISampleGrabberCB& tap)
@@ -266,10 +232,23 @@ std::optional<long> CaptureGraph::FramesDropped() const
     return SUCCEEDED(counter->GetNumDropped(&dropped)) ? std::optional(dropped) : std::nullopt;
 }
 
-void CaptureGraph::Close()
+void CaptureGraph::StopFilters()
 {
     if (m_control)
         m_control->Stop();
+    // A graph that failed to run takes itself for stopped while some of its filters are not, and would not
+    // end.
+    ComPtr<IEnumFilters> filters;
+    if (!m_graph || FAILED(m_graph->EnumFilters(filters.Put())))
+        return;
+    ComPtr<IBaseFilter> filter;
+    while (filters->Next(1, filter.Put(), nullptr) == S_OK)
+        filter->Stop();
+}
+
+void CaptureGraph::Close()
+{
+    StopFilters();
     if (m_grabber)
         m_grabber->SetCallback(nullptr, 0);
     m_sourcePin.Reset();

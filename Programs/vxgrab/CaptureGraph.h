@@ -10,14 +10,12 @@
 #include <qedit.h>
 #include <strmif.h>
 
-#include <filesystem>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace vxgrab {
 
-/// The filter graph: device, Sample Grabber, and behind it a film file or nothing.
+/// The filter graph: device, Sample Grabber, Null Renderer.
 ///
 /// Pins are connected directly: building by category would insert a tee, which needs more buffers than a
 /// capture filter may have.
@@ -33,9 +31,7 @@ public:
 
     /// Builds the graph; nothing runs yet.
     /// @param subtype  "rgb24" and so on; empty takes the first format of the device that can be read
-    /// @param aviFile  film to write; empty for none
-    [[nodiscard]] VxResult Build(const ComPtr<IBaseFilter>& source, const std::string& subtype,
-                                 const std::filesystem::path& aviFile);
+    [[nodiscard]] VxResult Build(const ComPtr<IBaseFilter>& source, const std::string& subtype);
 
     /// What the frames look like; after Build.
     [[nodiscard]] const FrameFormat& Format() const { return m_format; }
@@ -63,12 +59,13 @@ private:
     [[nodiscard]] VxResult Create();
     [[nodiscard]] VxResult AddFilter(REFCLSID classId, const wchar_t* name, ComPtr<IBaseFilter>& filter);
     [[nodiscard]] VxResult FindPins();
-    [[nodiscard]] VxResult ConnectSource(const std::string& subtype, bool isForFilm);
-    [[nodiscard]] HRESULT ConnectFirst(const GUID& subtype, bool areWholeWordsWanted);
+    [[nodiscard]] VxResult ConnectSource(const std::string& subtype);
+    [[nodiscard]] HRESULT ConnectFirst(const GUID& subtype);
     [[nodiscard]] HRESULT ConnectThroughDecoder(const GUID& subtype);
-    [[nodiscard]] VxResult AddFilm(const std::filesystem::path& file);
-    [[nodiscard]] VxResult AddEnd();
     [[nodiscard]] VxResult ReadFormat();
+    void StopFilters();
+    [[nodiscard]] HRESULT ConnectNext(IBaseFilter& next);
+    [[nodiscard]] VxResult AddEnd();
 
     ComPtr<IGraphBuilder> m_graph;
     ComPtr<ICaptureGraphBuilder2> m_builder;
@@ -80,6 +77,7 @@ private:
     ComPtr<IPin> m_sourcePin;
     ComPtr<IPin> m_grabberInput;
     ComPtr<IPin> m_grabberOutput;
+    MediaType m_type; // of the connection between device and grabber
     FrameFormat m_format;
 };
 

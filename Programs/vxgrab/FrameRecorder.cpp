@@ -4,8 +4,8 @@
 
 namespace vxgrab {
 
-FrameRecorder::FrameRecorder(const RecordingPlan& plan, FrameTally::TimePoint start)
-    : m_plan(plan), m_format(plan.format)
+FrameRecorder::FrameRecorder(const RecordingPlan& plan, FrameTally::TimePoint start, FilmWriter* film)
+    : m_plan(plan), m_film(film), m_format(plan.format)
 {
     m_state.lastPicture = start;
 }
@@ -33,15 +33,31 @@ bool FrameRecorder::IsCompleteLocked() const
 
 void FrameRecorder::OnFrame(const DeliveredFrame& frame, FrameTally::TimePoint arrival)
 {
+    const auto format = CountFrame(frame, arrival);
+    if (!format || m_film == nullptr)
+        return;
+    // Not under the lock: a slow disk holds up the stream, which the device counts, but not the main thread.
+    const VxResult added = m_film->Add(*format, frame.bytes, arrival);
+    if (added.IsOK())
+        return;
+    const VxLock lock(m_mutex);
+    m_state.film = added;
+    m_news.Set();
+}
+
+/// @return  the frame's format; nothing when the frame is not to be recorded
+std::optional<FrameFormat> FrameRecorder::CountFrame(const DeliveredFrame& frame,
+                                                     FrameTally::TimePoint arrival)
+{
     const FrameContent content = ContentOf(frame);
     const VxLock lock(m_mutex);
     if (frame.newFormat)
         m_format = *frame.newFormat;
     if (IsCompleteLocked())
-        return; // the graph runs on for a moment after the last picture that was wanted
+        return std::nullopt; // the graph runs on for a moment after the last picture that was wanted
     m_state.tally.Count(content, arrival);
     if (content == FrameContent::Zero)
-        return;
+        return m_format;
     m_state.lastPicture = arrival;
     const std::uint64_t number = m_state.tally.Pictures();
     if (IsForFile(number)) {
@@ -52,6 +68,7 @@ void FrameRecorder::OnFrame(const DeliveredFrame& frame, FrameTally::TimePoint a
     }
     if (IsCompleteLocked())
         m_news.Set();
+    return m_format;
 }
 
 RecordingState FrameRecorder::State() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vxgrab/Event.h"
+#include "vxgrab/FilmWriter.h"
 #include "vxgrab/FrameTally.h"
 #include "vxgrab/PictureQueue.h"
 
@@ -32,17 +33,19 @@ struct RecordingPlan {
 struct RecordingState {
     FrameTally tally;
     std::uint64_t skippedPictures = 0; ///< meant for a file, but the disk was too slow
+    VxResult film = VxResult::Ok();    ///< the first thing that went wrong with the film
     FrameTally::TimePoint lastPicture; ///< when the last picture came; the start when none came
 };
 
-/// Takes every frame of the graph: counts it, and copies the pictures that go to files.
+/// Takes every frame of the graph: counts it, copies the pictures that go to files, and adds it to the film.
 ///
 /// Owner:  the session; outlives the graph.
 /// Thread: OnFrame on the streaming thread; the others on the main thread; locked inside.
 class FrameRecorder final {
 public:
     /// @param start  when waiting for pictures begins
-    FrameRecorder(const RecordingPlan& plan, FrameTally::TimePoint start);
+    /// @param film   gets every frame; null for none; must outlive the recorder
+    FrameRecorder(const RecordingPlan& plan, FrameTally::TimePoint start, FilmWriter* film = nullptr);
 
     void OnFrame(const DeliveredFrame& frame, FrameTally::TimePoint arrival);
 
@@ -57,10 +60,13 @@ public:
 
 private:
     [[nodiscard]] FrameContent ContentOf(const DeliveredFrame& frame) const;
+    [[nodiscard]] std::optional<FrameFormat> CountFrame(const DeliveredFrame& frame,
+                                                        FrameTally::TimePoint arrival);
     [[nodiscard]] bool IsForFile(std::uint64_t number) const;
     [[nodiscard]] bool IsCompleteLocked() const VX_REQUIRES(m_mutex);
 
     const RecordingPlan m_plan;
+    FilmWriter* const m_film; // borrowed: the session's; used on the streaming thread only
     Event m_news{Event::Reset::Automatic};
     PictureQueue m_queue;
     mutable VxMutex m_mutex;

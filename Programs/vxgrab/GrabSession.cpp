@@ -166,14 +166,14 @@ VxResult GrabSession::Grab()
 {
     PictureFiles files(m_options.pngFile, m_options.pngEvery == 0 ? PictureFiles::Naming::Single
                                                                   : PictureFiles::Naming::Numbered);
+    FilmWriter film(m_options.aviFile);
     std::optional<FrameRecorder> recorder; // before the graph, which calls it until it is closed
     CaptureGraph graph;
-    VxResult result = graph.Build(m_filter, m_options.subtype, m_options.aviFile);
+    VxResult result = graph.Build(m_filter, m_options.subtype);
     if (!result.IsOK())
         return result;
-    WarnAboutFilm(graph.Format());
 
-    recorder.emplace(Plan(graph.Format()), Clock::now());
+    recorder.emplace(Plan(graph.Format()), Clock::now(), m_options.aviFile.empty() ? nullptr : &film);
     const auto tap = ComPtr<SampleTap>::Adopt(new SampleTap(*recorder));
     result = graph.SetTap(*tap.Get());
     if (result.IsOK())
@@ -183,16 +183,16 @@ VxResult GrabSession::Grab()
 
     GrabReport report{CameraText(), graph.Format(), {}, graph.FramesDropped(), {}};
     const VxResult stopped = graph.Stop();
+    graph.Close();
     const VxResult written = WritePictures(*recorder, files);
-    graph.Close(); // finishes the film
+    const VxResult finished = film.Finish();
     report.recording = recorder->State();
     report.files = files.Written();
-    if (!m_options.aviFile.empty())
-        report.files.push_back(m_options.aviFile);
+    report.files.insert(report.files.end(), film.Files().begin(), film.Files().end());
     if (m_options.isSummaryWanted)
         PrintOutput(SummaryText(report));
 
-    for (const VxResult& trouble : {result, stopped, written}) {
+    for (const VxResult& trouble : {result, stopped, written, report.recording.film, finished}) {
         if (!trouble.IsOK())
             return trouble;
     }
@@ -215,6 +215,8 @@ VxResult GrabSession::Record(CaptureGraph& graph, FrameRecorder& recorder, Pictu
             return VxResult(VxError::Timeout, "no picture for " +
                                                   std::to_string(m_options.patience.count() / 1000) +
                                                   " s: gave up (--timeout sets this time)");
+        if (!state.film.IsOK())
+            return state.film;
         if (const auto ended = graph.PollEnd())
             return *ended;
         const VxResult written = WritePictures(recorder, files);
@@ -246,15 +248,6 @@ std::string GrabSession::CameraText() const
     FilterControl control = *m_control;
     const std::string model = control.CameraModel();
     return control.DeviceId() + (model.empty() ? "" : " (" + model + ")");
-}
-
-void GrabSession::WarnAboutFilm(const FrameFormat& format) const
-{
-    if (!m_options.aviFile.empty() &&
-        static_cast<std::size_t>(format.widthPx) * format.bytesPerPixel % 4 != 0)
-        PrintError("warning: rows of " + std::to_string(format.widthPx) + " pixels of " +
-                   SubtypeName(format.subtype) +
-                   " are no whole 32-bit words; players will show the film sheared. Use --subtype rgb32.\n");
 }
 
 void GrabSession::ShowProgress(const RecordingState& state) const

@@ -39,7 +39,6 @@ private:
     [[nodiscard]] VxResult WritePictures(FrameRecorder& recorder, PictureFiles& files);
     [[nodiscard]] RecordingPlan Plan(const FrameFormat& format) const;
     [[nodiscard]] std::string CameraText() const;
-    void WarnAboutFilm(const FrameFormat& format) const;
     void ShowProgress(const RecordingState& state) const;
 
     const Options m_options;

@@ -1,8 +1,6 @@
 #include "vxgrab/Picture.h"
 
-#include "VxBase/VxString.h"
-
-#include "vxgrab/ComFailure.h"
+#include "vxgrab/OutputFile.h"
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
@@ -10,6 +8,8 @@
 
 #include <dshow.h>
 
+#include <exception>
+#include <string>
 #include <vector>
 
 namespace vxgrab {
@@ -37,23 +37,6 @@ cv::Mat UprightBgr(const FrameFormat& format, std::span<const std::byte> frame, 
     return upright;
 }
 
-VxResult WriteFileWhole(const std::filesystem::path& file, std::span<const unsigned char> content)
-{
-    const std::string attempt = "write '" + VxUtf8FromWide(file.wstring()) + "'";
-    const HANDLE handle =
-        ::CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE)
-        return ComFailure(attempt, HRESULT_FROM_WIN32(::GetLastError()));
-    DWORD written = 0;
-    const BOOL isWritten =
-        ::WriteFile(handle, content.data(), static_cast<DWORD>(content.size()), &written, nullptr);
-    const DWORD error = ::GetLastError();
-    ::CloseHandle(handle);
-    if (!isWritten || written != content.size())
-        return ComFailure(attempt, HRESULT_FROM_WIN32(isWritten ? ERROR_DISK_FULL : error));
-    return VxResult::Ok();
-}
-
 } // namespace
 
 VxResult WritePng(const FrameFormat& format, std::span<const std::byte> frame,
@@ -72,7 +55,9 @@ VxResult WritePng(const FrameFormat& format, std::span<const std::byte> frame,
         std::vector<unsigned char> encoded;
         if (!cv::imencode(".png", UprightBgr(format, frame, rowBytes), encoded))
             return VxResult(VxError::Failed, "the PNG encoder refused the picture");
-        return WriteFileWhole(file, encoded);
+        OutputFile output;
+        VxResult result = output.Create(file);
+        return result.IsOK() ? output.Append(std::as_bytes(std::span(encoded))) : result;
     } catch (const std::exception& error) {
         return VxResult(VxError::Failed, std::string("the picture cannot be encoded: ") + error.what());
     }
