@@ -1,0 +1,122 @@
+#include "support/graph/GrabberGraph.h"
+
+#include "vxgrab/MediaType.h"
+
+#include <gtest/gtest.h>
+
+#include <dshow.h>
+
+#include <utility>
+
+extern "C" {
+extern const CLSID CLSID_SampleGrabber; // in the import library, declared in no header
+}
+
+using vxgrab::ComPtr;
+
+ComPtr<IPin> FirstPin(IBaseFilter& filter, PIN_DIRECTION direction)
+{
+    ComPtr<IEnumPins> pins;
+    if (FAILED(filter.EnumPins(pins.Put())))
+        return {};
+    ComPtr<IPin> pin;
+    while (pins->Next(1, pin.Put(), nullptr) == S_OK) {
+        PIN_DIRECTION is = PINDIR_INPUT;
+        if (SUCCEEDED(pin->QueryDirection(&is)) && is == direction)
+            return pin;
+    }
+    return {};
+}
+
+GrabberGraph::GrabberGraph(ComPtr<IBaseFilter> source, const GUID& subtype, ISampleGrabberCB& tap,
+                           Clock clock)
+    : m_source(std::move(source))
+{
+    const HRESULT result = Build(subtype, tap, clock);
+    EXPECT_HRESULT_SUCCEEDED(result) << "the graph cannot be built";
+    m_isBuilt = SUCCEEDED(result);
+}
+
+GrabberGraph::~GrabberGraph()
+{
+    if (m_control)
+        m_control->Stop();
+    if (m_grabber)
+        m_grabber->SetCallback(nullptr, 0);
+    if (m_graph && m_source)
+        m_graph->RemoveFilter(m_source.Get());
+}
+
+HRESULT GrabberGraph::Build(const GUID& subtype, ISampleGrabberCB& tap, Clock clock)
+{
+    if (!m_source)
+        return E_POINTER;
+    ComPtr<IBaseFilter> grabber;
+    HRESULT result = ::CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_IGraphBuilder,
+                                        m_graph.PutVoid());
+    if (SUCCEEDED(result))
+        result = m_graph.Query(IID_IMediaControl, m_control);
+    if (SUCCEEDED(result))
+        result = ::CoCreateInstance(CLSID_SampleGrabber, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
+                                    grabber.PutVoid());
+    if (SUCCEEDED(result))
+        result = grabber.Query(IID_ISampleGrabber, m_grabber);
+    if (SUCCEEDED(result))
+        result = m_graph->AddFilter(m_source.Get(), L"Camera");
+    if (SUCCEEDED(result))
+        result = m_graph->AddFilter(grabber.Get(), L"Grabber");
+    const ComPtr<IPin> input = FirstPin(*grabber.Get(), PINDIR_INPUT);
+    if (SUCCEEDED(result))
+        result = input ? Connect(*input.Get(), subtype) : E_UNEXPECTED;
+    if (SUCCEEDED(result))
+        result = m_grabber->SetCallback(&tap, 0); // 0: whole samples
+    ComPtr<IMediaFilter> asFilter;
+    if (SUCCEEDED(result) && clock == Clock::None)
+        result = m_graph.Query(IID_IMediaFilter, asFilter);
+    if (asFilter)
+        result = asFilter->SetSyncSource(nullptr);
+    return result;
+}
+
+HRESULT GrabberGraph::Connect(IPin& grabberInput, const GUID& subtype)
+{
+    AM_MEDIA_TYPE wanted{};
+    wanted.majortype = MEDIATYPE_Video;
+    wanted.subtype = subtype;
+    HRESULT result = m_grabber->SetMediaType(&wanted);
+    const ComPtr<IPin> output = FirstPin(*m_source.Get(), PINDIR_OUTPUT);
+    if (SUCCEEDED(result))
+        result = output ? m_graph->ConnectDirect(output.Get(), &grabberInput, nullptr) : E_UNEXPECTED;
+    vxgrab::MediaType type;
+    if (SUCCEEDED(result))
+        result = m_grabber->GetConnectedMediaType(type.Put());
+    if (FAILED(result))
+        return result;
+    const auto format = vxgrab::ReadFrameFormat(type.Get());
+    if (!format)
+        return VFW_E_TYPE_NOT_ACCEPTED;
+    m_format = *format;
+    return S_OK;
+}
+
+HRESULT GrabberGraph::Run()
+{
+    return m_control->Run();
+}
+
+HRESULT GrabberGraph::Pause()
+{
+    return m_control->Pause();
+}
+
+HRESULT GrabberGraph::Stop()
+{
+    return m_control->Stop();
+}
+
+std::chrono::steady_clock::duration GrabberGraph::TimedStop()
+{
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_HRESULT_SUCCEEDED(m_control->Stop());
+    return std::chrono::steady_clock::now() - start;
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "vxgrab/ComPtr.h"
+#include "vxgrab/FrameFormat.h"
+
+#include <windows.h>
+
+#include <control.h>
+#include <qedit.h>
+#include <strmif.h>
+
+#include <chrono>
+
+/// The graph of most system tests: a source, the platform's Sample Grabber, and nothing behind it that could
+/// hold frames back.
+///
+/// Owner:  the test.
+/// Thread: Run, Pause and Stop on any thread; the others on the test's.
+class GrabberGraph final {
+public:
+    enum class Clock { SystemClock, None };
+
+    /// Builds the graph; a failure is a failure of the test.
+    /// @param subtype  the only format that the grabber takes
+    /// @param tap      gets every frame; must outlive the graph
+    GrabberGraph(vxgrab::ComPtr<IBaseFilter> source, const GUID& subtype, ISampleGrabberCB& tap,
+                 Clock clock = Clock::SystemClock);
+    ~GrabberGraph();
+    GrabberGraph(const GrabberGraph&) = delete;
+    GrabberGraph& operator=(const GrabberGraph&) = delete;
+
+    /// Whether the whole graph was built.
+    [[nodiscard]] bool IsBuilt() const { return m_isBuilt; }
+
+    HRESULT Run();
+    HRESULT Pause();
+    HRESULT Stop();
+
+    /// Stops and takes the time.
+    [[nodiscard]] std::chrono::steady_clock::duration TimedStop();
+
+    /// What the frames look like.
+    [[nodiscard]] const vxgrab::FrameFormat& Format() const { return m_format; }
+
+    [[nodiscard]] IBaseFilter& Source() const { return *m_source.Get(); }
+
+private:
+    HRESULT Build(const GUID& subtype, ISampleGrabberCB& tap, Clock clock);
+    HRESULT Connect(IPin& grabberInput, const GUID& subtype);
+
+    vxgrab::ComPtr<IBaseFilter> m_source;
+    vxgrab::ComPtr<IGraphBuilder> m_graph;
+    vxgrab::ComPtr<IMediaControl> m_control;
+    vxgrab::ComPtr<ISampleGrabber> m_grabber;
+    vxgrab::FrameFormat m_format;
+    bool m_isBuilt = false;
+};
+
+/// @return  the first pin of a filter in a direction; null when it has none
+[[nodiscard]] vxgrab::ComPtr<IPin> FirstPin(IBaseFilter& filter, PIN_DIRECTION direction);

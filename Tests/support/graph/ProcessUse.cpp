@@ -1,0 +1,135 @@
+#include "support/graph/ProcessUse.h"
+
+#include <winsock2.h>
+
+#include <windows.h>
+
+#include <iphlpapi.h>
+#include <tlhelp32.h>
+#include <winternl.h>
+
+#include <chrono>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+// Fixed by the system: the list of all handles, which the headers do not declare.
+constexpr auto kExtendedHandleInformation = static_cast<SYSTEM_INFORMATION_CLASS>(64);
+constexpr auto kInfoLengthMismatch = static_cast<NTSTATUS>(0xC0000004);
+
+struct HandleEntry {
+    void* object;
+    std::uintptr_t processId;
+    std::uintptr_t handle;
+    std::uint32_t access;
+    std::uint16_t backTrace;
+    std::uint16_t type;
+    std::uint32_t attributes;
+    std::uint32_t reserved;
+};
+
+struct HandleListHead {
+    std::uintptr_t count;
+    std::uintptr_t reserved;
+};
+
+std::vector<std::byte> AllHandles()
+{
+    std::vector<std::byte> buffer(1 << 16);
+    for (;;) {
+        ULONG needed = 0;
+        const NTSTATUS status = ::NtQuerySystemInformation(kExtendedHandleInformation, buffer.data(),
+                                                           static_cast<ULONG>(buffer.size()), &needed);
+        if (status == 0)
+            return buffer;
+        if (status != kInfoLengthMismatch)
+            return {};
+        buffer.resize(buffer.size() * 2);
+    }
+}
+
+std::map<unsigned, std::size_t> CountHandles()
+{
+    std::map<unsigned, std::size_t> counts;
+    const std::vector<std::byte> buffer = AllHandles();
+    if (buffer.empty())
+        return counts;
+    HandleListHead head{};
+    std::memcpy(&head, buffer.data(), sizeof(head));
+    for (std::uintptr_t i = 0; i < head.count; ++i) {
+        HandleEntry entry{};
+        std::memcpy(&entry, buffer.data() + sizeof(head) + i * sizeof(entry), sizeof(entry));
+        if (entry.processId == ::GetCurrentProcessId())
+            ++counts[entry.type];
+    }
+    return counts;
+}
+
+std::size_t CountThreads()
+{
+    const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 thread{};
+    thread.dwSize = sizeof(thread);
+    std::size_t count = 0;
+    for (BOOL isThere = ::Thread32First(snapshot, &thread); isThere;
+         isThere = ::Thread32Next(snapshot, &thread))
+        count += thread.th32OwnerProcessID == ::GetCurrentProcessId() ? 1 : 0;
+    ::CloseHandle(snapshot);
+    return count;
+}
+
+std::size_t CountUdpSockets()
+{
+    ULONG bytes = 1 << 14;
+    std::vector<std::byte> buffer;
+    DWORD error = ERROR_INSUFFICIENT_BUFFER;
+    while (error == ERROR_INSUFFICIENT_BUFFER) {
+        buffer.resize(bytes);
+        error = ::GetExtendedUdpTable(buffer.data(), &bytes, FALSE, AF_INET, UDP_TABLE_BASIC, 0);
+    }
+    DWORD count = 0;
+    if (error == NO_ERROR)
+        std::memcpy(&count, buffer.data(), sizeof(count)); // the table begins with its number of rows
+    return count;
+}
+
+} // namespace
+
+ProcessUse MeasureProcess()
+{
+    ProcessUse use;
+    use.handlesByType = CountHandles();
+    for (const auto& [type, count] : use.handlesByType)
+        use.handles += count;
+    use.threads = CountThreads();
+    use.udpSockets = CountUdpSockets();
+    return use;
+}
+
+bool IsWithin(const ProcessUse& use, const ProcessUse& limit)
+{
+    return use.handles <= limit.handles && use.threads <= limit.threads && use.udpSockets <= limit.udpSockets;
+}
+
+ProcessUse MeasureProcessUntilWithin(const ProcessUse& limit)
+{
+    constexpr std::chrono::seconds kPatience{5}; // chosen: far above what a loaded machine needs
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    ProcessUse use = MeasureProcess();
+    while (!IsWithin(use, limit) && std::chrono::steady_clock::now() < deadline) {
+        ::SwitchToThread();
+        use = MeasureProcess();
+    }
+    return use;
+}
+
+std::string Describe(const ProcessUse& use)
+{
+    std::string text = std::to_string(use.handles) + " handles (by type:";
+    for (const auto& [type, count] : use.handlesByType)
+        text += " " + std::to_string(type) + ":" + std::to_string(count);
+    return text + "), " + std::to_string(use.threads) + " threads, " + std::to_string(use.udpSockets) +
+           " UDP sockets";
+}
