@@ -1,0 +1,46 @@
+#pragma once
+
+#include "VxCamera/transport/Ipv4Address.h"
+#include "VxCamera/wire/gvcp/Command.h"
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+/// What the simulated camera does wrong, by chance that is the same for the same seed. Shares are from 0
+/// to 1.
+struct VxSimulatorFaults {
+    std::uint64_t seed = 1;
+    double dropShare = 0;      ///< stream packets that are not sent, those sent again included
+    double duplicateShare = 0; ///< stream packets that are sent twice
+    double reorderShare = 0;   ///< stream packets that change places with the next one
+    double delayShare = 0;     ///< stream packets that come 20 packets later
+    /// After so many frames the camera is as if switched off: no packet, no answer. None: never.
+    std::optional<std::uint64_t> vanishAfterFrames;
+};
+
+/// How the simulated camera is set up when it starts.
+struct VxSimulatorOptions {
+    transport::Ipv4Address address = transport::Ipv4Address::Loopback(); ///< one of this machine's addresses
+    std::uint16_t controlPort = gvcp::kPort; ///< 0: any free one; only a camera at 3956 is found by discovery
+
+    std::string manufacturerName = "Vexa";
+    std::string modelName = "SimulatedCamera";
+    std::string serialNumber;    ///< empty: made from the MAC
+    std::string userDefinedName; ///< may be empty
+    std::optional<std::array<std::uint8_t, 6>>
+        mac; ///< none: a locally administered one made from the address
+
+    std::uint32_t widthPx = 640;            ///< 128 to 16384, a multiple of 4
+    std::uint32_t heightPx = 480;           ///< 64 to 16384, a multiple of 2
+    std::uint32_t pixelFormat = 0x01080001; ///< PFNC code; Mono8
+    double frameRateHz = 25;                ///< 0.1 to 1000
+    std::uint32_t linkSpeedMbps = 1000;     ///< packets are not sent faster
+    std::optional<std::uint64_t>
+        frameLimit;         ///< after so many frames the camera sends no more; none: without end
+    bool hasSources = true; ///< whether the feature list has SourceSelector
+
+    VxSimulatorFaults faults;
+};

@@ -1,0 +1,28 @@
+#include "VxSimulator/device/CameraDescription.h"
+
+namespace simulator {
+
+namespace {
+
+constexpr std::string_view kSectionBegin = "<!--[source]-->";
+constexpr std::string_view kSectionEnd = "<!--[/source]-->";
+
+} // namespace
+
+std::string CameraDescription(SourceFeatures sources)
+{
+    std::string text(WholeCameraDescription());
+    for (auto begin = text.find(kSectionBegin); begin != std::string::npos;
+         begin = text.find(kSectionBegin)) {
+        const auto end = text.find(kSectionEnd, begin);
+        if (sources == SourceFeatures::Absent) {
+            text.erase(begin, end + kSectionEnd.size() - begin);
+        } else {
+            text.erase(end, kSectionEnd.size());
+            text.erase(begin, kSectionBegin.size());
+        }
+    }
+    return text;
+}
+
+} // namespace simulator

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "VxSimulator/stream/FrameOrder.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace simulator {
+
+/// Whether a packet is sent for the first time.
+enum class Sending { First, Again };
+
+/// One frame, and the packets it is sent in: leader, payload, trailer.
+///
+/// Owner:  BlockStore and whoever is sending, together: a block may be asked for again while the next is
+/// sent. Thread: immutable once it is filled.
+class Block {
+public:
+    /// @param picture  of the order's size and format
+    Block(const FrameOrder& order, std::vector<std::byte> picture);
+
+    [[nodiscard]] const FrameOrder& Order() const { return m_order; }
+
+    /// Leader and trailer included.
+    [[nodiscard]] std::uint32_t PacketCount() const { return m_payloadPackets + 2; }
+
+    /// Writes one datagram.
+    /// @param packetId  below PacketCount
+    /// @param memory    at least the order's packet size
+    /// @return  its bytes, in that memory
+    [[nodiscard]] std::span<const std::byte> WritePacket(std::uint32_t packetId, Sending sending,
+                                                         std::span<std::byte> memory) const;
+
+    /// Gives the picture's memory back for another block.
+    [[nodiscard]] std::vector<std::byte> TakePicture() { return std::move(m_picture); }
+
+private:
+    FrameOrder m_order;
+    std::vector<std::byte> m_picture;
+    std::size_t m_bytesPerPacket;
+    std::uint32_t m_payloadPackets;
+};
+
+} // namespace simulator

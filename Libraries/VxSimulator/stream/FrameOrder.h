@@ -1,0 +1,32 @@
+#pragma once
+
+#include "VxCamera/transport/Ipv4Endpoint.h"
+#include "VxCamera/wire/gvsp/PacketHeader.h"
+
+#include "VxSimulator/picture/PictureFormat.h"
+#include "VxSimulator/picture/TestScene.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+namespace simulator {
+
+/// All that is needed to make and send one frame: the camera's settings at the moment it was due.
+struct FrameOrder {
+    std::uint64_t frameNumber = 0; ///< shown in the picture; counts from the camera's start
+    std::uint64_t blockId = 1;     ///< begins again with each acquisition
+    std::uint64_t timestampTicks = 0;
+    PictureFormat format{};
+    TestPattern pattern = TestPattern::ColorBars;
+    std::uint32_t widthPx = 0;
+    std::uint32_t heightPx = 0;
+    std::uint32_t offsetXPx = 0;
+    std::uint32_t offsetYPx = 0;
+    gvsp::IdMode idMode = gvsp::IdMode::Standard;
+    std::size_t packetSizeBytes = 0; ///< with the headers of IP, UDP and GVSP
+    std::chrono::nanoseconds packetDelay{0};
+    transport::Ipv4Endpoint destination;
+};
+
+} // namespace simulator
