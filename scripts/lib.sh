@@ -41,11 +41,14 @@ forget_group() {
     VX_GROUPS=("${kept[@]}")
 }
 
-# Ends one group: asks first, insists after two seconds.
+# Chosen: long enough for a group that has to end groups of its own.
+VX_STOP_SECONDS=10
+
+# Ends one group: asks first, insists when it takes too long.
 stop_group() {
     local group=$1 tenths=0
     kill -TERM -- "-$group" 2>/dev/null || true
-    while kill -0 -- "-$group" 2>/dev/null && [ "$tenths" -lt 20 ]; do
+    while kill -0 -- "-$group" 2>/dev/null && [ "$tenths" -lt "${VX_STOP_SECONDS}0" ]; do
         sleep 0.1
         tenths=$((tenths + 1))
     done

@@ -95,6 +95,7 @@ class ShellLibraryTest(unittest.TestCase):
 
     def test_a_group_that_ignores_the_polite_signal_is_ended_anyway(self):
         process, stubborn = self.start_script('''
+            VX_STOP_SECONDS=1
             at_end stop_all_groups
             parent() { trap "" TERM; sleep 1000 & echo $!; while :; do wait || true; done; }
             start_group parent
