@@ -1,0 +1,40 @@
+#pragma once
+
+#include "VxBase/VxError.h"
+#include "VxCamera/wire/gvsp/PayloadType.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace receive {
+
+/// The picture that a leader announces, with its sizes checked.
+struct BlockGeometry {
+    /// Ok; NotAnImage: a payload of another kind; InvalidData: sizes that no picture can have
+    VxError code = VxError::NotInitialized;
+    gvsp::PayloadType payloadType;
+    std::uint64_t timestampTicks = 0;
+    std::uint32_t pixelFormat = 0;
+    std::uint32_t widthPx = 0;
+    std::uint32_t heightPx = 0;
+    std::uint32_t offsetXPx = 0;
+    std::uint32_t offsetYPx = 0;
+    std::uint32_t linePaddingBytes = 0;
+    std::size_t imageBytes = 0; ///< on the wire: with the padding of every line and of the image
+    std::size_t leastImageBytes =
+        0;                       ///< on the wire, from a camera that does not round lines up to whole bytes
+    std::size_t memoryBytes = 0; ///< up to the last pixel: what a buffer must hold
+
+    bool operator==(const BlockGeometry&) const = default;
+};
+
+/// @param leader  data of a leader packet
+/// @return  code Truncated when the leader is cut
+[[nodiscard]] BlockGeometry ReadGeometry(std::span<const std::byte> leader);
+
+/// The same picture with fewer lines; for trailers that say so.
+/// @param heightPx  1 to geometry's height
+[[nodiscard]] BlockGeometry WithHeight(const BlockGeometry& geometry, std::uint32_t heightPx);
+
+} // namespace receive

@@ -1,0 +1,38 @@
+#include "VxCamera/receive/SenderFilter.h"
+
+#include "VxCamera/wire/gvsp/PacketHeader.h"
+
+namespace receive {
+
+using transport::Ipv4Address;
+
+SenderFilter::SenderFilter(std::optional<Ipv4Address> camera)
+    : m_given(camera), m_camera(camera.value_or(Ipv4Address()).Value())
+{
+}
+
+bool SenderFilter::Accepts(const transport::Ipv4Endpoint& sender, std::span<const std::byte> datagram)
+{
+    const std::uint32_t camera = m_camera.load(std::memory_order_relaxed);
+    if (camera != 0)
+        return sender.address.Value() == camera;
+    const auto packet = gvsp::ParsePacket(datagram);
+    const bool isLeader = packet && packet->header.format == gvsp::PacketFormat::Leader &&
+                          packet->header.blockId != gvsp::kTestBlockId;
+    if (isLeader)
+        m_camera = sender.address.Value();
+    return isLeader;
+}
+
+void SenderFilter::Forget()
+{
+    m_camera = m_given.value_or(Ipv4Address()).Value();
+}
+
+std::optional<Ipv4Address> SenderFilter::Camera() const
+{
+    const Ipv4Address camera(m_camera.load());
+    return camera.IsUnspecified() ? std::nullopt : std::optional(camera);
+}
+
+} // namespace receive

@@ -1,0 +1,30 @@
+#include "VxCamera/receive/StreamCounters.h"
+
+namespace receive {
+
+void StreamCounters::Reset()
+{
+    for (Counter* counter : {&packets,
+                             &bytes,
+                             &packetsForeign,
+                             &packetsMalformed,
+                             &packetsUnsupported,
+                             &packetsTest,
+                             &packetsErrorStatus,
+                             &packetsDuplicate,
+                             &packetsLate,
+                             &packetsOutOfRange,
+                             &packetsWrongSize,
+                             &packetsUnbuffered,
+                             &blocksComplete,
+                             &blocksIncomplete,
+                             &blocksBufferTooSmall,
+                             &blocksNotAnImage,
+                             &blocksDamaged,
+                             &blocksUnbuffered,
+                             &blocksLost,
+                             &packetsMissing})
+        counter->Reset();
+}
+
+} // namespace receive

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "VxCamera/transport/IUdpSocket.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <vector>
+
+namespace receive {
+
+/// A socket whose datagrams a test puts in, and whose waits end only by that or by a wake: it has no time.
+///
+/// Owner:  the code under test.
+/// Thread: any.
+class QueueSocket final : public transport::IUdpSocket {
+public:
+    void Put(const transport::Ipv4Endpoint& sender, std::vector<std::byte> bytes)
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_arrived.push_back({sender, std::move(bytes)});
+        m_changed.notify_all();
+    }
+
+    VxResult SendTo(std::span<const std::byte>, const transport::Ipv4Endpoint&) override
+    {
+        return VxResult::Ok();
+    }
+    VxExpected<std::size_t> Receive(std::span<transport::Datagram> datagrams,
+                                    std::chrono::microseconds timeout) override
+    {
+        std::unique_lock lock(m_mutex);
+        if (timeout.count() > 0)
+            m_changed.wait(lock, [&] { return m_isWoken || !m_arrived.empty(); });
+        if (std::exchange(m_isWoken, false))
+            return VxError::Aborted;
+        if (m_arrived.empty())
+            return VxError::Timeout;
+        std::size_t count = 0;
+        for (; count < datagrams.size() && !m_arrived.empty(); ++count) {
+            const auto& [sender, bytes] = m_arrived.front();
+            datagrams[count].sender = sender;
+            datagrams[count].size = bytes.size();
+            std::ranges::copy(bytes, datagrams[count].memory.begin());
+            m_arrived.pop_front();
+        }
+        return count;
+    }
+    void Wake() override
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isWoken = true;
+        m_changed.notify_all();
+    }
+    [[nodiscard]] transport::Ipv4Endpoint LocalEndpoint() const override { return {}; }
+    [[nodiscard]] std::size_t ReceiveBufferBytes() const override { return 0; }
+    VxResult JoinGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
+    VxResult LeaveGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
+
+private:
+    struct Arrival {
+        transport::Ipv4Endpoint sender;
+        std::vector<std::byte> bytes;
+    };
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<Arrival> m_arrived;
+    bool m_isWoken = false;
+};
+
+} // namespace receive

@@ -1,0 +1,54 @@
+#include "VxCamera/receive/SenderFilter.h"
+
+#include "support/Bytes.h"
+
+#include <gtest/gtest.h>
+
+namespace receive {
+namespace {
+
+constexpr transport::Ipv4Address kCamera(192, 168, 1, 20);
+constexpr transport::Ipv4Address kStranger(192, 168, 1, 66);
+const auto kLeader = bytes::FromHex("0000 0001 01 000000 00");
+const auto kPayload = bytes::FromHex("0000 0001 03 000001 00");
+const auto kTestPacket = bytes::FromHex("0000 0000 01 000000 00");
+
+TEST(SenderFilterTest, OnlyTheCameraItWasGivenCounts)
+{
+    SenderFilter filter(kCamera);
+
+    EXPECT_TRUE(filter.Accepts({kCamera, 1}, kPayload));
+    EXPECT_TRUE(filter.Accepts({kCamera, 2}, kPayload)); // from any port
+    EXPECT_FALSE(filter.Accepts({kStranger, 1}, kLeader));
+}
+
+TEST(SenderFilterTest, TheFirstSenderOfALeaderIsLearnt)
+{
+    SenderFilter filter(std::nullopt);
+    EXPECT_EQ(filter.Camera(), std::nullopt);
+
+    EXPECT_FALSE(filter.Accepts({kStranger, 1}, kPayload));
+    EXPECT_FALSE(filter.Accepts({kStranger, 1}, kTestPacket));
+    EXPECT_FALSE(filter.Accepts({kStranger, 1}, bytes::First(kLeader, 3)));
+    EXPECT_TRUE(filter.Accepts({kCamera, 1}, kLeader));
+
+    EXPECT_EQ(filter.Camera(), kCamera);
+    EXPECT_TRUE(filter.Accepts({kCamera, 1}, kPayload));
+    EXPECT_FALSE(filter.Accepts({kStranger, 1}, kLeader));
+}
+
+TEST(SenderFilterTest, ForgetsWhatItLearntButNotWhatItWasGiven)
+{
+    SenderFilter learning(std::nullopt);
+    SenderFilter given(kCamera);
+    ASSERT_TRUE(learning.Accepts({kCamera, 1}, kLeader));
+
+    learning.Forget();
+    given.Forget();
+
+    EXPECT_EQ(learning.Camera(), std::nullopt);
+    EXPECT_EQ(given.Camera(), kCamera);
+}
+
+} // namespace
+} // namespace receive

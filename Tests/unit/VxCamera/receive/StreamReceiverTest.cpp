@@ -1,0 +1,152 @@
+#include "VxCamera/receive/StreamReceiver.h"
+
+#include "QueueSocket.h"
+#include "StreamPackets.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <latch>
+
+namespace receive {
+namespace {
+
+constexpr transport::Ipv4Endpoint kCamera{transport::Ipv4Address(192, 168, 1, 20), 50000};
+constexpr transport::Ipv4Endpoint kStranger{transport::Ipv4Address(192, 168, 1, 66), 50000};
+
+/// One buffer, and a mark when it was delivered.
+class OneBufferSink final : public IBlockSink {
+public:
+    explicit OneBufferSink(std::ptrdiff_t blocks) : delivered(blocks) {}
+
+    BlockBuffer* TakeFree(std::size_t) override { return std::exchange(m_free, nullptr); }
+    void Deliver(BlockBuffer& buffer) override
+    {
+        last = buffer.info;
+        m_free = &buffer;
+        delivered.count_down();
+    }
+    void GiveBack(BlockBuffer& buffer) override { m_free = &buffer; }
+    [[nodiscard]] bool IsFree() const { return m_free != nullptr; }
+
+    std::latch delivered;
+    BlockInfo last;
+
+private:
+    std::array<std::byte, 64 * 48> m_memory{};
+    BlockBuffer m_buffer{m_memory, {}};
+    BlockBuffer* m_free = &m_buffer;
+};
+
+class StreamReceiverTest : public testing::Test {
+protected:
+    void PutBlock(std::uint64_t blockId, const transport::Ipv4Endpoint& sender)
+    {
+        for (auto& packet : m_stream.Block(blockId))
+            m_socket->Put(sender, std::move(packet));
+    }
+
+    StreamPackets m_stream;
+    VxSteadyClock m_clock;
+    std::unique_ptr<QueueSocket> m_owned = std::make_unique<QueueSocket>();
+    QueueSocket* m_socket = m_owned.get();
+    StreamReceiver m_receiver{std::move(m_owned), m_clock, kCamera.address};
+};
+
+TEST_F(StreamReceiverTest, DeliversBlocksUntilItIsStopped)
+{
+    OneBufferSink sink(3);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+
+    for (std::uint64_t id = 1; id <= 3; ++id)
+        PutBlock(id, kCamera);
+    sink.delivered.wait();
+    m_receiver.Stop();
+
+    EXPECT_EQ(sink.last.code, VxError::Ok);
+    EXPECT_EQ(sink.last.blockId, 3u);
+    EXPECT_EQ(m_receiver.Counters().blocksComplete.Value(), 3u);
+    EXPECT_EQ(m_receiver.LastError(), VxError::Ok);
+    EXPECT_FALSE(m_receiver.IsRunning());
+}
+
+TEST_F(StreamReceiverTest, StopEndsAWaitThatHasNoEnd)
+{
+    OneBufferSink sink(1);
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+        m_receiver.Stop(); // the queue never times out: only the wake ends the wait
+    }
+    EXPECT_TRUE(sink.IsFree());
+}
+
+TEST_F(StreamReceiverTest, StopGivesTheBufferOfAnOpenBlockBack)
+{
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    m_socket->Put(kCamera, m_stream.Leader(1));
+
+    m_receiver.Stop();
+
+    EXPECT_TRUE(sink.IsFree());
+}
+
+TEST_F(StreamReceiverTest, PacketsOfOthersAreCountedAndDropped)
+{
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+
+    PutBlock(1, kStranger);
+    PutBlock(2, kCamera);
+    sink.delivered.wait();
+    m_receiver.Stop();
+
+    EXPECT_EQ(sink.last.blockId, 2u);
+    EXPECT_EQ(m_receiver.Counters().packetsForeign.Value(), 9u);
+    EXPECT_EQ(m_receiver.Counters().packets.Value(), 9u);
+}
+
+TEST_F(StreamReceiverTest, WhatArrivedBeforeTheStartIsDropped)
+{
+    OneBufferSink sink(1);
+    PutBlock(1, kCamera);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+
+    PutBlock(2, kCamera);
+    sink.delivered.wait();
+    m_receiver.Stop();
+
+    EXPECT_EQ(sink.last.blockId, 2u);
+    EXPECT_EQ(m_receiver.Counters().blocksComplete.Value(), 1u);
+}
+
+TEST_F(StreamReceiverTest, StatisticsCanBeReset)
+{
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    m_stream.leader.heightPx = 4000;
+    PutBlock(1, kCamera);
+    sink.delivered.wait();
+    m_receiver.Stop();
+    EXPECT_EQ(m_receiver.LastError(), VxError::BufferTooSmall);
+
+    m_receiver.ResetStatistics();
+
+    EXPECT_EQ(m_receiver.LastError(), VxError::Ok);
+    EXPECT_EQ(m_receiver.Counters().packets.Value(), 0u);
+    EXPECT_EQ(m_receiver.Counters().blocksBufferTooSmall.Value(), 0u);
+}
+
+TEST_F(StreamReceiverTest, IsStoppedByItsEnd)
+{
+    OneBufferSink sink(1);
+    {
+        auto socket = std::make_unique<QueueSocket>();
+        StreamReceiver receiver(std::move(socket), m_clock, std::nullopt);
+        ASSERT_TRUE(receiver.Start(sink).IsOK());
+    }
+    EXPECT_TRUE(sink.IsFree());
+}
+
+} // namespace
+} // namespace receive
