@@ -1,0 +1,40 @@
+#pragma once
+
+#include "VxBase/VxResult.h"
+#include "VxCamera/surface/ConfigurationText.h"
+
+#include <string>
+#include <vector>
+
+class VxGenParameterArray;
+
+namespace surface {
+
+/// Writes stored values into features, in several rounds.
+///
+/// Owner:  RestoreFeatures, for one call. Borrows array and steps.
+/// Thread: one.
+class FeatureRestorer {
+public:
+    FeatureRestorer(VxGenParameterArray& array, const std::vector<ConfigurationStep>& steps)
+        : m_array(array), m_steps(steps)
+    {
+    }
+
+    [[nodiscard]] VxResult Restore();
+
+private:
+    enum class Outcome { Unchanged, Written, Refused };
+
+    /// @return  whether a feature was written
+    bool Round();
+    [[nodiscard]] Outcome Apply(const ConfigurationStep& step);
+    void Note(const ConfigurationStep& step, const VxResult& result);
+    [[nodiscard]] VxResult Summary(std::size_t features) const;
+
+    VxGenParameterArray& m_array;                  // borrowed: outlives the call
+    const std::vector<ConfigurationStep>& m_steps; // borrowed: outlives the call
+    std::vector<VxResult> m_failures;              // of the last round
+};
+
+} // namespace surface

@@ -1,0 +1,57 @@
+#include "VxDSSource/camera/VxConfigurationWriter.h"
+
+#include <algorithm>
+
+#include "VxCamera/surface/ConfigurationText.h"
+#include "VxCamera/surface/FeatureStore.h"
+#include "VxDSSource/camera/VxDevice.h"
+#include "VxDSSource/camera/VxStream.h"
+
+class VxConfigurationWriterImpl {
+public:
+    surface::Configuration configuration;
+};
+
+VxConfigurationWriter::VxConfigurationWriter() : m_impl(std::make_unique<VxConfigurationWriterImpl>()) {}
+
+VxConfigurationWriter::~VxConfigurationWriter() = default;
+
+VxResult VxConfigurationWriter::Store(VxDevice* device, const VxString& name)
+{
+    if (device == nullptr)
+        return VxResult(VxError::InvalidParameter, "there is no device to store");
+    if (!device->IsConnected())
+        return VxResult(VxError::NotConnected, "the device cannot be stored: it is not connected");
+    m_impl->configuration.devices.push_back(
+        {name.Narrow(), surface::CollectFeatures(*device->GetParameters())});
+    return VxResult::Ok();
+}
+
+VxResult VxConfigurationWriter::Store(VxStream* stream, const VxString& name)
+{
+    if (stream == nullptr)
+        return VxResult(VxError::InvalidParameter, "there is no stream to store");
+    if (!stream->IsOpen())
+        return VxResult(VxError::NotOpen, "the stream cannot be stored: it is not open");
+    m_impl->configuration.streams.push_back(
+        {name.Narrow(), surface::CollectFeatures(*stream->GetParameters())});
+    return VxResult::Ok();
+}
+
+VxResult VxConfigurationWriter::Store(const VxString& value, const VxString& name)
+{
+    auto& texts = m_impl->configuration.texts;
+    const auto isSame = [&](const surface::StoredText& text) { return text.name == name.Narrow(); };
+    const auto found = std::find_if(texts.begin(), texts.end(), isSame);
+    if (found != texts.end())
+        found->value = value.Narrow();
+    else
+        texts.push_back({name.Narrow(), value.Narrow()});
+    return VxResult::Ok();
+}
+
+VxResult VxConfigurationWriter::SaveToString(VxString& text) const
+{
+    text = VxString(surface::WriteConfiguration(m_impl->configuration));
+    return VxResult::Ok();
+}
