@@ -87,7 +87,7 @@ void GevDevice::ListLink()
     control::DeviceSession& session =
         *m_session; // outlives the list: both are members, the list is declared later
     const auto facts = [](const char* name, VxGenVisibility visibility) {
-        return ParameterFacts{name, "Communication", visibility};
+        return ParameterFacts{name, "root\\Communication", visibility};
     };
     m_link.Add<ListedString>(facts("DeviceIPAddress", VxGenVisibility::Beginner),
                              [this] { return VxString(m_found.device.address.ToString()); });

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "VxBase/VxExpected.h"
+#include "VxBase/VxString.h"
+#include "VxCamera/receive/StreamReceiver.h"
+#include "VxCamera/transport/Ipv4Address.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+class CameraNetwork;
+
+/// What the caller of VxStreamGEV::Open wants.
+struct ReceiverRequest {
+    VxString connectionId;
+    std::uint16_t port = 0;  ///< 0 = any free one; not for a group
+    VxString localIpAddress; ///< empty = that of the interface through which the camera is reached
+    std::optional<transport::Ipv4Address> group; ///< none = unicast
+};
+
+/// Opens a socket for a stream and makes its receiver.
+///
+/// A camera that cannot be found is no error: its address is then learnt from the stream.
+///
+/// @return  INVALID_PARAMETER for an address that is none, PORT_IN_USE, NETWORK_ERROR
+[[nodiscard]] VxExpected<std::unique_ptr<receive::StreamReceiver>>
+OpenReceiver(CameraNetwork& network, const ReceiverRequest& request);

@@ -1,0 +1,252 @@
+#include "VxCamera/surface/VxPipelineImpl.h"
+
+#include <algorithm>
+#include <new>
+#include <string>
+#include <tuple>
+#include <utility>
+
+#include "VxCamera/surface/VxBufferImpl.h"
+#include "VxCamera/surface/VxStreamImpl.h"
+
+namespace {
+
+constexpr std::size_t kDefaultBuffers = 16; // chosen: half a second at 30 frames a second
+
+// Chosen: more than any picture needs, and few enough that the bookkeeping alone takes no memory worth
+// mentioning.
+constexpr std::size_t kMostBuffers = 4096;
+
+// Chosen: 16 times a picture of 8192 x 8192 pixels; a leader that announces more is not believed.
+constexpr std::size_t kLargestGrownBytes = std::size_t{1} << 30;
+
+VxString DescriptionOf(const receive::BlockInfo& info)
+{
+    switch (info.code) {
+    case VxError::Ok:
+        return {};
+    case VxError::MissingPackets:
+        return std::to_string(info.packetsMissing) + " packets are missing";
+    case VxError::BufferTooSmall:
+        return "the picture takes " + std::to_string(info.geometry.memoryBytes) + " bytes";
+    default:
+        return "block " + std::to_string(info.blockId);
+    }
+}
+
+} // namespace
+
+VxResult VxPipelineImpl::Slot::Reserve(std::size_t bytes)
+{
+    PictureMemory& picture = buffer.Impl().picture;
+    VxResult reserved = picture.Reserve(bytes);
+    memory = std::as_writable_bytes(picture.Memory());
+    return reserved;
+}
+
+void VxPipelineImpl::Slot::Describe()
+{
+    VxBufferImpl& state = buffer.Impl();
+    state.blockId = info.blockId;
+    state.timestampTicks = info.timestampTicks;
+    state.operationResult = VxResult(info.code, DescriptionOf(info));
+    const receive::BlockGeometry& geometry = info.geometry;
+    const bool hasPicture =
+        info.code == VxError::Ok || info.code == VxError::MissingPackets || info.code == VxError::CameraError;
+    if (!hasPicture || geometry.code != VxError::Ok) {
+        state.picture.Clear();
+        return;
+    }
+    const VxResult described =
+        state.picture.Describe({geometry.widthPx, geometry.heightPx, geometry.pixelFormat,
+                                geometry.linePaddingBytes, geometry.offsetXPx, geometry.offsetYPx});
+    if (!described.IsOK())
+        state.operationResult = described;
+}
+
+VxPipelineImpl::VxPipelineImpl(VxStreamImpl& stream) : m_stream(stream), m_bufferCount(kDefaultBuffers) {}
+
+VxPipelineImpl::~VxPipelineImpl()
+{
+    Stop();
+}
+
+void VxPipelineImpl::SetBufferSize(std::size_t bytes)
+{
+    const VxLock lock(m_mutex);
+    m_bufferBytes = bytes;
+}
+
+VxResult VxPipelineImpl::SetBufferCount(std::size_t count)
+{
+    if (count > kMostBuffers)
+        return VxResult(VxError::InvalidParameter, std::to_string(count) + " buffers: at most " +
+                                                       std::to_string(kMostBuffers) + " are possible");
+    const VxLock lock(m_mutex);
+    m_bufferCount = std::max<std::size_t>(count, 1);
+    return VxResult::Ok();
+}
+
+void VxPipelineImpl::SetGrowing(bool isGrowing)
+{
+    const VxLock lock(m_mutex);
+    m_isGrowing = isGrowing;
+}
+
+VxResult VxPipelineImpl::Allocate(std::size_t count, std::size_t bytes)
+{
+    const VxLock lock(m_mutex);
+    // A buffer that is still handed out stays until it is released; Release then finds it here.
+    std::erase_if(m_slots, [](const auto& slot) { return slot->place != Place::HandedOut; });
+    m_free.clear();
+    m_ready.clear();
+    const std::size_t kept = m_slots.size();
+    m_slots.reserve(kept + count);
+    m_free.reserve(kept + count);
+    m_ready.reserve(kept + count);
+    for (std::size_t i = 0; i < count; ++i) {
+        auto slot = std::make_unique<Slot>();
+        if (VxResult reserved = slot->Reserve(bytes); !reserved.IsOK())
+            return reserved;
+        m_free.push_back(slot.get());
+        m_slots.push_back(std::move(slot));
+    }
+    return VxResult::Ok();
+}
+
+VxResult VxPipelineImpl::Start()
+{
+    std::size_t count = 0;
+    std::size_t bytes = 0;
+    {
+        const VxLock lock(m_mutex);
+        if (m_isStarted)
+            return VxResult::Ok();
+        count = m_bufferCount;
+        bytes = m_bufferBytes;
+    }
+    if (VxResult allocated = Allocate(count, bytes); !allocated.IsOK())
+        return allocated;
+    {
+        const VxLock lock(m_mutex);
+        m_isStarted = true;
+    }
+    VxResult started = m_stream.StartReceiver(*this);
+    if (!started.IsOK()) {
+        const VxLock lock(m_mutex);
+        m_isStarted = false;
+    }
+    return started;
+}
+
+VxResult VxPipelineImpl::Stop()
+{
+    {
+        const VxLock lock(m_mutex);
+        if (!m_isStarted)
+            return VxResult::Ok();
+    }
+    m_stream.StopReceiver();
+    const VxLock lock(m_mutex);
+    m_isStarted = false;
+    for (Slot* const slot : m_ready) {
+        slot->place = Place::Free;
+        m_free.push_back(slot);
+    }
+    m_ready.clear();
+    m_readyChanged.notify_all();
+    return VxResult::Ok();
+}
+
+bool VxPipelineImpl::IsStarted() const
+{
+    const VxLock lock(m_mutex);
+    return m_isStarted;
+}
+
+VxResult VxPipelineImpl::Retrieve(VxBuffer** buffer, std::chrono::milliseconds timeout)
+{
+    *buffer = nullptr;
+    std::unique_lock lock(m_mutex);
+    if (!m_isStarted)
+        return VxResult(VxError::NotStarted, "the pipeline is not started");
+    m_readyChanged.wait_for(lock, timeout, [this] { return !m_ready.empty() || !m_isStarted; });
+    if (!m_isStarted)
+        return VxResult(VxError::Aborted, "the pipeline was stopped");
+    if (m_ready.empty())
+        return VxResult(VxError::Timeout,
+                        "no block arrived within " + std::to_string(timeout.count()) + " ms");
+    Slot* const slot = m_ready.front();
+    m_ready.erase(m_ready.begin());
+    slot->place = Place::HandedOut;
+    *buffer = &slot->buffer;
+    return VxResult::Ok();
+}
+
+VxResult VxPipelineImpl::Release(const VxBuffer* buffer)
+{
+    const VxLock lock(m_mutex);
+    const auto found = std::ranges::find_if(m_slots, [&](const auto& slot) {
+        return &slot->buffer == buffer && slot->place == Place::HandedOut;
+    });
+    if (found == m_slots.end())
+        return VxResult(VxError::InvalidParameter, "the buffer was not handed out by this pipeline");
+    (*found)->place = Place::Free;
+    m_free.push_back(found->get());
+    return VxResult::Ok();
+}
+
+std::size_t VxPipelineImpl::ReadyCount() const
+{
+    const VxLock lock(m_mutex);
+    return m_ready.size();
+}
+
+VxPipelineImpl::Slot* VxPipelineImpl::PopFree(std::size_t wantedBytes)
+{
+    if (m_free.empty())
+        return nullptr;
+    const auto fits = [&](const Slot* slot) { return slot->memory.size() >= wantedBytes; };
+    const auto found = std::ranges::find_if(m_free.rbegin(), m_free.rend(), fits);
+    const auto chosen = found == m_free.rend() ? std::prev(m_free.end()) : std::prev(found.base());
+    Slot* const slot = *chosen;
+    m_free.erase(chosen);
+    slot->place = Place::Filling;
+    return slot;
+}
+
+receive::BlockBuffer* VxPipelineImpl::TakeFree(std::size_t wantedBytes)
+{
+    Slot* slot = nullptr;
+    bool isGrowing = false;
+    {
+        const VxLock lock(m_mutex);
+        slot = PopFree(wantedBytes);
+        isGrowing = m_isGrowing;
+    }
+    if (slot == nullptr)
+        return nullptr;
+    const bool isTooSmall = slot->memory.size() < wantedBytes;
+    if (isTooSmall && isGrowing && wantedBytes <= kLargestGrownBytes)
+        std::ignore =
+            slot->Reserve(wantedBytes); // without memory the block is delivered as too large for its buffer
+    return slot;
+}
+
+void VxPipelineImpl::Deliver(receive::BlockBuffer& block)
+{
+    auto& slot = static_cast<Slot&>(block); // every block buffer here is the base of a slot
+    slot.Describe();
+    const VxLock lock(m_mutex);
+    slot.place = Place::Ready;
+    m_ready.push_back(&slot);
+    m_readyChanged.notify_one();
+}
+
+void VxPipelineImpl::GiveBack(receive::BlockBuffer& block)
+{
+    auto& slot = static_cast<Slot&>(block); // as above
+    const VxLock lock(m_mutex);
+    slot.place = Place::Free;
+    m_free.push_back(&slot);
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "VxBase/VxMutex.h"
+#include "VxBase/VxResult.h"
+#include "VxCamera/receive/IBlockSink.h"
+#include "VxDSSource/camera/VxBuffer.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class VxStreamImpl;
+
+/// The buffers of a pipeline and where each of them is: free, being filled, waiting to be retrieved, handed
+/// out.
+///
+/// The lock is held for a few instructions only, so the receiver's thread never waits for a consumer. Lists
+/// have room for all buffers from Start on: nothing is allocated while blocks arrive, unless a picture
+/// outgrows its buffer.
+///
+/// Owner:  VxPipeline. Borrows the stream's state.
+/// Thread: see VxPipeline; the sink's methods belong to the receiver's thread.
+class VxPipelineImpl final : public receive::IBlockSink {
+public:
+    explicit VxPipelineImpl(VxStreamImpl& stream);
+    ~VxPipelineImpl() override;
+
+    void SetBufferSize(std::size_t bytes);
+    VxResult SetBufferCount(std::size_t count);
+    void SetGrowing(bool isGrowing);
+    VxResult Start();
+    VxResult Stop();
+    [[nodiscard]] bool IsStarted() const;
+    VxResult Retrieve(VxBuffer** buffer, std::chrono::milliseconds timeout);
+    VxResult Release(const VxBuffer* buffer);
+    [[nodiscard]] std::size_t ReadyCount() const;
+
+    [[nodiscard]] receive::BlockBuffer* TakeFree(std::size_t wantedBytes) override;
+    void Deliver(receive::BlockBuffer& block) override;
+    void GiveBack(receive::BlockBuffer& block) override;
+
+private:
+    enum class Place { Free, Filling, Ready, HandedOut };
+    struct Slot : receive::BlockBuffer {
+        VxBuffer buffer{VxPayloadType::Image};
+        Place place = Place::Free;
+        VxResult Reserve(std::size_t bytes);
+        void Describe();
+    };
+    VxResult Allocate(std::size_t count, std::size_t bytes);
+    Slot* PopFree(std::size_t wantedBytes) VX_REQUIRES(m_mutex);
+
+    VxStreamImpl& m_stream; // borrowed: the stream outlives its pipeline
+
+    mutable VxMutex m_mutex;
+    std::condition_variable_any m_readyChanged;
+    std::vector<std::unique_ptr<Slot>> m_slots VX_GUARDED_BY(m_mutex);
+    std::vector<Slot*> m_free VX_GUARDED_BY(m_mutex);  // last in, first out: its memory is still in the cache
+    std::vector<Slot*> m_ready VX_GUARDED_BY(m_mutex); // oldest first
+    std::size_t m_bufferBytes VX_GUARDED_BY(m_mutex) = 0;
+    std::size_t m_bufferCount VX_GUARDED_BY(m_mutex);
+    bool m_isGrowing VX_GUARDED_BY(m_mutex) = false;
+    bool m_isStarted VX_GUARDED_BY(m_mutex) = false;
+};
