@@ -27,7 +27,7 @@ constexpr std::uint32_t kWidthPx = 1920;
 constexpr std::uint32_t kHeightPx = 1080;
 
 // Chosen: 50 to 500 conversions per repetition, so that a table takes less than a minute.
-constexpr double kSecondsPerRepetition = 0.05;
+constexpr const char* kMinimumTime = "--benchmark_min_time=0.05"; // seconds
 
 using OpenCvConversion = std::function<void(const cv::Mat& source, cv::Mat& destination)>;
 
@@ -90,7 +90,7 @@ void MeasureOurs(benchmark::State& state, const Work& work, pixel::InstructionSe
     const auto source = RandomPicture(PictureBytes(work.sourceCode));
     std::vector<std::uint8_t> destination(PictureBytes(work.targetCode));
     VxPixelConverter converter(set);
-    for (auto unused : state) {
+    while (state.KeepRunning()) {
         const VxResult result =
             converter.Convert({source, work.sourceCode, kWidthPx, kHeightPx, 0},
                               {destination, work.targetCode, kWidthPx, kHeightPx, 0}, VxRowOrder::BottomUp);
@@ -107,7 +107,7 @@ void MeasureOpenCv(benchmark::State& state, const Work& work)
     const auto typeOf = [](std::uint32_t code) { return CV_8UC(static_cast<int>(VxBitsPerPixel(code) / 8)); };
     const cv::Mat source(kHeightPx, kWidthPx, typeOf(work.sourceCode), sourceBytes.data());
     cv::Mat destination(kHeightPx, kWidthPx, typeOf(work.targetCode), destinationBytes.data());
-    for (auto unused : state) {
+    while (state.KeepRunning()) {
         work.openCv(source, destination);
         benchmark::ClobberMemory();
     }
@@ -119,7 +119,7 @@ void MeasureCopy(benchmark::State& state, std::size_t size)
 {
     const auto source = RandomPicture(size);
     std::vector<std::uint8_t> destination(size);
-    for (auto unused : state) {
+    while (state.KeepRunning()) {
         std::memcpy(destination.data(), source.data(), size);
         benchmark::ClobberMemory();
     }
@@ -128,10 +128,7 @@ void MeasureCopy(benchmark::State& state, std::size_t size)
 template <typename Measure>
 void Register(const std::string& name, Measure measure)
 {
-    benchmark::RegisterBenchmark(name.c_str(), measure)
-        ->Unit(benchmark::kMicrosecond)
-        ->MinTime(kSecondsPerRepetition)
-        ->UseRealTime();
+    benchmark::RegisterBenchmark(name.c_str(), measure)->Unit(benchmark::kMicrosecond)->UseRealTime();
 }
 
 void RegisterWork(const Work& work)
@@ -155,8 +152,13 @@ std::string CopyName(std::uint32_t targetCode)
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+    std::string minimumTime = kMinimumTime;
+    std::vector<char*> arguments{argv[0],
+                                 minimumTime.data()}; // what the caller says comes after it and counts
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    int count = static_cast<int>(arguments.size()); // argc + 1
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
         return 1;
     cv::setNumThreads(1);
     MedianTable table;
