@@ -1,0 +1,51 @@
+#pragma once
+
+#include "VxBase/VxMutex.h"
+
+#include <string>
+#include <vector>
+
+/// How a call on the camera surface counts in tests.
+enum class CallKind {
+    Action,  ///< changes something
+    Query,   ///< asks
+    Picture, ///< describes or converts a picture
+};
+
+/// Every call on the camera surface, in order.
+///
+/// Owner:  CameraDouble.
+/// Thread: any.
+class CallLog {
+public:
+    void Add(CallKind kind, std::string text)
+    {
+        const VxLock lock(m_mutex);
+        m_calls.push_back({kind, std::move(text)});
+    }
+
+    [[nodiscard]] std::vector<std::string> Of(CallKind kind) const
+    {
+        const VxLock lock(m_mutex);
+        std::vector<std::string> texts;
+        for (const Call& call : m_calls)
+            if (call.kind == kind)
+                texts.push_back(call.text);
+        return texts;
+    }
+
+    void Clear()
+    {
+        const VxLock lock(m_mutex);
+        m_calls.clear();
+    }
+
+private:
+    struct Call {
+        CallKind kind;
+        std::string text;
+    };
+
+    mutable VxMutex m_mutex;
+    std::vector<Call> m_calls VX_GUARDED_BY(m_mutex);
+};
