@@ -1,0 +1,103 @@
+#include "VxDSSource/stream/VxDSStream.h"
+
+#include "BaseClasses/CAutoLock.h"
+#include "VxDSSource/stream/VxMediaTypes.h"
+
+#include <tuple>
+
+using namespace vxds;
+
+void VxDSStream::ApplyConnection()
+{
+    const AcquisitionMutex::Lock lock(m_acquisitionMutex);
+    const bool isReconnect = m_link.DiffersFrom(m_settings);
+    if (isReconnect)
+        CloseConnection();
+
+    m_link.ConnectDevice(m_settings);
+    m_link.OpenStream(m_settings);
+    UpdateOutputSize();
+    if (!isReconnect)
+        return;
+    m_link.SendDestination();
+    // The streaming thread may be starting or ending: the flag and the start belong together.
+    const CAutoLock linkLock(m_link.Guard());
+    if (m_acquisitionRunning)
+        StartAcquisition();
+}
+
+void VxDSStream::CloseConnection()
+{
+    const AcquisitionMutex::Lock lock(m_acquisitionMutex);
+    const CAutoLock linkLock(m_link.Guard());
+    StopAcquisition();
+    m_link.Close();
+}
+
+void VxDSStream::StartAcquisition()
+{
+    m_statistics.ResetCounters();
+    m_link.Start(m_settings.Number(Setting::DefaultBufferSize));
+}
+
+void VxDSStream::StopAcquisition()
+{
+    m_link.Stop();
+}
+
+void VxDSStream::UpdateOutputSize()
+{
+    const AcquisitionMutex::Lock lock(m_acquisitionMutex);
+    if (m_link.HasDevice())
+        ReadCameraSize();
+
+    const FrameFormat format = CurrentFrameFormat();
+    const PictureSize wanted = DeliveredSize();
+    const bool isSame = format.isUsable &&
+                        static_cast<std::uint32_t>(format.bitmapWidthPx) == wanted.widthPx &&
+                        static_cast<std::uint32_t>(format.bitmapHeightPx) == wanted.heightPx;
+    if (!isSame)
+        Renegotiate();
+}
+
+void VxDSStream::ReadCameraSize()
+{
+    // An output size of 0 means that of the camera, and becomes it for good.
+    if (const auto width = m_link.ReadSize("Width")) {
+        m_source.widthPx = *width;
+        if (m_settings.Number(Setting::OutputWidth) == 0)
+            m_settings.Store(Setting::OutputWidth, *width);
+    }
+    if (const auto height = m_link.ReadSize("Height")) {
+        m_source.heightPx = *height;
+        if (m_settings.Number(Setting::OutputHeight) == 0)
+            m_settings.Store(Setting::OutputHeight, *height);
+    }
+    m_zoomTable = ZoomTable(m_source);
+    m_settings.Store(Setting::Width, m_settings.Number(Setting::OutputWidth));
+    m_settings.Store(Setting::Height, m_settings.Number(Setting::OutputHeight));
+}
+
+void VxDSStream::Renegotiate()
+{
+    const CMediaType current = CopyOfMediaType();
+    CMediaType resized;
+    if (!BuildResizedType(current, DeliveredSize(), m_settings.Number(Setting::OutputPixelType), resized))
+        return;
+    // Unconnected, or refused: the type stays, and frame production copes with the difference. The peer is
+    // called without the state lock, so that it may ask this pin back from any thread.
+    const VxComPtr<IPin> peer = ConnectedPeer();
+    if (peer && SUCCEEDED(peer->ReceiveConnection(this, &resized)))
+        std::ignore = StoreMediaType(resized); // without memory the old type stays
+}
+
+PictureSize VxDSStream::DeliveredSize() const
+{
+    return {m_settings.Number(Setting::Width), m_settings.Number(Setting::Height)};
+}
+
+VxComPtr<IPin> VxDSStream::ConnectedPeer()
+{
+    const CAutoLock lock(m_pLock);
+    return VxComPtr<IPin>(GetConnected());
+}

@@ -1,0 +1,136 @@
+#include "VxDSSource/stream/VxDSStream.h"
+
+#include "BaseClasses/CAutoLock.h"
+#include "VxDSSource/camera/VxBuffer.h"
+#include "VxDSSource/camera/VxImage.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <tuple>
+
+using namespace vxds;
+
+namespace {
+
+// Chosen: longer than a frame, shorter than a person notices. A reconnect may take longer: that costs frames,
+// not the streaming thread.
+constexpr DWORD kMutexTimeoutMs = 500;
+
+/// The sample's own memory; empty when it has none.
+std::span<std::uint8_t> MemoryOf(IMediaSample& sample)
+{
+    BYTE* memory = nullptr;
+    const long bytes = sample.GetSize();
+    if (FAILED(sample.GetPointer(&memory)) || memory == nullptr || bytes <= 0)
+        return {};
+    return {memory, static_cast<std::size_t>(bytes)}; // positive, tested above
+}
+
+/// What is drawn at least: the size in the settings, whose height may be negative. 0 where it cannot be
+/// drawn.
+PictureSize DrawnSize(PictureSize delivered)
+{
+    const auto width = static_cast<std::int32_t>(delivered.widthPx);
+    const std::int64_t height = static_cast<std::int32_t>(delivered.heightPx);
+    return {width > 0 ? delivered.widthPx : 0U, static_cast<std::uint32_t>(std::abs(height))};
+}
+
+} // namespace
+
+HRESULT VxDSStream::OnThreadCreate()
+{
+    const CAutoLock linkLock(m_link.Guard());
+    m_acquisitionRunning = true;
+    StartAcquisition();
+    return S_OK;
+}
+
+HRESULT VxDSStream::OnThreadStartPlay()
+{
+    std::ignore = m_pFilter->GetSyncSource(m_referenceClock.Put()); // empty without a clock
+    return S_OK;
+}
+
+HRESULT VxDSStream::OnThreadDestroy()
+{
+    const CAutoLock linkLock(m_link.Guard());
+    m_acquisitionRunning = false;
+    m_referenceClock.Reset();
+    StopAcquisition();
+    return S_OK;
+}
+
+HRESULT VxDSStream::FillBuffer(IMediaSample* sample)
+{
+    const std::span<std::uint8_t> memory = MemoryOf(*sample);
+    try {
+        AdoptFormatOf(*sample);
+        const AcquisitionMutex::Lock lock(m_acquisitionMutex, kMutexTimeoutMs);
+        HeldBuffer buffer = lock.IsHeld() ? TakeBuffer() : HeldBuffer();
+        if (buffer) {
+            m_drawer.Draw(*buffer, TargetFor(*buffer, memory));
+            Stamp(*sample);
+            buffer.Release(); // before anything else is drawn: the pipeline may be short of buffers
+        } else {
+            std::ranges::fill(memory, std::uint8_t{0});
+        }
+    } catch (const std::exception&) {
+        std::ranges::fill(memory, std::uint8_t{0}); // no memory, or settings that the picture library refuses
+    }
+    return S_OK;
+}
+
+void VxDSStream::AdoptFormatOf(IMediaSample& sample)
+{
+    AM_MEDIA_TYPE* changed = nullptr;
+    if (sample.GetMediaType(&changed) != S_OK || changed == nullptr)
+        return;
+    const CMediaType type(*changed);
+    DeleteMediaType(changed);
+    std::ignore = SetMediaType(&type); // without memory the old type stays
+}
+
+HeldBuffer VxDSStream::TakeBuffer()
+{
+    VxPipeline* const pipeline = m_link.Pipeline();
+    if (m_link.Stream() == nullptr || pipeline == nullptr)
+        return {};
+    const auto isWantedElsewhere = [this] {
+        return m_acquisitionMutex.IsWanted() || CAMThread::CheckRequest(nullptr) != FALSE;
+    };
+    return ChooseBuffer(*pipeline, m_settings.Number(Setting::DropThreshold), m_statistics,
+                        isWantedElsewhere);
+}
+
+FrameTarget VxDSStream::TargetFor(const VxBuffer& camera, std::span<std::uint8_t> memory)
+{
+    FrameTarget target;
+    target.memory = memory;
+    target.format = CurrentFrameFormat();
+    target.delivered = DrawnSize(DeliveredSize());
+    target.outputPixelType = m_settings.Number(Setting::OutputPixelType);
+    target.kernelSize = m_settings.SignedNumber(Setting::KernelSize);
+    target.zoomValue = m_settings.SignedNumber(Setting::ZoomValue);
+    target.hasDiagnostics = m_settings.Flag(Setting::DiagnosticsEnabled);
+    target.source = m_source;
+    target.zoom = m_zoomTable;
+    const VxImage* const image = camera.GetImage();
+    if (m_source == PictureSize{} && image != nullptr) {
+        // A receiver that never saw the camera itself: the picture is as large as it arrives.
+        target.source = {image->GetWidth(), image->GetHeight()};
+        target.zoom = ZoomTable(target.source);
+    }
+    return target;
+}
+
+void VxDSStream::Stamp(IMediaSample& sample)
+{
+    REFERENCE_TIME now = 0;
+    if (m_referenceClock)
+        std::ignore = m_referenceClock->GetTime(&now); // S_FALSE repeats the last time
+    FrameTimes times = m_statistics.StampFrame(now);
+    std::ignore = sample.SetMediaTime(&times.mediaStart, &times.mediaStop);
+    std::ignore = sample.SetTime(&times.start, &times.stop);
+    std::ignore = sample.SetSyncPoint(TRUE);
+}
