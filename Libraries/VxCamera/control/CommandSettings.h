@@ -6,9 +6,9 @@ namespace control {
 
 /// How long a command waits for its acknowledge, and how often it is sent.
 struct CommandSettings {
-    // Chosen: with the retries below a camera that hangs for a second is not given up, and one that is gone
-    // is noticed before a user takes the program for dead.
-    std::chrono::milliseconds ackTimeout{300}; ///< for each try
+    // Chosen: with the retries below a camera that hangs for most of a second is not given up, and stopping a
+    // graph whose camera is gone stays well within two.
+    std::chrono::milliseconds ackTimeout{200}; ///< for each try
     unsigned retries = 3;                      ///< further tries after the first one
 };
 

@@ -56,6 +56,8 @@ StreamReceiver::~StreamReceiver()
 
 VxResult StreamReceiver::Start(IBlockSink& sink)
 {
+    if (IsRunning() && m_sink != &sink)
+        return {VxError::Busy, "another pipeline receives this stream; stop it first"};
     if (IsRunning())
         return VxResult::Ok();
     m_sink = &sink;
@@ -90,6 +92,12 @@ void StreamReceiver::Stop()
     m_socket->Wake();
     m_thread.join();
     m_sink = nullptr;
+}
+
+void StreamReceiver::Stop(const IBlockSink& sink)
+{
+    if (m_sink == &sink)
+        Stop();
 }
 
 void StreamReceiver::Run(Slots& slots)

@@ -32,11 +32,14 @@ public:
     ~StreamReceiver() override;
 
     /// @param sink  borrowed until Stop
-    /// @return  OUT_OF_MEMORY. OK when it runs already.
+    /// @return  OUT_OF_MEMORY; BUSY when it serves another sink. OK when it serves this one already.
     VxResult Start(IBlockSink& sink);
 
     /// Ends reception; all buffers are then with the sink again. Allowed when nothing runs.
     void Stop();
+
+    /// The same, but only if it serves this sink.
+    void Stop(const IBlockSink& sink);
 
     [[nodiscard]] bool IsRunning() const { return m_thread.joinable(); }
 

@@ -17,9 +17,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Chosen: a user who named a camera that is not there learns it within half a second, with time left for the
-// answer to travel up.
-constexpr milliseconds kFindTimeout{400};
+// Chosen: a user who named a camera that is not there learns it within half a second; that includes a stream
+// which is opened all the same, and looks for the camera, too.
+constexpr milliseconds kFindTimeout{350};
 
 // Chosen for loopback, where a packet costs the same whatever its size: half of the largest IP packet, a
 // multiple of 4.
@@ -197,7 +197,9 @@ VxResult GevDevice::SetStreamDestination(const VxString& ipAddress, std::uint16_
 
     auto& client = m_session->Client();
     const auto destination = bootstrap::StreamChannelRegister(bootstrap::kStreamChannelDestination, channel);
-    if (const VxResult written = client.WriteRegister(destination, address->Value()); !written.IsOK())
+    // A receiver that listens on every interface is reached through the one that leads to the camera.
+    const auto target = address->IsUnspecified() ? m_found.via.address : *address;
+    if (const VxResult written = client.WriteRegister(destination, target.Value()); !written.IsOK())
         return written;
     // The port comes last: the camera starts to send once it is set.
     return client.WriteRegister(bootstrap::StreamChannelRegister(bootstrap::kStreamChannelPort, channel),

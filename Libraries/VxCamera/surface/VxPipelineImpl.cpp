@@ -6,6 +6,7 @@
 #include <tuple>
 #include <utility>
 
+#include "VxCamera/surface/NoThrow.h"
 #include "VxCamera/surface/VxBufferImpl.h"
 #include "VxCamera/surface/VxStreamImpl.h"
 
@@ -50,6 +51,7 @@ void VxPipelineImpl::Slot::Describe()
     state.blockId = info.blockId;
     state.timestampTicks = info.timestampTicks;
     state.operationResult = VxResult(info.code, DescriptionOf(info));
+    state.payloadType = info.code == VxError::NotAnImage ? VxPayloadType::Other : VxPayloadType::Image;
     const receive::BlockGeometry& geometry = info.geometry;
     const bool hasPicture =
         info.code == VxError::Ok || info.code == VxError::MissingPackets || info.code == VxError::CameraError;
@@ -145,16 +147,16 @@ VxResult VxPipelineImpl::Stop()
         const VxLock lock(m_mutex);
         if (!m_isStarted)
             return VxResult::Ok();
+        m_isStarted = false;
     }
-    m_stream.StopReceiver();
+    m_readyChanged.notify_all();
+    m_stream.StopReceiver(*this); // waits for the receiver's thread, which needs the mutex
     const VxLock lock(m_mutex);
-    m_isStarted = false;
     for (Slot* const slot : m_ready) {
         slot->place = Place::Free;
         m_free.push_back(slot);
     }
     m_ready.clear();
-    m_readyChanged.notify_all();
     return VxResult::Ok();
 }
 
@@ -236,7 +238,14 @@ receive::BlockBuffer* VxPipelineImpl::TakeFree(std::size_t wantedBytes)
 void VxPipelineImpl::Deliver(receive::BlockBuffer& block)
 {
     auto& slot = static_cast<Slot&>(block); // every block buffer here is the base of a slot
-    slot.Describe();
+    const VxResult described = NoThrow([&]() -> VxResult {
+        slot.Describe();
+        return VxResult::Ok();
+    });
+    if (!described.IsOK()) {
+        GiveBack(block); // no memory for a few words: the block is lost
+        return;
+    }
     const VxLock lock(m_mutex);
     slot.place = Place::Ready;
     m_ready.push_back(&slot);

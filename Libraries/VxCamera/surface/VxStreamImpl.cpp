@@ -40,11 +40,11 @@ VxResult VxStreamImpl::StartReceiver(receive::IBlockSink& sink)
     return m_receiver->Start(sink);
 }
 
-void VxStreamImpl::StopReceiver()
+void VxStreamImpl::StopReceiver(const receive::IBlockSink& sink)
 {
     const VxLock lock(m_mutex);
     if (m_receiver != nullptr)
-        m_receiver->Stop();
+        m_receiver->Stop(sink);
 }
 
 void VxStreamImpl::WithReceiver(const std::function<void(receive::StreamReceiver&)>& use) const

@@ -33,9 +33,9 @@ public:
     void Close();
 
     /// @param sink  borrowed until StopReceiver or Close
-    /// @return  NOT_OPEN, OUT_OF_MEMORY
+    /// @return  NOT_OPEN, OUT_OF_MEMORY, BUSY when another pipeline receives this stream
     VxResult StartReceiver(receive::IBlockSink& sink);
-    void StopReceiver();
+    void StopReceiver(const receive::IBlockSink& sink);
 
     /// Calls a function with the receiver, if the stream is open; it stays open meanwhile.
     void WithReceiver(const std::function<void(receive::StreamReceiver&)>& use) const;

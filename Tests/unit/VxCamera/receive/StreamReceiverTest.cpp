@@ -120,6 +120,20 @@ TEST_F(StreamReceiverTest, WhatArrivedBeforeTheStartIsDropped)
     EXPECT_EQ(m_receiver.Counters().blocksComplete.Value(), 1u);
 }
 
+TEST_F(StreamReceiverTest, ServesOneSinkAtATime)
+{
+    OneBufferSink sink(1);
+    OneBufferSink other(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+
+    EXPECT_TRUE(m_receiver.Start(sink).IsOK());
+    EXPECT_EQ(m_receiver.Start(other).Code(), VxError::Busy);
+    m_receiver.Stop(other);
+    EXPECT_TRUE(m_receiver.IsRunning());
+    m_receiver.Stop(sink);
+    EXPECT_FALSE(m_receiver.IsRunning());
+}
+
 TEST_F(StreamReceiverTest, StatisticsCanBeReset)
 {
     OneBufferSink sink(1);
