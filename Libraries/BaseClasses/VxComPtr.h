@@ -58,13 +58,19 @@ public:
     [[nodiscard]] void** PutVoid() { return reinterpret_cast<void**>(Put()); }
 
     /// Asks the object for another interface; null when it has none, or when there is no object.
+    /// @param iid  to be given for interfaces that the compiler's headers declare without their identifier
+    template <typename Other>
+    [[nodiscard]] VxComPtr<Other> As(REFIID iid) const
+    {
+        VxComPtr<Other> other;
+        if (m_object != nullptr && FAILED(m_object->QueryInterface(iid, other.PutVoid())))
+            return {};
+        return other;
+    }
     template <typename Other>
     [[nodiscard]] VxComPtr<Other> As() const
     {
-        VxComPtr<Other> other;
-        if (m_object != nullptr && FAILED(m_object->QueryInterface(__uuidof(Other), other.PutVoid())))
-            return {};
-        return other;
+        return As<Other>(__uuidof(Other));
     }
 
 private:
