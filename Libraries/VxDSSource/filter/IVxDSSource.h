@@ -9,13 +9,15 @@
 ///
 /// This header stands alone: a client includes it and asks the filter for IID_IVxDSSource.
 ///
-/// Texts are BSTRs: an argument is read with its own length (null reads as empty text); a text that is returned is
-/// new and freed by the caller with SysFreeString. Output pointers must not be null. Results are S_OK unless said
-/// otherwise. The methods on features (GetParameterCount to GetParameterVisibility) return E_UNEXPECTED when the
-/// selected array is not there, and E_INVALIDARG for an unknown name.
+/// Texts are BSTRs: an argument is read with its own length (null reads as empty text); a text that is
+/// returned is new and freed by the caller with SysFreeString. Output pointers must not be null. Results are
+/// S_OK unless said otherwise. The methods on features (GetParameterCount to GetParameterVisibility) return
+/// E_UNEXPECTED when the selected array is not there, and E_INVALIDARG for an unknown name.
 ///
 /// Owner:  the filter (a COM object).
 /// Thread: any. Plain getters and setters take no lock; the others may wait for a connect or for one frame.
+// The formatter takes these macros for expressions.
+// clang-format off
 #undef INTERFACE
 #define INTERFACE IVxDSSource
 DECLARE_INTERFACE_IID_(IVxDSSource, IUnknown, "08C27C57-0C37-4D3D-8CE1-CC88E00A57C9")
@@ -195,12 +197,13 @@ DECLARE_INTERFACE_IID_(IVxDSSource, IUnknown, "08C27C57-0C37-4D3D-8CE1-CC88E00A5
     STDMETHOD(GetDefaultSummary)(THIS_ BSTR* summary) PURE;
 };
 #undef INTERFACE
+// clang-format on
 
 /* {08C27C57-0C37-4D3D-8CE1-CC88E00A57C9} */
 #ifdef __cplusplus
-inline constexpr GUID IID_IVxDSSource =
-    {0x08C27C57, 0x0C37, 0x4D3D, {0x8C, 0xE1, 0xCC, 0x88, 0xE0, 0x0A, 0x57, 0xC9}};
+inline constexpr GUID IID_IVxDSSource = {
+    0x08C27C57, 0x0C37, 0x4D3D, {0x8C, 0xE1, 0xCC, 0x88, 0xE0, 0x0A, 0x57, 0xC9}};
 #else
-static const GUID IID_IVxDSSource =
-    {0x08C27C57, 0x0C37, 0x4D3D, {0x8C, 0xE1, 0xCC, 0x88, 0xE0, 0x0A, 0x57, 0xC9}};
+static const GUID IID_IVxDSSource = {
+    0x08C27C57, 0x0C37, 0x4D3D, {0x8C, 0xE1, 0xCC, 0x88, 0xE0, 0x0A, 0x57, 0xC9}};
 #endif
