@@ -1,0 +1,215 @@
+#include "VxCamera/genapi/map/NodeMap.h"
+
+#include "support/genapi/NodeMapFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <random>
+
+namespace genapi {
+namespace {
+
+using ::testing::HasSubstr;
+
+/// Descriptions that nobody means well with: every operation ends, and says something.
+class HostileDescriptionTest : public NodeMapFixture {
+protected:
+    /// Uses each node in every way there is.
+    void UseAll()
+    {
+        for (std::uint32_t i = 0; i < map->NodeCount(); ++i) {
+            const auto node = static_cast<NodeId>(i);
+            std::ignore = map->Access(node);
+            std::ignore = map->ToText(node);
+            std::ignore = map->GetInteger(node);
+            std::ignore = map->GetFloat(node);
+            std::ignore = map->GetString(node);
+            std::ignore = map->GetBytes(node);
+            std::ignore = map->GetBoolean(node);
+            std::ignore = map->GetEntry(node);
+            std::ignore = map->GetIntegerLimits(node);
+            std::ignore = map->GetFloatLimits(node);
+            std::ignore = map->IsDone(node);
+            std::ignore = map->FromText(node, "1");
+            std::ignore = map->SetInteger(node, 1);
+            std::ignore = map->SetFloat(node, 1);
+            std::ignore = map->SetString(node, "1");
+            std::ignore = map->SetBytes(node, std::vector<std::byte>(4));
+            std::ignore = map->SetBoolean(node, true);
+            std::ignore = map->SetEntry(node, "A");
+            std::ignore = map->Execute(node);
+        }
+        map->InvalidateAll();
+        map->Poll(std::chrono::milliseconds(1000));
+    }
+};
+
+TEST_F(HostileDescriptionTest, EndsNodesThatReferToThemselves)
+{
+    Load("<Integer Name=\"A\"><pValue>A</pValue></Integer><Float Name=\"F\"><pValue>F</pValue></Float>"
+         "<Boolean Name=\"B\"><pValue>B</pValue></Boolean><String Name=\"S\"><pValue>S</pValue></String>"
+         "<Command Name=\"C\"><pValue>C</pValue><pCommandValue>C</pCommandValue></Command>"
+         "<Enumeration Name=\"E\"><EnumEntry "
+         "Name=\"A\"><Value>1</Value><pIsAvailable>E</pIsAvailable></EnumEntry>"
+         "<pValue>E</pValue></Enumeration>"
+         "<Converter "
+         "Name=\"V\"><pValue>V</pValue><FormulaTo>FROM</FormulaTo><FormulaFrom>TO</FormulaFrom></Converter>"
+         "<IntConverter Name=\"W\"><pValue>W</pValue></IntConverter>"
+         "<IntSwissKnife Name=\"K\"><pVariable Name=\"X\">K</pVariable><Formula>X+X</Formula></IntSwissKnife>"
+         "<IntReg Name=\"R\"><pAddress>R</pAddress><pLength>R</pLength><AccessMode>RW</AccessMode></IntReg>"
+         "<Integer "
+         "Name=\"L\"><Value>1</Value><pMin>L</pMin><pMax>L</pMax><pInc>L</pInc><pIsLocked>L</pIsLocked>"
+         "<pInvalidator>L</pInvalidator><pSelected>L</pSelected></Integer>"
+         "<Integer Name=\"D\"><pIndex>D</pIndex><pValueIndexed Index=\"0\">D</pValueIndexed></Integer>"
+         "<Port Name=\"P\"><pChunkID>Q</pChunkID></Port>"
+         "<StringReg Name=\"Q\"><Address>0</Address><Length>4</Length><pPort>P</pPort></StringReg>");
+
+    UseAll();
+    map->AttachChunks({});
+
+    EXPECT_EQ(CodeOf(map->GetInteger(Id("K"))), VxError::InvalidData);
+    EXPECT_THAT(SentenceOf(map->GetInteger(Id("A"))), HasSubstr("refers to itself"));
+}
+
+TEST_F(HostileDescriptionTest, EndsCyclesOfSeveralNodes)
+{
+    Load("<Integer Name=\"A\"><pValue>B</pValue></Integer><Integer Name=\"B\"><pValue>C</pValue></Integer>"
+         "<IntConverter Name=\"C\"><pValue>A</pValue><FormulaTo>FROM</FormulaTo><FormulaFrom>TO</FormulaFrom>"
+         "</IntConverter>");
+
+    UseAll();
+
+    EXPECT_THAT(SentenceOf(map->GetInteger(Id("B"))), HasSubstr("B: "));
+    EXPECT_EQ(CodeOf(map->GetInteger(Id("B"))), VxError::InvalidData);
+}
+
+TEST_F(HostileDescriptionTest, EndsFormulasThatDoubleWithEachStep)
+{
+    std::string nodes = "<Integer Name=\"K60\"><Value>1</Value></Integer>";
+    for (int i = 0; i < 60; ++i) {
+        const std::string next = "K" + std::to_string(i + 1);
+        nodes += "<IntSwissKnife Name=\"K" + std::to_string(i) + "\"><pVariable Name=\"X\">" + next +
+                 "</pVariable><pVariable Name=\"Y\">" + next +
+                 "</pVariable><Formula>X+Y</Formula></IntSwissKnife>";
+    }
+    Load(nodes);
+
+    EXPECT_EQ(CodeOf(map->GetInteger(Id("K0"))), VxError::NotAvailable); // found while asking for access
+    EXPECT_EQ(ValueOf(map->GetInteger(Id("K50"))), 1024);
+}
+
+TEST_F(HostileDescriptionTest, EndsConditionsThatDoubleWithEachStep)
+{
+    std::string nodes = "<Integer Name=\"A60\"><Value>1</Value></Integer>";
+    for (int i = 0; i < 60; ++i) {
+        const std::string next = "A" + std::to_string(i + 1);
+        nodes += "<Integer Name=\"A" + std::to_string(i) + "\"><pValue>" + next + "</pValue><pIsAvailable>" +
+                 next + "</pIsAvailable><pIsImplemented>" + next + "</pIsImplemented><pMin>" + next +
+                 "</pMin></Integer>";
+    }
+    Load(nodes);
+
+    UseAll();
+}
+
+TEST_F(HostileDescriptionTest, EndsChainsThatAreTooLong)
+{
+    std::string nodes = "<Integer Name=\"N3000\"><Value>1</Value></Integer>";
+    for (int i = 0; i < 3000; ++i)
+        nodes += "<Integer Name=\"N" + std::to_string(i) + "\"><pValue>N" + std::to_string(i + 1) +
+                 "</pValue></Integer>";
+    Load(nodes);
+
+    EXPECT_FALSE(map->GetInteger(Id("N0")));
+    EXPECT_EQ(ValueOf(map->GetInteger(Id("N2950"))), 1);
+    EXPECT_TRUE(map->SetInteger(Id("N3000"), 2).IsOK());
+}
+
+TEST_F(HostileDescriptionTest, BoundsTheReadsOfOneOperation)
+{
+    std::string nodes;
+    std::string variables;
+    std::string sum = "0";
+    for (int i = 0; i < 500; ++i) {
+        const std::string name = "V" + std::to_string(i);
+        nodes += "<IntReg Name=\"" + name + "\"><Address>" + std::to_string(i) +
+                 "</Address><Length>1</Length>"
+                 "<Cachable>NoCache</Cachable></IntReg>";
+        variables += "<pVariable Name=\"" + name + "\">" + name + "</pVariable>";
+        sum += "+" + name;
+    }
+    nodes += "<IntSwissKnife Name=\"A\">" + variables + "<Formula>" + sum +
+             "</Formula></IntSwissKnife>"
+             "<IntSwissKnife Name=\"B\"><pVariable Name=\"A\">A</pVariable><Formula>A+A+A+A+A+A+A+A</Formula>"
+             "</IntSwissKnife>";
+    Load(nodes);
+
+    EXPECT_TRUE(map->GetInteger(Id("A")));
+    EXPECT_EQ(port.reads, 500);
+    EXPECT_FALSE(map->GetInteger(Id("B")));
+    EXPECT_LE(port.reads, 500 + 2001);
+}
+
+TEST_F(HostileDescriptionTest, NamesEveryNodeThatItHadToGiveUp)
+{
+    Load("<IntReg Name=\"NoLength\"><Address>0</Address></IntReg>"
+         "<Integer Name=\"Lost\"><pValue>Nobody</pValue></Integer>"
+         "<Float Name=\"NoNumber\"><Value>abc</Value></Float>"
+         "<IntSwissKnife Name=\"NoFormula\"/><Converter Name=\"NoTarget\"/>"
+         "<Port Name=\"BadChunk\"><ChunkID>zz</ChunkID></Port>"
+         "<IntReg Name=\"BadIndex\"><pIndex Offset=\"x\">Good</pIndex><Length>1</Length></IntReg>"
+         "<IntReg Name=\"NoOffset\"><pIndex pOffset=\"Gone\">Good</pIndex><Length>1</Length></IntReg>"
+         "<Integer Name=\"Good\"><Value>1</Value></Integer>");
+
+    for (const char* name :
+         {"NoLength", "Lost", "NoNumber", "NoFormula", "NoTarget", "BadChunk", "BadIndex", "NoOffset"}) {
+        EXPECT_EQ(Access(name), AccessMode::NotImplemented) << name;
+        const auto isNamed = [&](const Notice& notice) { return notice.node == name; };
+        EXPECT_TRUE(std::any_of(map->Notices().begin(), map->Notices().end(), isNamed)) << name;
+    }
+    EXPECT_EQ(ValueOf(Integer("Good")), 1);
+}
+
+TEST_F(HostileDescriptionTest, SurvivesNodesThatReferAtRandom)
+{
+    const std::vector<std::string> tags{
+        "Integer",       "IntReg",    "MaskedIntReg", "Boolean",   "Command",  "Enumeration",
+        "Float",         "FloatReg",  "String",       "StringReg", "Register", "SwissKnife",
+        "IntSwissKnife", "Converter", "IntConverter", "Port",      "Category", "Node"};
+    const std::vector<std::string> references{
+        "pValue",    "pIsImplemented", "pIsAvailable",  "pIsLocked", "pMin",       "pMax",
+        "pInc",      "pAddress",       "pLength",       "pPort",     "pIndex",     "pInvalidator",
+        "pSelected", "pFeature",       "pCommandValue", "pChunkID",  "pValueCopy", "pValueDefault"};
+    const std::vector<std::string> values{"0", "1",  "-1", "4", "0xFFFFFFFFFFFFFFFF", "9223372036854775807",
+                                          "x", "NaN"};
+    const std::vector<std::string> plain{"Value",   "Min",         "Max",         "Inc", "Address",
+                                         "Length",  "Bit",         "LSB",         "MSB", "CommandValue",
+                                         "OnValue", "PollingTime", "ValueDefault"};
+    std::mt19937 random(11);
+    const auto pick = [&](const std::vector<std::string>& from) { return from[random() % from.size()]; };
+    for (int round = 0; round < 300; ++round) {
+        std::string nodes =
+            "<Category Name=\"Root\"><pFeature>N0</pFeature><pFeature>N1</pFeature></Category>";
+        for (int i = 0; i < 12; ++i) {
+            const std::string tag = pick(tags);
+            nodes += "<" + tag + " Name=\"N" + std::to_string(i) + "\"><Length>4</Length>";
+            for (int j = 0; j < 4; ++j) {
+                const std::string reference = pick(references);
+                nodes += "<" + reference + ">N" + std::to_string(random() % 13) + "</" + reference + ">";
+                const std::string element = pick(plain);
+                nodes += "<" + element + ">" + pick(values) + "</" + element + ">";
+            }
+            nodes += "<pVariable Name=\"X\">N" + std::to_string(random() % 12) +
+                     "</pVariable>"
+                     "<Formula>X*2+X.Max</Formula><FormulaTo>FROM/X</"
+                     "FormulaTo><FormulaFrom>TO<![CDATA[<<]]>X</FormulaFrom>"
+                     "<AccessMode>RW</AccessMode></" +
+                     tag + ">";
+        }
+        Load(nodes);
+        UseAll();
+    }
+}
+
+} // namespace
+} // namespace genapi

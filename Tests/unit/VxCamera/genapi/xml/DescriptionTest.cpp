@@ -1,0 +1,294 @@
+#include "VxCamera/genapi/xml/Description.h"
+
+#include "support/genapi/NodeMapFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace genapi {
+namespace {
+
+std::shared_ptr<const Description> Parsed(std::string_view xml)
+{
+    auto description = Description::Parse(xml);
+    EXPECT_TRUE(description) << SentenceOf(description);
+    return description ? *std::move(description) : nullptr;
+}
+
+const NodeDescription& NodeOf(const Description& description, std::string_view name)
+{
+    return description.Nodes().at(description.Find(name).value());
+}
+
+std::string TextOf(const NodeDescription& node, Element element)
+{
+    for (const Property& property : node.properties)
+        if (property.element == element)
+            return std::string(property.text);
+    return "(none)";
+}
+
+TEST(DescriptionTest, ReadsItsOwnersAndItsSchema)
+{
+    const auto description = Parsed("<RegisterDescription VendorName=\"Maker\" ModelName=\"Eye 5\" "
+                                    "SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\"/>");
+
+    EXPECT_EQ(description->VendorName(), "Maker");
+    EXPECT_EQ(description->ModelName(), "Eye 5");
+    EXPECT_EQ(description->SchemaMajor(), 1);
+    EXPECT_EQ(description->SchemaMinor(), 1);
+}
+
+TEST(DescriptionTest, IgnoresNameSpacesAndPrefixes)
+{
+    const auto description =
+        Parsed("<g:RegisterDescription xmlns:g=\"http://www.genicam.org/GenApi/Version_1_0\">"
+               "<g:Integer Name=\"I\"><g:Value>5</g:Value></g:Integer></g:RegisterDescription>");
+
+    EXPECT_EQ(TextOf(NodeOf(*description, "I"), Element::Value), "5");
+}
+
+TEST(DescriptionTest, LooksIntoGroupsInGroups)
+{
+    const auto description =
+        Parsed(Describe("<Group Comment=\"a\"><Group Comment=\"b\"><Node Name=\"In\"/></Group>"
+                        "<Node Name=\"Behind\"/></Group><Node Name=\"After\"/>"));
+
+    EXPECT_TRUE(description->Find("In"));
+    EXPECT_TRUE(description->Find("Behind"));
+    EXPECT_TRUE(description->Find("After"));
+}
+
+TEST(DescriptionTest, JoinsTextThatIsCutByCommentsAndCdata)
+{
+    const auto description =
+        Parsed(Describe("<IntSwissKnife Name=\"K\"><Formula> 1 <!-- one --> + <![CDATA[ 2 < 3 ]]>"
+                        " </Formula></IntSwissKnife>"));
+
+    EXPECT_EQ(TextOf(NodeOf(*description, "K"), Element::Formula), "1  +  2 < 3");
+}
+
+TEST(DescriptionTest, ResolvesEntities)
+{
+    const auto description = Parsed(
+        Describe("<IntSwissKnife Name=\"K\"><Formula>A &amp;&amp; B &lt; &#x33;</Formula></IntSwissKnife>"));
+
+    EXPECT_EQ(TextOf(NodeOf(*description, "K"), Element::Formula), "A && B < 3");
+}
+
+TEST(DescriptionTest, ResolvesReferencesToLaterNodes)
+{
+    const auto description = Parsed(Describe(
+        "<Integer Name=\"A\"><pValue>B</pValue></Integer><Integer Name=\"B\"><Value>1</Value></Integer>"));
+
+    EXPECT_EQ(NodeOf(*description, "A").properties[0].target, *description->Find("B"));
+}
+
+TEST(DescriptionTest, NoticesReferencesToNodesThatAreMissing)
+{
+    const auto description = Parsed(Describe("<Integer Name=\"A\"><pValue>Nobody</pValue></Integer>"));
+
+    ASSERT_EQ(description->Notices().size(), 1u);
+    EXPECT_EQ(description->Notices()[0].node, "A");
+    EXPECT_NE(description->Notices()[0].text.find("Nobody"), std::string::npos);
+}
+
+TEST(DescriptionTest, SkipsExtensionsWhateverTheyContain)
+{
+    const auto description =
+        Parsed(Describe("<Integer Name=\"A\"><Extension><Value>9</Value><Any><Deep/></Any>"
+                        "</Extension><Value>1</Value></Integer><Extension><Node/></Extension>"));
+
+    EXPECT_EQ(TextOf(NodeOf(*description, "A"), Element::Value), "1");
+    EXPECT_TRUE(description->Notices().empty());
+}
+
+TEST(DescriptionTest, NoticesUnknownElementsAndNodes)
+{
+    const auto description =
+        Parsed(Describe("<Integer Name=\"A\"><Colour>red</Colour><Value>1</Value></Integer>"
+                        "<Gadget Name=\"G\"/>"));
+
+    ASSERT_EQ(description->Notices().size(), 2u);
+    EXPECT_NE(description->Notices()[0].text.find("Gadget"), std::string::npos);
+    EXPECT_NE(description->Notices()[1].text.find("Colour"), std::string::npos);
+    EXPECT_FALSE(description->Find("G"));
+}
+
+TEST(DescriptionTest, KeepsTheFirstOfTwoNodesOfOneName)
+{
+    const auto description = Parsed(Describe(
+        "<Integer Name=\"A\"><Value>1</Value></Integer><Integer Name=\"A\"><Value>2</Value></Integer>"));
+
+    EXPECT_EQ(TextOf(NodeOf(*description, "A"), Element::Value), "1");
+    EXPECT_EQ(description->Notices().size(), 1u);
+}
+
+TEST(DescriptionTest, KeepsEntriesOutOfTheNames)
+{
+    const auto description =
+        Parsed(Describe("<Enumeration Name=\"Mode\"><EnumEntry Name=\"Width\"><Value>1</Value>"
+                        "</EnumEntry><Value>1</Value></Enumeration>"));
+
+    EXPECT_FALSE(description->Find("Width"));
+}
+
+TEST(DescriptionTest, FindsEntriesThatStandOutside)
+{
+    const auto description =
+        Parsed(Describe("<EnumEntry Name=\"On\"><Value>1</Value></EnumEntry>"
+                        "<Enumeration Name=\"Mode\"><pEnumEntry>On</pEnumEntry><Value>1</Value>"
+                        "</Enumeration>"));
+
+    const Property& entry = NodeOf(*description, "Mode").properties[0];
+    EXPECT_EQ(entry.element, Element::EnumEntry);
+    ASSERT_NE(entry.target, kNoNode);
+    EXPECT_EQ(description->Nodes()[entry.target].name, "On");
+}
+
+TEST(DescriptionTest, GivesTheEntriesOfAStructureItsElements)
+{
+    const auto description =
+        Parsed(Describe("<StructReg Comment=\"s\"><Address>0x100</Address><Length>4</Length>"
+                        "<Visibility>Guru</Visibility>"
+                        "<StructEntry Name=\"A\"><Bit>3</Bit></StructEntry>"
+                        "<StructEntry Name=\"B\"><LSB>4</LSB></StructEntry></StructReg>"));
+
+    EXPECT_EQ(NodeOf(*description, "A").kind, NodeKind::MaskedIntReg);
+    EXPECT_EQ(TextOf(NodeOf(*description, "A"), Element::Address), "0x100");
+    EXPECT_EQ(TextOf(NodeOf(*description, "A"), Element::Bit), "3");
+    EXPECT_EQ(TextOf(NodeOf(*description, "B"), Element::Visibility), "Guru");
+    EXPECT_EQ(TextOf(NodeOf(*description, "B"), Element::Bit), "(none)");
+}
+
+TEST(DescriptionTest, AcceptsNodesOfOtherBuses)
+{
+    const auto description =
+        Parsed(Describe("<ConfRom Name=\"R\"><Unit>0</Unit><TextDesc Name=\"T\"><Key>1</Key>"
+                        "</TextDesc></ConfRom><SmartFeature Name=\"S\"/>"));
+
+    EXPECT_EQ(NodeOf(*description, "R").kind, NodeKind::Unsupported);
+    EXPECT_TRUE(description->Notices().empty());
+}
+
+TEST(DescriptionTest, AcceptsRemainsBehindTheDocument)
+{
+    const std::string xml = Describe("<Node Name=\"N\"/>");
+
+    EXPECT_TRUE(Description::Parse(xml + std::string(300, '\0')));
+    EXPECT_TRUE(Description::Parse(xml + "\n\n<older <junk"));
+    EXPECT_TRUE(Description::Parse("\xEF\xBB\xBF" + xml));
+}
+
+TEST(DescriptionTest, ReadsLatin1WhereTheBytesAreNoUtf8)
+{
+    const auto description = Parsed(Describe("<Float Name=\"T\"><Unit>\xB0"
+                                             "C</Unit><Value>1</Value></Float>"));
+
+    EXPECT_EQ(TextOf(NodeOf(*description, "T"), Element::Unit), "\xC2\xB0"
+                                                                "C");
+}
+
+TEST(DescriptionTest, ReadsUtf16)
+{
+    const std::string xml =
+        Describe("<Integer Name=\"Wide\"><Value>3</Value></Integer>")
+            .replace(0, std::string("<?xml version=\"1.0\" encoding=\"utf-8\"?>").size(), "");
+    std::string wide = "\xFF\xFE";
+    for (const char c : xml) {
+        wide += c;
+        wide += '\0';
+    }
+
+    const auto description = Parsed(wide);
+
+    EXPECT_EQ(TextOf(NodeOf(*description, "Wide"), Element::Value), "3");
+}
+
+TEST(DescriptionTest, SaysWhereTheXmlIsBroken)
+{
+    const auto description =
+        Description::Parse("<RegisterDescription>\n  <Integer Name=\"A\"></Float>\n</RegisterDescription>");
+
+    ASSERT_FALSE(description);
+    EXPECT_EQ(CodeOf(description), VxError::InvalidData);
+    EXPECT_NE(SentenceOf(description).find("line 2"), std::string::npos) << SentenceOf(description);
+}
+
+TEST(DescriptionTest, RefusesTextsThatAreNoDescription)
+{
+    for (const char* xml :
+         {"", " ", "hello", "<", "<html></html>", "<?xml version=\"1.0\"?>", "\xFF\xFE", "\0"})
+        EXPECT_EQ(CodeOf(Description::Parse(xml)), VxError::InvalidData) << xml;
+}
+
+TEST(DescriptionTest, RefusesEveryTruncation)
+{
+    const std::string xml = Describe("<Integer Name=\"A\"><Value>1</Value></Integer>");
+
+    for (std::size_t length = 0; length < xml.size(); ++length)
+        EXPECT_FALSE(Description::Parse(xml.substr(0, length))) << length;
+}
+
+TEST(DescriptionTest, DoesNotExpandEntitiesOfADocumentType)
+{
+    const auto description = Description::Parse(
+        "<!DOCTYPE d [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\">]>"
+        "<RegisterDescription><Integer Name=\"A\"><ToolTip>&b;</ToolTip><Value>1</Value></Integer>"
+        "</RegisterDescription>");
+
+    ASSERT_TRUE(description) << SentenceOf(description);
+    EXPECT_EQ(TextOf(NodeOf(**description, "A"), Element::ToolTip), "&b;");
+}
+
+TEST(DescriptionTest, SurvivesDeepNesting)
+{
+    std::string deep;
+    for (int i = 0; i < 100000; ++i)
+        deep += "<Group>";
+    for (int i = 0; i < 100000; ++i)
+        deep += "</Group>";
+    std::string inside = "<Integer Name=\"A\"><Value>1</Value>";
+    for (int i = 0; i < 100000; ++i)
+        inside += "<Value>";
+    for (int i = 0; i < 100000; ++i)
+        inside += "</Value>";
+
+    EXPECT_TRUE(Description::Parse(Describe(deep)));
+    EXPECT_TRUE(Description::Parse(Describe(inside + "</Integer>")));
+}
+
+TEST(DescriptionTest, RefusesMoreNodesThanItsLimit)
+{
+    std::string nodes;
+    for (int i = 0; i < 100001; ++i)
+        nodes += "<Node Name=\"N" + std::to_string(i) + "\"/>";
+
+    const auto description = Description::Parse(Describe(nodes));
+
+    EXPECT_EQ(CodeOf(description), VxError::InvalidData);
+    EXPECT_NE(SentenceOf(description).find("100000 nodes"), std::string::npos) << SentenceOf(description);
+}
+
+TEST(DescriptionTest, RefusesStructuresThatMultiply)
+{
+    std::string structure = "<StructReg>";
+    for (int i = 0; i < 5000; ++i)
+        structure += "<Address>1</Address>";
+    for (int i = 0; i < 5000; ++i)
+        structure += "<StructEntry Name=\"E" + std::to_string(i) + "\"/>";
+
+    EXPECT_EQ(CodeOf(Description::Parse(Describe(structure + "</StructReg>"))), VxError::InvalidData);
+}
+
+TEST(DescriptionTest, RefusesTooManyBytes)
+{
+    const auto description = Description::Parse(std::string(17 * 1024 * 1024, ' '));
+
+    EXPECT_EQ(CodeOf(description), VxError::InvalidData);
+    EXPECT_NE(SentenceOf(description).find("bytes"), std::string::npos);
+}
+
+} // namespace
+} // namespace genapi
