@@ -22,6 +22,8 @@ std::string PartBeforeSlash(const std::string& name)
 void MedianTable::AddWork(const std::string& work, const std::string& peerName)
 {
     m_works.push_back({work, peerName});
+    // Result files name it, too, for tables made of several of them.
+    benchmark::AddCustomContext("peer of " + work, peerName);
 }
 
 bool MedianTable::ReportContext(const Context& context)

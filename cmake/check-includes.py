@@ -121,7 +121,8 @@ class Check:
         self.complaints.append(f"{place}:{number}: {what}; {remedy} (the table is cmake/include-rules)")
 
     def quoted(self, file, number, row, path):
-        if row.files == "Programs" and (self.root / "Programs" / path).is_file():
+        # A program's own headers are nobody else's business: either way of naming them is clear.
+        if row.files == "Programs" and ((file.parent / path).is_file() or (self.root / "Programs" / path).is_file()):
             return
         if not (self.root / "Libraries" / path).is_file():
             self.complain(file, number, f'"{path}" is no file below Libraries/',

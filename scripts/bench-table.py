@@ -10,30 +10,48 @@ import pathlib
 import subprocess
 import sys
 
+# Whom our time is compared with, if they were measured.
+PEERS = ("memcpy", "OpenCV")
 UNIT_SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 
 
-def medians_of(path):
-    """Seconds of real time by benchmark name; a benchmark that reported an error has its text instead."""
-    medians = {}
-    for run in json.loads(path.read_text(encoding="utf-8"))["benchmarks"]:
-        name = run.get("run_name", run["name"])
-        if run.get("error_occurred"):
-            medians[name] = run.get("error_message", "error")
-        elif run.get("aggregate_name") == "median":
-            medians[name] = run["real_time"] * UNIT_SECONDS[run["time_unit"]]
-    return medians
+class Results:
+    """Of one system: seconds of real time by name, error texts by name, and peers by work."""
+
+    def __init__(self):
+        self.medians = {}
+        self.errors = {}
+        self.peers = {}
+
+    def add(self, text):
+        results = json.loads(text)
+        for key, value in results["context"].items():
+            if key.startswith("peer of "):
+                self.peers[key.removeprefix("peer of ")] = value
+        for run in results["benchmarks"]:
+            name = run.get("run_name", run["name"]).removesuffix("/real_time")
+            if run.get("error_occurred"):
+                self.errors[name] = run.get("error_message", "error")
+            elif run.get("aggregate_name") == "median":
+                self.medians[name] = run["real_time"] * UNIT_SECONDS[run["time_unit"]]
+
+    def compared(self, work):
+        """Seconds by who did the work, the work's peer included, under the first part of the peer's name."""
+        seconds = {name.removeprefix(work + "/"): value for name, value in self.medians.items()
+                   if name.startswith(work + "/")}
+        peer = self.peers.get(work)
+        if peer in self.medians:
+            seconds[peer.split("/", 1)[0]] = self.medians[peer]
+        return seconds
 
 
-def text_of(value):
-    if value is None:
+def text_of(seconds):
+    if seconds is None:
         return "-"
-    if isinstance(value, str):
-        return f"error: {value}"
     for unit, scale in (("s", 1.0), ("ms", 1e-3), ("us", 1e-6)):
-        if value >= scale:
-            return f"{value / scale:.3f} {unit}"
-    return f"{value / 1e-9:.1f} ns"
+        if seconds >= scale:
+            return f"{seconds / scale:.3f} {unit}"
+    return f"{seconds / 1e-9:.1f} ns"
 
 
 def first_line(*command):
@@ -54,28 +72,61 @@ def machine():
     ]
 
 
+def comparison_rows(systems):
+    """One row for each work and system: ours, a plain copy, OpenCV, ours as a multiple of the better one."""
+    works = dict.fromkeys(name.removesuffix("/ours") for results in systems.values() for name in results.medians
+                          if name.endswith("/ours"))
+    for work in works:
+        for system, results in systems.items():
+            seconds = results.compared(work)
+            if "ours" not in seconds:
+                continue
+            others = [seconds[who] for who in PEERS if who in seconds]
+            ratio = f"{seconds['ours'] / min(others):.2f}" if others else "-"
+            yield (work, system, text_of(seconds["ours"]), *(text_of(seconds.get(who)) for who in PEERS), ratio)
+
+
+def single_rows(systems):
+    """What is compared with nothing: time natively and under Wine."""
+    works = {name.removesuffix("/ours") for results in systems.values() for name in results.medians
+             if name.endswith("/ours")}
+    names = dict.fromkeys(name for results in systems.values() for name in results.medians
+                          if name.split("/", 1)[0] not in works and name.split("/", 1)[0] not in PEERS)
+    for name in names:
+        yield (name, *(text_of(results.medians.get(name)) for results in systems.values()))
+
+
+def print_table(rows):
+    widths = [max(len(row[i]) for row in rows) for i in range(len(rows[0]))]
+    for number, row in enumerate(rows):
+        print("  ".join([f"{row[0]:<{widths[0]}}",
+                         *(f"{cell:>{width}}" for cell, width in zip(row[1:], widths[1:]))]))
+        if number == 0:
+            print("  ".join("-" * width for width in widths))
+
+
 def main():
     if len(sys.argv) != 2:
         print(__doc__, file=sys.stderr)
         return 2
-    columns = {"native": {}, "wine": {}}
-    for path in sorted(pathlib.Path(sys.argv[1]).glob("*.json")):
-        columns[path.name.split("-", 1)[0]].update(medians_of(path))
-    names = list(dict.fromkeys([*columns["native"], *columns["wine"]]))
-    if not names:
+    systems = {"native": Results(), "Wine": Results()}
+    for path in sorted(pathlib.Path(sys.argv[1]).glob("*-*.json")):
+        systems["Wine" if path.name.startswith("wine-") else "native"].add(path.read_text(encoding="utf-8"))
+
+    compared, single = list(comparison_rows(systems)), list(single_rows(systems))
+    if not compared and not single:
         print("error: nothing was measured: does the pattern of --only fit any benchmark?", file=sys.stderr)
         return 1
+    print("\n".join([*machine(), ""]))
+    if compared:
+        print_table([("median of real time", "on", "ours", *PEERS, "ours / better"), *compared])
+    if single:
+        print_table([("median of real time", *systems), *single])
 
-    rows = [("median of real time", "native", "Wine")]
-    rows += [(name, text_of(columns["native"].get(name)), text_of(columns["wine"].get(name))) for name in names]
-    widths = [max(len(row[i]) for row in rows) for i in range(3)]
-    print("\n".join(machine()))
-    for number, row in enumerate(rows):
-        print(f"{row[0]:<{widths[0]}}  {row[1]:>{widths[1]}}  {row[2]:>{widths[2]}}")
-        if number == 0:
-            print("  ".join("-" * width for width in widths))
-    has_errors = any(isinstance(value, str) for column in columns.values() for value in column.values())
-    return 1 if has_errors else 0
+    for system, results in systems.items():
+        for name, text in results.errors.items():
+            print(f"error: {name} ({system}): {text}", file=sys.stderr)
+    return 1 if any(results.errors for results in systems.values()) else 0
 
 
 if __name__ == "__main__":

@@ -130,6 +130,10 @@ class CheckIncludesTest(unittest.TestCase):
              "Libraries/VxDSSource/filter/A.cpp": '#include "VxDSSource/filter/Exports.h"\n'},
             "Libraries/VxDSSource/filter/A.cpp:1")
 
+    def test_lets_programs_include_their_own_headers(self):
+        self.assert_allowed({"Programs/a/A.h": "",
+                             "Programs/a/A.cpp": '#include "A.h"\n#include "a/A.h"\n#include "VxBase/VxResult.h"\n'})
+
     def test_lets_nobody_include_tests(self):
         self.assert_refused(
             {"Tests/support/Fake.h": "", "Libraries/VxBase/A.cpp": '#include "Tests/support/Fake.h"\n'},

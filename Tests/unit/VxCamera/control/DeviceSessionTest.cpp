@@ -118,6 +118,17 @@ TEST_F(DeviceSessionTest, ACameraThatHidesItsOwnerIsAccessDeniedAtOnce)
     EXPECT_LT(m_clock.Now() - start, 100ms);
 }
 
+TEST_F(DeviceSessionTest, ACameraThatIgnoresOthersWhileItIsControlledIsAccessDenied)
+{
+    HoldBy({transport::Ipv4Address(192, 168, 1, 77), 5000});
+    m_camera.isIgnoringWritesOfOthers = true;
+
+    const auto session = Connect();
+
+    ASSERT_FALSE(session);
+    EXPECT_EQ(session.Error().Code(), VxError::AccessDenied);
+}
+
 TEST_F(DeviceSessionTest, ACrashedPredecessorsHeartbeatIsWaitedFor)
 {
     HoldBy({kHost, 5000});
@@ -245,6 +256,20 @@ TEST_F(DeviceSessionTest, AChangedHeartbeatTimeoutIsKept)
 
     EXPECT_EQ(BeatFor(*session, 1min), std::nullopt);
     EXPECT_TRUE(m_camera.controller);
+}
+
+TEST_F(DeviceSessionTest, ATimingThatChangesIsTold)
+{
+    const auto session = Connected();
+    int told = 0;
+    session->SetTimingListener([&] { ++told; });
+
+    ASSERT_TRUE(session->Write(bootstrap::kHeartbeatTimeout, bytes::FromHex("000000C8")).IsOK());
+    EXPECT_EQ(told, 1);
+    ASSERT_TRUE(session->Write(0x1000, bytes::FromHex("000000C8")).IsOK());
+    EXPECT_EQ(told, 1);
+    session->SetHeartbeat(false);
+    EXPECT_EQ(told, 2);
 }
 
 TEST_F(DeviceSessionTest, ALostLinkIsNoticedWithinTheHeartbeatTimeout)

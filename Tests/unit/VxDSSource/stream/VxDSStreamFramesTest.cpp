@@ -623,15 +623,19 @@ TEST_F(VxDSStreamFramesTest, CopiesAProcessedPictureWithoutRowPadding)
 TEST_F(VxDSStreamFramesTest, ZeroesAFrameForAKernelThatNoFilterTakes)
 {
     Stream(8, 8);
-    Store(Setting::KernelSize, 4); // restored from somewhere: a setter refuses it
     UseType(0, 8, 8);
-    Queue(TestPicture(8, 8));
-    CanarySample sample(8 * 8 * 3);
+    for (const std::uint32_t kernel : {2u, 4u, 257u, 0x7FFFFFFFu}) {
+        Store(Setting::KernelSize, kernel); // restored from somewhere: a setter refuses it
+        Queue(TestPicture(8, 8));
+        CanarySample sample(8 * 8 * 3);
 
-    Fill(sample);
+        Fill(sample);
 
-    EXPECT_TRUE(sample.IsAll(0));
-    EXPECT_EQ(Done().back(), "pipeline.Release(#0)") << "the camera's buffer goes back all the same";
+        EXPECT_TRUE(sample.IsAll(0)) << kernel;
+        EXPECT_TRUE(sample.time);
+        EXPECT_TRUE(Done().back().starts_with("pipeline.Release(#"))
+            << "the camera's buffer goes back all the same";
+    }
 }
 
 TEST_F(VxDSStreamFramesTest, ShowsAPictureAsItArrivesWhenTheCameraItselfWasNeverSeen)

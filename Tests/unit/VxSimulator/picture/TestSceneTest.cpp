@@ -83,7 +83,8 @@ TEST(TestSceneTest, ASmallPictureHasNoMarks)
 
 TEST(TestSceneTest, MarksAndStripLieApartAndInside)
 {
-    for (const auto& [width, height] : {std::pair{128u, 64u}, std::pair{129u, 65u}, std::pair{1920u, 1080u}}) {
+    for (const auto& [width, height] :
+         {std::pair{128u, 64u}, std::pair{129u, 65u}, std::pair{1920u, 1080u}}) {
         const TestScene scene(width, height);
         const auto strip = scene.StripPlace();
         const auto up = scene.UpMarkPlace();

@@ -1,0 +1,251 @@
+#include "VxCamera/surface/ConfigurationText.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "VxBase/VxString.h"
+
+namespace surface {
+namespace {
+
+Configuration WithText(std::string value)
+{
+    Configuration configuration;
+    configuration.texts.push_back({"name", std::move(value)});
+    return configuration;
+}
+
+std::string RoundTrip(const std::string& value)
+{
+    const auto read = ReadConfiguration(WriteConfiguration(WithText(value)));
+    EXPECT_TRUE(read) << read.Result().GetDescription().Narrow();
+    return read && read->texts.size() == 1 ? read->texts[0].value : "(lost)";
+}
+
+ConfigurationStep Select(std::size_t level, std::string name, std::string value)
+{
+    return {ConfigurationStep::Kind::Select, level, std::move(name), std::move(value)};
+}
+
+ConfigurationStep Feature(std::size_t level, std::string name, std::string value)
+{
+    return {ConfigurationStep::Kind::Feature, level, std::move(name), std::move(value)};
+}
+
+std::string Shown(const std::vector<ConfigurationStep>& steps)
+{
+    std::string text;
+    for (const ConfigurationStep& step : steps)
+        text += std::string(step.level, '.') + (step.kind == ConfigurationStep::Kind::Select ? "S " : "F ") +
+                step.name + "=" + step.value + "\n";
+    return text;
+}
+
+TEST(ConfigurationTextTest, WritesOneElementPerText)
+{
+    EXPECT_EQ(WriteConfiguration(WithText("0")),
+              "<VxConfiguration version=\"1\"><Text name=\"name\" value=\"0\"/></VxConfiguration>");
+}
+
+TEST(ConfigurationTextTest, NestsWhatSelectorsSelect)
+{
+    Configuration configuration;
+    configuration.devices.push_back(
+        {"cam",
+         {Feature(0, "W", "1"), Select(0, "S", "A"), Feature(1, "G", "2"), Select(0, "S", "B"),
+          Select(1, "T", "x"), Feature(2, "H", "3"), Select(0, "S", "A")}});
+
+    const std::string text = WriteConfiguration(configuration);
+
+    EXPECT_EQ(
+        text,
+        "<VxConfiguration version=\"1\"><Device name=\"cam\"><Feature name=\"W\" value=\"1\"/>"
+        "<Select name=\"S\" value=\"A\"><Feature name=\"G\" value=\"2\"/></Select>"
+        "<Select name=\"S\" value=\"B\"><Select name=\"T\" value=\"x\"><Feature name=\"H\" value=\"3\"/>"
+        "</Select></Select><Select name=\"S\" value=\"A\"/></Device></VxConfiguration>");
+    const auto read = ReadConfiguration(text);
+    ASSERT_TRUE(read);
+    ASSERT_EQ(read->devices.size(), 1u);
+    EXPECT_EQ(read->devices[0].name, "cam");
+    EXPECT_EQ(Shown(read->devices[0].steps), Shown(configuration.devices[0].steps));
+}
+
+TEST(ConfigurationTextTest, KeepsDevicesStreamsAndTextsInOrder)
+{
+    Configuration configuration;
+    configuration.texts = {{"b", "1"}, {"a", "2"}};
+    configuration.devices = {{"one", {}}, {"", {}}};
+    configuration.streams = {{"s", {Feature(0, "X", "y")}}};
+
+    const auto read = ReadConfiguration(WriteConfiguration(configuration));
+
+    ASSERT_TRUE(read);
+    ASSERT_EQ(read->texts.size(), 2u);
+    EXPECT_EQ(read->texts[0].name, "b");
+    EXPECT_EQ(read->texts[1].value, "2");
+    ASSERT_EQ(read->devices.size(), 2u);
+    EXPECT_EQ(read->devices[1].name, "");
+    ASSERT_EQ(read->streams.size(), 1u);
+    EXPECT_EQ(Shown(read->streams[0].steps), "F X=y\n");
+}
+
+TEST(ConfigurationTextTest, ReadsAnEmptyConfiguration)
+{
+    const auto read = ReadConfiguration(WriteConfiguration({}));
+
+    ASSERT_TRUE(read);
+    EXPECT_TRUE(read->texts.empty());
+}
+
+TEST(ConfigurationTextTest, KeepsEveryCharacter)
+{
+    for (const std::string& value : {std::string(),
+                                     std::string(" "),
+                                     std::string("  two  "),
+                                     std::string("\t\r\n"),
+                                     std::string("a\0b", 3),
+                                     std::string("<&>\"'"),
+                                     std::string("\\"),
+                                     std::string("\\x41 \\u0041 \\\\"),
+                                     std::string("&#65;&amp;"),
+                                     std::string("]]>"),
+                                     std::string("\x01\x1F\x7F"),
+                                     std::string("\xC2\x80\xC2\x9F\xC2\xA0"),
+                                     std::string("\xE4\xB8\xAD\xE6\x96\x87"),
+                                     std::string("\xF0\x9F\x98\x80"),
+                                     std::string("\xEF\xBF\xBE\xEF\xBF\xBF"),
+                                     std::string("\xEE\x80\x80"),
+                                     std::string("\xF4\x8F\xBF\xBF"),
+                                     std::string("\xFF\xC2\xE4\xB8 \xED\xA0\x80"),
+                                     std::string("</VxConfiguration>"),
+                                     std::string(100000, 'x')})
+        EXPECT_EQ(RoundTrip(value), value);
+}
+
+TEST(ConfigurationTextTest, KeepsEveryCodePoint)
+{
+    std::u32string all;
+    for (char32_t code = 0; code <= 0x10FFFF; code += code < 0x3000 ? 1 : 13)
+        if (code < 0xD800 || code > 0xDFFF)
+            all += code;
+    std::wstring wide;
+    for (const char32_t code : all) {
+        if (sizeof(wchar_t) == 2 && code > 0xFFFF) {
+            wide += static_cast<wchar_t>(0xD800 + ((code - 0x10000) >> 10));
+            wide += static_cast<wchar_t>(0xDC00 + ((code - 0x10000) & 0x3FF));
+        } else {
+            wide += static_cast<wchar_t>(code);
+        }
+    }
+    const VxString text(wide);
+
+    EXPECT_EQ(VxString(RoundTrip(text.Narrow())).Wide(), wide);
+}
+
+TEST(ConfigurationTextTest, KeepsRandomBytes)
+{
+    std::mt19937 random(5);
+    for (int i = 0; i < 500; ++i) {
+        std::string value;
+        const auto length = random() % 40;
+        for (unsigned j = 0; j < length; ++j)
+            value += static_cast<char>(random() % 256);
+        EXPECT_EQ(RoundTrip(value), value);
+    }
+}
+
+TEST(ConfigurationTextTest, IsOneLineOfPrintableAscii)
+{
+    const std::string text = WriteConfiguration(WithText("\xF0\x9F\x98\x80\n\r\t\x01\xFF\xEF\xBF\xBF"));
+
+    for (const char c : text)
+        EXPECT_TRUE(c >= ' ' && c < '\x7F') << static_cast<int>(c);
+}
+
+TEST(ConfigurationTextTest, AcceptsBlanksAround)
+{
+    EXPECT_TRUE(ReadConfiguration("\n " + WriteConfiguration({}) + "\r\n"));
+}
+
+TEST(ConfigurationTextTest, RefusesEveryTruncation)
+{
+    const std::string text = WriteConfiguration(WithText("\\ value"));
+
+    for (std::size_t length = 0; length < text.size(); ++length)
+        EXPECT_EQ(ReadConfiguration(text.substr(0, length)).Result().Code(), VxError::InvalidData) << length;
+}
+
+TEST(ConfigurationTextTest, RefusesWhatItDidNotWrite)
+{
+    const std::string open = "<VxConfiguration version=\"1\">";
+    const std::string close = "</VxConfiguration>";
+    for (const std::string& text : {std::string(),
+                                    std::string("garbage"),
+                                    std::string("<VxConfiguration/>"),
+                                    "x" + open + close,
+                                    open + close + "x",
+                                    open + close + open + close,
+                                    "<VxConfiguration version=\"2\">" + close,
+                                    "<VxConfiguration >" + close,
+                                    open + "<Text name=\"a\"/>" + close,
+                                    open + "<Text value=\"a\"/>" + close,
+                                    open + "<Text name=\"a\" value=\"\\\"/>" + close,
+                                    open + "<Text name=\"a\" value=\"\\x4\"/>" + close,
+                                    open + "<Text name=\"a\" value=\"\\u0041\"/>" + close,
+                                    open + "<Text name=\"a\" value=\"\\n\"/>" + close,
+                                    open + "<Other/>" + close,
+                                    open + "text" + close,
+                                    open + "<Device/>" + close,
+                                    open + "<Device name=\"\"><Thing name=\"\" value=\"\"/></Device>" + close,
+                                    open +
+                                        "<Device name=\"\"><Feature name=\"a\" value=\"\"><Feature "
+                                        "name=\"b\" value=\"\"/></Feature></Device>" +
+                                        close,
+                                    open + "<Device name=\"\">" + close})
+        EXPECT_EQ(ReadConfiguration(text).Result().Code(), VxError::InvalidData) << text;
+}
+
+TEST(ConfigurationTextTest, SaysAtWhichCharacterATextIsDamaged)
+{
+    const std::string open = "  <VxConfiguration version=\"1\">"; // 31 characters
+    const auto damaged = ReadConfiguration(open + "<Wrong/></VxConfiguration>");
+
+    ASSERT_FALSE(damaged);
+    EXPECT_EQ(damaged.Error().GetDescription().Narrow(),
+              "the configuration is damaged at character 33: \"Wrong\" is not known");
+}
+
+TEST(ConfigurationTextTest, SurvivesDeepNesting)
+{
+    std::string text = "<VxConfiguration version=\"1\"><Device name=\"\">";
+    for (int i = 0; i < 100000; ++i)
+        text += "<Select name=\"S\" value=\"1\">";
+    for (int i = 0; i < 100000; ++i)
+        text += "</Select>";
+
+    const auto read = ReadConfiguration(text + "</Device></VxConfiguration>");
+
+    ASSERT_TRUE(read);
+    ASSERT_EQ(read->devices.size(), 1u);
+    ASSERT_EQ(read->devices[0].steps.size(), 100000u);
+    EXPECT_EQ(read->devices[0].steps.back().level, 99999u);
+}
+
+TEST(ConfigurationTextTest, SurvivesRandomDamage)
+{
+    Configuration configuration = WithText("value \\ & <");
+    configuration.devices.push_back({"cam", {Select(0, "S", "A"), Feature(1, "G", "2")}});
+    const std::string text = WriteConfiguration(configuration);
+    std::mt19937 random(9);
+    for (int i = 0; i < 20000; ++i) {
+        std::string damaged = text;
+        for (unsigned j = 0; j <= random() % 3; ++j)
+            damaged[random() % damaged.size()] = static_cast<char>(random() % 256);
+        const auto read = ReadConfiguration(damaged);
+        EXPECT_TRUE(read || read.Error().Code() == VxError::InvalidData);
+    }
+}
+
+} // namespace
+} // namespace surface

@@ -1,0 +1,270 @@
+#include "VxCamera/surface/FeatureStore.h"
+
+#include "support/genapi/NodeMapFixture.h"
+
+#include <gmock/gmock.h>
+
+#include "VxCamera/surface/ListedCommand.h"
+#include "VxCamera/surface/ListedInteger.h"
+#include "VxCamera/surface/NodeParameterArray.h"
+#include "VxCamera/surface/ParameterList.h"
+
+namespace surface {
+namespace {
+
+using testing::HasSubstr;
+
+std::string Shown(const std::vector<ConfigurationStep>& steps)
+{
+    std::string text;
+    for (const ConfigurationStep& step : steps)
+        text += std::string(step.level, '.') + (step.kind == ConfigurationStep::Kind::Select ? "S " : "F ") +
+                step.name + "=" + step.value + "\n";
+    return text;
+}
+
+/// A camera with a window, two gains behind a selector, and things that are not stored.
+class FeatureStoreTest : public testing::Test {
+protected:
+    FeatureStoreTest() { Load(kCamera); }
+
+    void Load(std::string_view nodes)
+    {
+        auto map = genapi::NodeMap::Load(Describe(nodes), port);
+        if (!map)
+            throw std::runtime_error(map.Error().GetDescription().Narrow());
+        array = NodeParameterArray::Create(*std::move(map));
+    }
+
+    void Set(const char* name, const char* text)
+    {
+        const VxResult result = array->Get(VxString(name))->FromString(VxString(text));
+        ASSERT_TRUE(result.IsOK()) << result.GetDescription().Narrow();
+    }
+
+    [[nodiscard]] std::string Get(const char* name) const
+    {
+        VxString text("(none)");
+        std::ignore = array->Get(VxString(name))->ToString(text);
+        return text.Narrow();
+    }
+
+    static constexpr std::string_view kCamera =
+        "<Category "
+        "Name=\"Root\"><pFeature>OffsetX</pFeature><pFeature>Width</pFeature><pFeature>GainSelector</"
+        "pFeature>"
+        "<pFeature>Gain</pFeature><pFeature>Start</pFeature><pFeature>Serial</"
+        "pFeature><pFeature>Temperature</pFeature>"
+        "</Category>"
+        "<Integer "
+        "Name=\"OffsetX\"><Value>0</Value><Min>0</Min><pMax>OffsetMax</pMax><Streamable>Yes</Streamable></"
+        "Integer>"
+        "<IntSwissKnife Name=\"OffsetMax\"><pVariable "
+        "Name=\"W\">Width</pVariable><Formula>100-W</Formula></IntSwissKnife>"
+        "<Integer "
+        "Name=\"Width\"><Value>100</Value><Min>1</Min><pMax>WidthMax</pMax><Streamable>Yes</Streamable></"
+        "Integer>"
+        "<IntSwissKnife Name=\"WidthMax\"><pVariable "
+        "Name=\"X\">OffsetX</pVariable><Formula>100-X</Formula></IntSwissKnife>"
+        "<Enumeration Name=\"GainSelector\"><EnumEntry Name=\"Red\"><Value>0</Value></EnumEntry>"
+        "<EnumEntry Name=\"Gone\"><Value>5</Value><pIsAvailable>Zero</pIsAvailable></EnumEntry>"
+        "<EnumEntry "
+        "Name=\"Blue\"><Value>1</Value></EnumEntry><Value>1</Value><pSelected>Gain</pSelected></Enumeration>"
+        "<Integer Name=\"Gain\"><pIndex>GainSelector</pIndex><ValueIndexed Index=\"0\">10</ValueIndexed>"
+        "<ValueIndexed Index=\"1\">20</ValueIndexed><Streamable>Yes</Streamable></Integer>"
+        "<Command "
+        "Name=\"Start\"><pValue>Zero</pValue><CommandValue>0</CommandValue><Streamable>Yes</Streamable></"
+        "Command>"
+        "<Integer Name=\"Zero\"><Value>0</Value></Integer>"
+        "<Integer "
+        "Name=\"Serial\"><Value>7</Value><ImposedAccessMode>RO</ImposedAccessMode><Streamable>Yes</"
+        "Streamable>"
+        "</Integer><Integer Name=\"Temperature\"><Value>7</Value></Integer>";
+
+    FakeRegisterPort port;
+    std::unique_ptr<NodeParameterArray> array;
+};
+
+TEST_F(FeatureStoreTest, CollectsStreamableFeaturesForEachSelectorValue)
+{
+    EXPECT_EQ(Shown(CollectFeatures(*array)),
+              "F OffsetX=0\nF Width=100\n"
+              "S GainSelector=Red\n.F Gain=10\nS GainSelector=Blue\n.F Gain=20\n"
+              "S GainSelector=Blue\n");
+}
+
+TEST_F(FeatureStoreTest, LeavesSelectorsAsTheyWere)
+{
+    Set("GainSelector", "Red");
+
+    std::ignore = CollectFeatures(*array);
+
+    EXPECT_EQ(Get("GainSelector"), "Red");
+}
+
+TEST_F(FeatureStoreTest, RestoresWhatItCollected)
+{
+    Set("Width", "40");
+    Set("OffsetX", "60");
+    Set("GainSelector", "Red");
+    Set("Gain", "11");
+    const auto steps = CollectFeatures(*array);
+    Load(kCamera); // Width is 100 again: the offset has to wait for it
+
+    const VxResult result = RestoreFeatures(*array, steps);
+
+    EXPECT_TRUE(result.IsOK()) << result.GetDescription().Narrow();
+    EXPECT_EQ(Get("Width"), "40");
+    EXPECT_EQ(Get("OffsetX"), "60");
+    EXPECT_EQ(Get("GainSelector"), "Red");
+    EXPECT_EQ(Get("Gain"), "11");
+    Set("GainSelector", "Blue");
+    EXPECT_EQ(Get("Gain"), "20");
+}
+
+TEST_F(FeatureStoreTest, RestoresInTheOtherDirectionAsWell)
+{
+    const auto steps = CollectFeatures(*array); // Width 100, OffsetX 0
+    Set("Width", "40");
+    Set("OffsetX", "60"); // now the width has to wait for the offset
+
+    EXPECT_TRUE(RestoreFeatures(*array, steps).IsOK());
+
+    EXPECT_EQ(Get("Width"), "100");
+    EXPECT_EQ(Get("OffsetX"), "0");
+}
+
+TEST_F(FeatureStoreTest, WritesAgainWhatALaterFeatureChanged)
+{
+    // The camera sets the exposure to 1 whenever the mode is written.
+    Load("<Category Name=\"Root\"><pFeature>Exposure</pFeature><pFeature>Mode</pFeature></Category>"
+         "<Integer Name=\"Exposure\"><Value>1</Value><Streamable>Yes</Streamable></Integer>"
+         "<Integer "
+         "Name=\"Mode\"><Value>0</Value><pValueCopy>Exposure</pValueCopy><Streamable>Yes</Streamable></"
+         "Integer>");
+    Set("Mode", "1");
+    Set("Exposure", "500");
+    const auto steps = CollectFeatures(*array);
+    Set("Mode", "2");
+
+    EXPECT_TRUE(RestoreFeatures(*array, steps).IsOK());
+
+    EXPECT_EQ(Get("Exposure"), "500");
+    EXPECT_EQ(Get("Mode"), "1");
+}
+
+TEST_F(FeatureStoreTest, GoesOnPastFeaturesThatRefuse)
+{
+    const std::vector<ConfigurationStep> steps{{ConfigurationStep::Kind::Feature, 0, "Gone", "1"},
+                                               {ConfigurationStep::Kind::Feature, 0, "Width", "1000"},
+                                               {ConfigurationStep::Kind::Feature, 0, "Temperature", "9"}};
+
+    const VxResult result = RestoreFeatures(*array, steps);
+
+    EXPECT_EQ(result.Code(), VxError::NotFound);
+    EXPECT_EQ(result.GetDescription().Narrow(),
+              "2 of 3 features could not be restored: Gone: there is no feature of this name; "
+              "Width: 1000 is out of range; it must be from 1 to 100");
+    EXPECT_EQ(Get("Temperature"), "9");
+}
+
+TEST_F(FeatureStoreTest, DoesNotWriteSelectedFeaturesUnderTheWrongSelector)
+{
+    const std::vector<ConfigurationStep> steps{{ConfigurationStep::Kind::Select, 0, "GainSelector", "Gone"},
+                                               {ConfigurationStep::Kind::Feature, 1, "Gain", "99"},
+                                               {ConfigurationStep::Kind::Select, 0, "GainSelector", "Red"},
+                                               {ConfigurationStep::Kind::Feature, 1, "Gain", "12"},
+                                               {ConfigurationStep::Kind::Feature, 0, "Width", "50"}};
+
+    const VxResult result = RestoreFeatures(*array, steps);
+
+    EXPECT_EQ(result.Code(), VxError::NotAvailable);
+    EXPECT_THAT(result.GetDescription().Narrow(),
+                HasSubstr("Gain: it was not written because \"GainSelector\" could not be set to \"Gone\""));
+    EXPECT_EQ(Get("Gain"), "12");
+    EXPECT_EQ(Get("Width"), "50");
+    Set("GainSelector", "Blue");
+    EXPECT_EQ(Get("Gain"), "20");
+}
+
+TEST_F(FeatureStoreTest, WalksSelectorsOfSelectors)
+{
+    Load("<Category "
+         "Name=\"Root\"><pFeature>Outer</pFeature><pFeature>Inner</pFeature><pFeature>V</pFeature></Category>"
+         "<Integer "
+         "Name=\"Outer\"><Value>1</Value><Min>0</Min><Max>1</Max><pSelected>Inner</pSelected></Integer>"
+         "<Boolean Name=\"Inner\"><Value>true</Value><pSelected>V</pSelected></Boolean>"
+         "<Integer Name=\"V\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
+
+    EXPECT_EQ(Shown(CollectFeatures(*array)),
+              "S Outer=0\n.S Inner=false\n..F V=5\n.S Inner=true\n..F V=5\n"
+              "S Outer=1\n.S Inner=false\n..F V=5\n.S Inner=true\n..F V=5\nS Outer=1\nS Inner=true\n");
+}
+
+TEST_F(FeatureStoreTest, DoesNotWalkIndicesOfTables)
+{
+    Load("<Category Name=\"Root\"><pFeature>Value</pFeature></Category>"
+         "<Integer "
+         "Name=\"Index\"><Value>7</Value><Min>0</Min><Max>4095</Max><pSelected>Value</pSelected></Integer>"
+         "<Integer Name=\"Value\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
+
+    EXPECT_EQ(Shown(CollectFeatures(*array)), "F Value=5\nS Index=7\n");
+}
+
+TEST_F(FeatureStoreTest, EndsSelectorsThatSelectEachOther)
+{
+    Load("<Category Name=\"Root\"><pFeature>A</pFeature><pFeature>B</pFeature></Category>"
+         "<Boolean Name=\"A\"><Value>true</Value><pSelected>B</pSelected><pSelected>A</pSelected>"
+         "<Streamable>Yes</Streamable></Boolean>"
+         "<Boolean "
+         "Name=\"B\"><Value>true</Value><pSelected>A</pSelected><Streamable>Yes</Streamable></Boolean>");
+
+    const auto steps = CollectFeatures(*array);
+
+    EXPECT_LT(steps.size(), 20u);
+    EXPECT_TRUE(RestoreFeatures(*array, steps).IsOK());
+    EXPECT_EQ(Get("A"), "true");
+    EXPECT_EQ(Get("B"), "true");
+}
+
+TEST_F(FeatureStoreTest, BoundsWhatSelectorsMultiply)
+{
+    std::string nodes = "<Category Name=\"Root\"><pFeature>V</pFeature></Category>";
+    for (int i = 0; i < 4; ++i)
+        nodes += "<Integer Name=\"S" + std::to_string(i) +
+                 "\"><Value>0</Value><Min>0</Min><Max>255</Max>"
+                 "<pSelected>V</pSelected></Integer>";
+    Load(nodes + "<Integer Name=\"V\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
+
+    EXPECT_LE(CollectFeatures(*array).size(), 20100u);
+}
+
+TEST_F(FeatureStoreTest, HasNothingToDoWithoutAMap)
+{
+    const auto none = NodeParameterArray::Create(nullptr);
+
+    EXPECT_TRUE(CollectFeatures(*none).empty());
+    EXPECT_TRUE(RestoreFeatures(*none, {}).IsOK());
+}
+
+TEST(FeatureStoreOfListTest, StoresWhatCanBeWritten)
+{
+    std::int64_t retries = 3;
+    ParameterList list;
+    list.Add<ListedInteger>(
+        ParameterFacts{"Retries", "Link"},
+        ListedInteger::Access{[&] { return retries; }, [&](std::int64_t v) { retries = v; }, 0, 20});
+    list.Add<ListedInteger>(ParameterFacts{"Errors", "Link"},
+                            ListedInteger::Access{[]() -> std::int64_t { return 7; }, {}});
+    list.Add<ListedCommand>(ParameterFacts{"Reset", "Link"}, [] {});
+
+    const auto steps = CollectFeatures(list);
+    retries = 9;
+
+    EXPECT_EQ(Shown(steps), "F Retries=3\n");
+    EXPECT_TRUE(RestoreFeatures(list, steps).IsOK());
+    EXPECT_EQ(retries, 3);
+}
+
+} // namespace
+} // namespace surface

@@ -1,0 +1,80 @@
+"""The table of ./bench, made of result files."""
+
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import vx_unittest
+
+SCRIPT = pathlib.Path(__file__).resolve().parents[3] / "scripts" / "bench-table.py"
+
+
+def median(name, value, unit="us"):
+    return {"name": f"{name}_median", "run_name": name, "aggregate_name": "median", "real_time": value,
+            "time_unit": unit}
+
+
+def mean(name, value):
+    return {**median(name, value), "name": f"{name}_mean", "aggregate_name": "mean"}
+
+
+def table_of(files):
+    """@return  exit code, rows of the table as lists of cells, error output"""
+    with tempfile.TemporaryDirectory() as folder:
+        for name, (context, runs) in files.items():
+            text = json.dumps({"context": context, "benchmarks": runs})
+            (pathlib.Path(folder) / name).write_text(text, encoding="utf-8")
+        done = subprocess.run([sys.executable, SCRIPT, folder], capture_output=True, text=True, check=False)
+        rows = [[cell.strip() for cell in line.split("  ") if cell.strip()] for line in done.stdout.splitlines()]
+        return done.returncode, rows, done.stderr
+
+
+class BenchTableTest(unittest.TestCase):
+    def test_compares_ours_with_the_better_of_the_others(self):
+        code, rows, _ = table_of({"native-A.json": ({"peer of Copy": "memcpy/6"}, [
+            median("Copy/ours/real_time", 150), median("Copy/OpenCV/real_time", 300),
+            median("memcpy/6/real_time", 100), median("memcpy/8/real_time", 1)])})
+
+        self.assertEqual(code, 0)
+        self.assertIn(["Copy", "native", "150.000 us", "100.000 us", "300.000 us", "1.50"], rows)
+
+    def test_shows_both_systems_beside_each_other(self):
+        _, rows, _ = table_of({"native-A.json": ({}, [median("Start", 2, "ms")]),
+                               "wine-A.json": ({}, [median("Start", 3, "s")])})
+
+        self.assertIn(["Start", "2.000 ms", "3.000 s"], rows)
+
+    def test_leaves_a_gap_where_nothing_was_measured(self):
+        _, rows, _ = table_of({"wine-A.json": ({}, [median("Start", 5, "ns")])})
+
+        self.assertIn(["Start", "-", "5.0 ns"], rows)
+
+    def test_takes_medians_only(self):
+        _, rows, _ = table_of({"native-A.json": ({}, [mean("Start", 7), median("Start", 5)])})
+
+        self.assertIn(["Start", "5.000 us", "-"], rows)
+
+    def test_names_the_machine(self):
+        _, rows, _ = table_of({"native-A.json": ({}, [median("Start", 5)])})
+
+        self.assertRegex(rows[0][0] + " " + " ".join(rows[0][1:]), r"^machine: .+, \d+ cores$")
+
+    def test_ends_with_an_error_when_a_benchmark_failed(self):
+        code, _, errors = table_of({"native-A.json": ({}, [
+            {"name": "Start", "run_name": "Start", "error_occurred": True, "error_message": "no camera"},
+            median("Copy", 5)])})
+
+        self.assertEqual((code, errors), (1, "error: Start (native): no camera\n"))
+
+    def test_ends_with_an_error_when_nothing_was_measured(self):
+        code, _, errors = table_of({})
+
+        self.assertEqual(code, 1)
+        self.assertIn("nothing was measured", errors)
+
+
+if __name__ == "__main__":
+    vx_unittest.main()
