@@ -83,10 +83,13 @@ function(vx_test name)
 endfunction()
 
 # vx_benchmark(NAME SOURCES ... LINK ...): a Google Benchmark program in bench/ of the build folder.
+# The target "benchmarks" builds them all.
+add_custom_target(benchmarks)
 function(vx_benchmark name)
   cmake_parse_arguments(arg "" "" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/Tests")
   target_link_libraries(${name} PRIVATE vx_options ${arg_LINK} benchmark::benchmark)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bench")
+  add_dependencies(benchmarks ${name})
 endfunction()
