@@ -4,12 +4,12 @@ namespace surface {
 
 VxResult NodeBoolean::GetValue(bool& value) const
 {
-    return Store(Map().GetBoolean(Node()), value);
+    return Store([&] { return Map().GetBoolean(Node()); }, value);
 }
 
 VxResult NodeBoolean::SetValue(bool value)
 {
-    return Map().SetBoolean(Node(), value);
+    return NoThrow([&] { return Map().SetBoolean(Node(), value); });
 }
 
 } // namespace surface

@@ -4,12 +4,12 @@ namespace surface {
 
 VxResult NodeCommand::Execute()
 {
-    return Map().Execute(Node());
+    return NoThrow([&] { return Map().Execute(Node()); });
 }
 
 VxResult NodeCommand::IsDone(bool& isDone) const
 {
-    return Store(Map().IsDone(Node()), isDone);
+    return Store([&] { return Map().IsDone(Node()); }, isDone);
 }
 
 } // namespace surface

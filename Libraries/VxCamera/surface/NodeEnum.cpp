@@ -31,12 +31,12 @@ VxResult NodeEnum::GetEntryByIndex(std::int64_t index, const VxGenEnumEntry** en
 
 VxResult NodeEnum::GetValue(VxString& name) const
 {
-    return Store(Map().ToText(Node()), name);
+    return Store([&] { return Map().ToText(Node()); }, name);
 }
 
 VxResult NodeEnum::SetValue(const VxString& name)
 {
-    return Map().SetEntry(Node(), name.Narrow());
+    return NoThrow([&] { return Map().SetEntry(Node(), name.Narrow()); });
 }
 
 } // namespace surface

@@ -4,28 +4,30 @@ namespace surface {
 
 VxResult NodeFloat::GetValue(double& value) const
 {
-    return Store(Map().GetFloat(Node()), value);
+    return Store([&] { return Map().GetFloat(Node()); }, value);
 }
 
 VxResult NodeFloat::SetValue(double value)
 {
-    return Map().SetFloat(Node(), value);
+    return NoThrow([&] { return Map().SetFloat(Node(), value); });
 }
 
 VxResult NodeFloat::GetMin(double& minimum) const
 {
-    const auto limits = Map().GetFloatLimits(Node());
-    if (limits)
-        minimum = limits->minimum;
-    return limits.Result();
+    genapi::FloatLimits limits;
+    const VxResult result = Store([&] { return Map().GetFloatLimits(Node()); }, limits);
+    if (result.IsOK())
+        minimum = limits.minimum;
+    return result;
 }
 
 VxResult NodeFloat::GetMax(double& maximum) const
 {
-    const auto limits = Map().GetFloatLimits(Node());
-    if (limits)
-        maximum = limits->maximum;
-    return limits.Result();
+    genapi::FloatLimits limits;
+    const VxResult result = Store([&] { return Map().GetFloatLimits(Node()); }, limits);
+    if (result.IsOK())
+        maximum = limits.maximum;
+    return result;
 }
 
 } // namespace surface

@@ -4,36 +4,39 @@ namespace surface {
 
 VxResult NodeInteger::GetValue(std::int64_t& value) const
 {
-    return Store(Map().GetInteger(Node()), value);
+    return Store([&] { return Map().GetInteger(Node()); }, value);
 }
 
 VxResult NodeInteger::SetValue(std::int64_t value)
 {
-    return Map().SetInteger(Node(), value);
+    return NoThrow([&] { return Map().SetInteger(Node(), value); });
 }
 
 VxResult NodeInteger::GetMin(std::int64_t& minimum) const
 {
-    const auto limits = Map().GetIntegerLimits(Node());
-    if (limits)
-        minimum = limits->minimum;
-    return limits.Result();
+    genapi::IntegerLimits limits;
+    const VxResult result = Store([&] { return Map().GetIntegerLimits(Node()); }, limits);
+    if (result.IsOK())
+        minimum = limits.minimum;
+    return result;
 }
 
 VxResult NodeInteger::GetMax(std::int64_t& maximum) const
 {
-    const auto limits = Map().GetIntegerLimits(Node());
-    if (limits)
-        maximum = limits->maximum;
-    return limits.Result();
+    genapi::IntegerLimits limits;
+    const VxResult result = Store([&] { return Map().GetIntegerLimits(Node()); }, limits);
+    if (result.IsOK())
+        maximum = limits.maximum;
+    return result;
 }
 
 VxResult NodeInteger::GetIncrement(std::int64_t& increment) const
 {
-    const auto limits = Map().GetIntegerLimits(Node());
-    if (limits)
-        increment = limits->increment;
-    return limits.Result();
+    genapi::IntegerLimits limits;
+    const VxResult result = Store([&] { return Map().GetIntegerLimits(Node()); }, limits);
+    if (result.IsOK())
+        increment = limits.increment;
+    return result;
 }
 
 } // namespace surface

@@ -1,7 +1,11 @@
 #pragma once
 
 #include "VxCamera/genapi/map/NodeMap.h"
+#include "VxCamera/surface/NoThrow.h"
 #include "VxDSSource/camera/VxGenParameter.h"
+
+#include <tuple>
+#include <utility>
 
 namespace surface {
 
@@ -33,28 +37,50 @@ public:
         return VxResult::Ok();
     }
 
-    [[nodiscard]] bool IsAvailable() const override { return genapi::IsAvailable(m_map.Access(m_node)); }
-    [[nodiscard]] bool IsReadable() const override { return genapi::IsReadable(m_map.Access(m_node)); }
-    [[nodiscard]] bool IsWritable() const override { return genapi::IsWritable(m_map.Access(m_node)); }
+    [[nodiscard]] bool IsAvailable() const override { return genapi::IsAvailable(Access()); }
+    [[nodiscard]] bool IsReadable() const override { return genapi::IsReadable(Access()); }
+    [[nodiscard]] bool IsWritable() const override { return genapi::IsWritable(Access()); }
 
-    VxResult ToString(VxString& text) const override { return Store(m_map.ToText(m_node), text); }
-    VxResult FromString(const VxString& text) override { return m_map.FromText(m_node, text.Narrow()); }
+    VxResult ToString(VxString& text) const override
+    {
+        return Store([&] { return m_map.ToText(m_node); }, text);
+    }
+
+    VxResult FromString(const VxString& text) override
+    {
+        return NoThrow([&] { return m_map.FromText(m_node, text.Narrow()); });
+    }
 
 protected:
     [[nodiscard]] genapi::NodeMap& Map() const { return m_map; }
     [[nodiscard]] genapi::NodeId Node() const { return m_node; }
 
-    /// Gives the value out, or says why there is none.
-    template <typename From, typename To>
-    [[nodiscard]] static VxResult Store(VxExpected<From> value, To& target)
+    /// Gives a value out, or says why there is none.
+    /// @param read  a function that returns the VxExpected value
+    template <typename Read, typename To>
+    [[nodiscard]] static VxResult Store(Read read, To& target)
     {
-        if (!value)
-            return value.Error();
-        target = To(*std::move(value));
-        return VxResult::Ok();
+        return NoThrow([&]() -> VxResult {
+            auto value = read();
+            if (!value)
+                return value.Error();
+            target = To(*std::move(value));
+            return VxResult::Ok();
+        });
     }
 
 private:
+    /// A node whose access cannot be told for want of memory counts as not available.
+    [[nodiscard]] genapi::AccessMode Access() const
+    {
+        auto mode = genapi::AccessMode::NotAvailable;
+        std::ignore = NoThrow([&] {
+            mode = m_map.Access(m_node);
+            return VxResult::Ok();
+        });
+        return mode;
+    }
+
     [[nodiscard]] static VxGenType TypeOf(genapi::ValueType type)
     {
         switch (type) {

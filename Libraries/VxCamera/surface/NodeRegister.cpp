@@ -4,12 +4,12 @@ namespace surface {
 
 VxResult NodeRegister::GetValue(std::vector<std::byte>& bytes) const
 {
-    return Store(Map().GetBytes(Node()), bytes);
+    return Store([&] { return Map().GetBytes(Node()); }, bytes);
 }
 
 VxResult NodeRegister::SetValue(std::span<const std::byte> bytes)
 {
-    return Map().SetBytes(Node(), bytes);
+    return NoThrow([&] { return Map().SetBytes(Node(), bytes); });
 }
 
 } // namespace surface

@@ -4,12 +4,12 @@ namespace surface {
 
 VxResult NodeString::GetValue(VxString& value) const
 {
-    return Store(Map().GetString(Node()), value);
+    return Store([&] { return Map().GetString(Node()); }, value);
 }
 
 VxResult NodeString::SetValue(const VxString& value)
 {
-    return Map().SetString(Node(), value.Narrow());
+    return NoThrow([&] { return Map().SetString(Node(), value.Narrow()); });
 }
 
 } // namespace surface

@@ -5,6 +5,7 @@
 
 #include "VxCamera/surface/ConfigurationText.h"
 #include "VxCamera/surface/FeatureStore.h"
+#include "VxCamera/surface/NoThrow.h"
 #include "VxDSSource/camera/VxDevice.h"
 #include "VxDSSource/camera/VxStream.h"
 
@@ -30,11 +31,13 @@ VxConfigurationReader::~VxConfigurationReader() = default;
 VxResult VxConfigurationReader::LoadFromString(const VxString& text)
 {
     m_impl->configuration = {};
-    auto configuration = surface::ReadConfiguration(text.Narrow());
-    if (!configuration)
-        return configuration.Error();
-    m_impl->configuration = *std::move(configuration);
-    return VxResult::Ok();
+    return NoThrow([&]() -> VxResult {
+        auto configuration = surface::ReadConfiguration(text.Narrow());
+        if (!configuration)
+            return configuration.Error();
+        m_impl->configuration = *std::move(configuration);
+        return VxResult::Ok();
+    });
 }
 
 std::size_t VxConfigurationReader::GetDeviceCount() const
@@ -56,7 +59,7 @@ VxResult VxConfigurationReader::Restore(std::size_t index, VxDevice* device) con
         return VxResult(VxError::InvalidParameter, "there is no device to restore into");
     if (!device->IsConnected())
         return VxResult(VxError::NotConnected, "the device cannot be restored: it is not connected");
-    return surface::RestoreFeatures(*device->GetParameters(), devices[index].steps);
+    return NoThrow([&] { return surface::RestoreFeatures(*device->GetParameters(), devices[index].steps); });
 }
 
 VxResult VxConfigurationReader::Restore(std::size_t index, VxStream* stream) const
@@ -68,7 +71,7 @@ VxResult VxConfigurationReader::Restore(std::size_t index, VxStream* stream) con
         return VxResult(VxError::InvalidParameter, "there is no stream to restore into");
     if (!stream->IsOpen())
         return VxResult(VxError::NotOpen, "the stream cannot be restored: it is not open");
-    return surface::RestoreFeatures(*stream->GetParameters(), streams[index].steps);
+    return NoThrow([&] { return surface::RestoreFeatures(*stream->GetParameters(), streams[index].steps); });
 }
 
 VxResult VxConfigurationReader::Restore(const VxString& name, VxString& value) const

@@ -4,6 +4,7 @@
 
 #include "VxCamera/surface/ConfigurationText.h"
 #include "VxCamera/surface/FeatureStore.h"
+#include "VxCamera/surface/NoThrow.h"
 #include "VxDSSource/camera/VxDevice.h"
 #include "VxDSSource/camera/VxStream.h"
 
@@ -40,18 +41,22 @@ VxResult VxConfigurationWriter::Store(VxStream* stream, const VxString& name)
 
 VxResult VxConfigurationWriter::Store(const VxString& value, const VxString& name)
 {
-    auto& texts = m_impl->configuration.texts;
-    const auto isSame = [&](const surface::StoredText& text) { return text.name == name.Narrow(); };
-    const auto found = std::find_if(texts.begin(), texts.end(), isSame);
-    if (found != texts.end())
-        found->value = value.Narrow();
-    else
-        texts.push_back({name.Narrow(), value.Narrow()});
-    return VxResult::Ok();
+    return NoThrow([&] {
+        auto& texts = m_impl->configuration.texts;
+        const auto isSame = [&](const surface::StoredText& text) { return text.name == name.Narrow(); };
+        const auto found = std::find_if(texts.begin(), texts.end(), isSame);
+        if (found != texts.end())
+            found->value = value.Narrow();
+        else
+            texts.push_back({name.Narrow(), value.Narrow()});
+        return VxResult::Ok();
+    });
 }
 
 VxResult VxConfigurationWriter::SaveToString(VxString& text) const
 {
-    text = VxString(surface::WriteConfiguration(m_impl->configuration));
-    return VxResult::Ok();
+    return NoThrow([&] {
+        text = VxString(surface::WriteConfiguration(m_impl->configuration));
+        return VxResult::Ok();
+    });
 }
