@@ -26,12 +26,21 @@ constexpr auto kLongestWait = 30s;
 VxResult ControlPrivilege::Take()
 {
     auto taken = m_client.WriteRegister(bootstrap::kControlChannelPrivilege, bootstrap::kPrivilegeControl);
+    if (taken.Code() == VxError::Timeout && IsHeldByOther())
+        taken = VxResult(VxError::AccessDenied, taken.GetDescription());
     if (taken.Code() != VxError::AccessDenied)
         return taken;
     const auto owner = Owner();
     if (owner && IsOwnPredecessor(*owner))
         taken = RetryUntilHeartbeatEnds(taken);
     return taken.Code() == VxError::AccessDenied ? Refused(taken, owner) : taken;
+}
+
+/// Some cameras do not answer at all when another application than the controlling one writes.
+bool ControlPrivilege::IsHeldByOther()
+{
+    const auto privilege = m_client.ReadRegister(bootstrap::kControlChannelPrivilege);
+    return (privilege.ValueOr(0) & bootstrap::kPrivilegeAnyControl) != 0;
 }
 
 VxResult ControlPrivilege::Release()

@@ -44,11 +44,12 @@ public:
     [[nodiscard]] std::optional<ControlOwner> Owner();
 
 private:
+    [[nodiscard]] bool IsHeldByOther();
     [[nodiscard]] bool IsOwnPredecessor(const ControlOwner& owner);
     VxResult RetryUntilHeartbeatEnds(VxResult refusal);
     VxResult Refused(const VxResult& refusal, const std::optional<ControlOwner>& owner) const;
 
-    CommandClient& m_client;
+    CommandClient& m_client; // all three borrowed: outlive this
     transport::ISocketFactory& m_sockets;
     const IVxClock& m_clock;
 };

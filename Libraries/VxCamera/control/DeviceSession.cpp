@@ -16,8 +16,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Chosen: while heartbeats are switched off, how soon switching them on again takes effect.
-constexpr auto kIdleInterval = 500ms;
+// Chosen: while heartbeats are switched off nothing is due; switching them on is told.
+constexpr auto kIdleInterval = 1h;
 
 // Fixed by the protocol: what READREG and WRITEREG carry.
 constexpr std::size_t kRegisterBytes = 4;
@@ -133,9 +133,19 @@ VxResult DeviceSession::Write(std::uint64_t address, std::span<const std::byte> 
     auto written = IsRegister(address, bytes.size())
                        ? m_client.WriteRegister(start, VxLoadBe<std::uint32_t>(bytes.first<kRegisterBytes>()))
                        : m_client.WriteMemory(start, bytes);
-    if (start <= bootstrap::kHeartbeatTimeout && bootstrap::kHeartbeatTimeout - start < bytes.size())
+    if (start <= bootstrap::kHeartbeatTimeout && bootstrap::kHeartbeatTimeout - start < bytes.size()) {
         std::ignore = ReadHeartbeatTimeout(); // the camera may have taken another value than was written
+        if (m_onTimingChanged)
+            m_onTimingChanged();
+    }
     return written;
+}
+
+void DeviceSession::SetHeartbeat(bool isOn)
+{
+    m_isHeartbeatOn = isOn;
+    if (m_onTimingChanged)
+        m_onTimingChanged();
 }
 
 std::optional<IVxClock::Time> DeviceSession::Beat()

@@ -11,8 +11,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace control {
 
@@ -66,7 +68,15 @@ public:
     [[nodiscard]] std::chrono::milliseconds HeartbeatTimeout() const { return m_heartbeatTimeout.load(); }
 
     /// @param isOn  false: no heartbeats; the camera may then take control away
-    void SetHeartbeat(bool isOn) { m_isHeartbeatOn = isOn; }
+    void SetHeartbeat(bool isOn);
+
+    /// @param onTimingChanged  called, from any thread, when Beat must be called earlier than it said. Set
+    /// before
+    ///                         others use the session.
+    void SetTimingListener(std::function<void()> onTimingChanged)
+    {
+        m_onTimingChanged = std::move(onTimingChanged);
+    }
     [[nodiscard]] bool IsHeartbeatOn() const { return m_isHeartbeatOn; }
 
 private:
@@ -83,6 +93,7 @@ private:
     std::optional<ControlOwner> m_ownIdentity; // how the camera sees us; set by Connect
     std::atomic<std::chrono::milliseconds> m_heartbeatTimeout{};
     std::atomic<bool> m_isHeartbeatOn = true;
+    std::function<void()> m_onTimingChanged;        // may be empty
     std::optional<HeartbeatMonitor> m_monitor;      // heartbeat thread only
     std::chrono::milliseconds m_monitoredTimeout{}; // with which m_monitor was made
 };

@@ -7,6 +7,11 @@
 
 namespace control {
 
+HeartbeatThread::HeartbeatThread(DeviceSession& session) : m_session(session)
+{
+    m_session.SetTimingListener([this] { LookAgain(); });
+}
+
 HeartbeatThread::~HeartbeatThread()
 {
     Stop();
@@ -28,17 +33,28 @@ void HeartbeatThread::Stop()
         const VxLock lock(m_mutex);
         m_isStopping = true;
     }
-    m_stopChanged.notify_all();
+    m_changed.notify_all();
     if (m_thread.joinable())
         m_thread.join();
+}
+
+void HeartbeatThread::LookAgain()
+{
+    {
+        const VxLock lock(m_mutex);
+        m_isTimingNew = true;
+    }
+    m_changed.notify_all();
 }
 
 void HeartbeatThread::Run()
 {
     while (const auto next = m_session.Beat()) {
         std::unique_lock lock(m_mutex);
-        if (m_stopChanged.wait_until(lock, *next, [this] { return m_isStopping; }))
+        m_changed.wait_until(lock, *next, [this] { return m_isStopping || m_isTimingNew; });
+        if (m_isStopping)
             return;
+        m_isTimingNew = false;
     }
 }
 

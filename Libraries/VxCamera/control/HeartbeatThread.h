@@ -13,11 +13,12 @@ class DeviceSession;
 /// Keeps a session alive, also while the application is busy with other things.
 ///
 /// Owner:  the device. Borrows the session, which outlives it.
-/// Thread: Start and Stop from one thread; runs one of its own, which waits for the next heartbeat or for
-/// Stop.
+/// Thread: Start and Stop from one thread; runs one of its own, which waits for the next heartbeat, for
+/// another timing or for Stop.
 class HeartbeatThread {
 public:
-    explicit HeartbeatThread(DeviceSession& session) : m_session(session) {}
+    /// Listens to the session's timing from now on.
+    explicit HeartbeatThread(DeviceSession& session);
     ~HeartbeatThread();
     HeartbeatThread(const HeartbeatThread&) = delete;
     HeartbeatThread& operator=(const HeartbeatThread&) = delete;
@@ -30,12 +31,14 @@ public:
 
 private:
     void Run();
+    void LookAgain();
 
     DeviceSession& m_session;
     std::thread m_thread;
     VxMutex m_mutex;
-    std::condition_variable_any m_stopChanged;
+    std::condition_variable_any m_changed;
     bool m_isStopping VX_GUARDED_BY(m_mutex) = false;
+    bool m_isTimingNew VX_GUARDED_BY(m_mutex) = false;
 };
 
 } // namespace control

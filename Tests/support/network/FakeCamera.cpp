@@ -75,6 +75,9 @@ void FakeCamera::Answer(FakeUdpSocket& socket, const gvcp::CommandPacket& packet
                       delay);
         return;
     }
+    const bool isWrite = packet.header.command == gvcp::Command::WriteReg;
+    if (isIgnoringWritesOfOthers && isWrite && controller && controller != socket.LocalEndpoint())
+        return;
     const gvcp::Datagram answer = Execute(packet, socket.LocalEndpoint());
     if (controller == socket.LocalEndpoint())
         lastCommandOfController = m_clock.Now();

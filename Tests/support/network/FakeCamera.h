@@ -46,12 +46,13 @@ public:
     std::vector<std::byte> memory; ///< registers live in it, too
     std::vector<Seen> seen;
 
-    std::chrono::microseconds delay{100}; ///< until an answer arrives
-    bool isGone = false;                  ///< hears nothing
-    int dropCommands = 0;                 ///< of the next ones, as if lost on the way
-    int dropAnswers = 0;                  ///< of the next ones: done, but the answer is lost
-    int busy = 0;                         ///< of the next ones are refused with that status
-    std::vector<std::uint16_t> pendingMs; ///< announced before the next answer, which comes after them
+    std::chrono::microseconds delay{100};  ///< until an answer arrives
+    bool isGone = false;                   ///< hears nothing
+    bool isIgnoringWritesOfOthers = false; ///< no answer instead of a refusal
+    int dropCommands = 0;                  ///< of the next ones, as if lost on the way
+    int dropAnswers = 0;                   ///< of the next ones: done, but the answer is lost
+    int busy = 0;                          ///< of the next ones are refused with that status
+    std::vector<std::uint16_t> pendingMs;  ///< announced before the next answer, which comes after them
     std::map<std::uint32_t, gvcp::Status> refused; ///< by address
     std::optional<transport::Ipv4Endpoint> controller;
     IVxClock::Time lastCommandOfController;
