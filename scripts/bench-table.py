@@ -74,9 +74,10 @@ def machine():
 
 def comparison_rows(systems):
     """One row for each work and system: ours, a plain copy, OpenCV, ours as a multiple of the better one."""
-    works = dict.fromkeys(name.removesuffix("/ours") for results in systems.values() for name in results.medians
-                          if name.endswith("/ours"))
-    for work in works:
+    works = {name.removesuffix("/ours") for results in systems.values() for name in results.medians
+             if name.endswith("/ours")}
+    # The programs measure in an order made by chance.
+    for work in sorted(works):
         for system, results in systems.items():
             seconds = results.compared(work)
             if "ours" not in seconds:
@@ -90,9 +91,9 @@ def single_rows(systems):
     """What is compared with nothing: time natively and under Wine."""
     works = {name.removesuffix("/ours") for results in systems.values() for name in results.medians
              if name.endswith("/ours")}
-    names = dict.fromkeys(name for results in systems.values() for name in results.medians
-                          if name.split("/", 1)[0] not in works and name.split("/", 1)[0] not in PEERS)
-    for name in names:
+    names = {name for results in systems.values() for name in results.medians
+             if name.split("/", 1)[0] not in works and name.split("/", 1)[0] not in PEERS}
+    for name in sorted(names):
         yield (name, *(text_of(results.medians.get(name)) for results in systems.values()))
 
 
