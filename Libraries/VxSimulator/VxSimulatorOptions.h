@@ -18,7 +18,7 @@ struct VxSimulatorFaults {
     double reorderShare = 0;   ///< stream packets that change places with the next one
     double delayShare = 0;     ///< stream packets that come 20 packets later
     /// After so many frames the camera is as if switched off: no packet, no answer. None: never.
-    std::optional<std::uint64_t> vanishAfterFrames;
+    std::optional<std::uint64_t> vanishAfterFrames{};
 };
 
 /// How the simulated camera is set up when it starts.
@@ -28,8 +28,8 @@ struct VxSimulatorOptions {
 
     std::string manufacturerName = "Vexa";
     std::string modelName = "SimulatedCamera";
-    std::string serialNumber;    ///< empty: made from the MAC
-    std::string userDefinedName; ///< may be empty
+    std::string serialNumber{};    ///< empty: made from the MAC
+    std::string userDefinedName{}; ///< may be empty
     std::optional<std::array<std::uint8_t, 6>>
         mac; ///< none: a locally administered one made from the address
 
@@ -42,5 +42,5 @@ struct VxSimulatorOptions {
         frameLimit;         ///< after so many frames the camera sends no more; none: without end
     bool hasSources = true; ///< whether the feature list has SourceSelector
 
-    VxSimulatorFaults faults;
+    VxSimulatorFaults faults{};
 };

@@ -1,5 +1,7 @@
 #include "VxSimulator/device/CameraDescription.h"
 
+#include "VxCamera/wire/gvcp/Command.h"
+
 namespace simulator {
 
 namespace {
@@ -22,6 +24,8 @@ std::string CameraDescription(SourceFeatures sources)
             text.erase(begin, kSectionBegin.size());
         }
     }
+    // Applications read whole words, and not all of them cut off what they did not ask for.
+    text.resize((text.size() + gvcp::kAlignment - 1) / gvcp::kAlignment * gvcp::kAlignment, '\n');
     return text;
 }
 

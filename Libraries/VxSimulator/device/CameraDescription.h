@@ -8,7 +8,7 @@ namespace simulator {
 /// Whether the camera lets an application choose among sources; many do not.
 enum class SourceFeatures { Present, Absent };
 
-/// @return  the camera's feature description as it stands in device memory
+/// @return  the camera's feature description as it stands in device memory; a multiple of 4 bytes long
 [[nodiscard]] std::string CameraDescription(SourceFeatures sources);
 
 /// The text of description/camera.xml, with the marks of its optional sections.

@@ -96,13 +96,14 @@ bool StreamSender::SendFrame(const FrameOrder& order)
     for (std::uint32_t packetId = 0; packetId < block->PacketCount(); ++packetId) {
         if (m_isCancelled)
             return false;
+        const std::uint64_t droppedBefore = m_path.Dropped();
         m_path.Pass(block->WritePacket(packetId, Sending::First, m_packet), output);
+        m_packetsDropped += m_path.Dropped() - droppedBefore;
         due += packetTime;
         if (due - std::chrono::steady_clock::now() >= kShortestWait)
             std::this_thread::sleep_until(due); // ends by itself, after 0.1 s at the latest
     }
     m_path.Flush(output);
-    m_packetsDropped = m_path.Dropped();
     return true;
 }
 
@@ -121,8 +122,10 @@ void StreamSender::Resend(const gvcp::PacketResendCommand& command,
     }
     const std::uint32_t last = std::min(command.lastPacketId, block->PacketCount() - 1);
     for (std::uint32_t packetId = command.firstPacketId; packetId <= last && !m_isCancelled; ++packetId) {
-        if (m_resendPath.LosesOne())
+        if (m_resendPath.LosesOne()) {
+            ++m_packetsDropped;
             continue;
+        }
         Send(block->WritePacket(packetId, Sending::Again, m_resendPacket), destination);
         ++m_packetsResent;
     }
