@@ -32,6 +32,15 @@ struct FrameTarget {
     /// Whether the converter cannot write straight into the sample.
     [[nodiscard]] bool NeedsProcessing() const { return kernelSize > 0 || NeedsResize(); }
 
+    /// Whether there is a filter of that kernel: a setter takes 0, 3 and 5, but a configuration may hold
+    /// anything.
+    [[nodiscard]] bool HasUsableKernel() const
+    {
+        // Fixed by the picture library: odd, and the pixels of a neighbourhood are counted in 16 bits.
+        constexpr std::int32_t kLargestKernel = 255;
+        return kernelSize <= 0 || (kernelSize % 2 == 1 && kernelSize <= kLargestKernel);
+    }
+
     /// The first bytes of the sample; fewer when it is smaller.
     [[nodiscard]] std::span<std::uint8_t> First(std::uint64_t bytes) const
     {

@@ -63,7 +63,8 @@ void PictureDrawer::DrawYuv(VxBuffer& camera, const FrameTarget& target)
 bool PictureDrawer::PrepareBitmap(const FrameTarget& target)
 {
     const FrameFormat& format = target.format;
-    if (!format.isUsable || target.delivered.widthPx == 0 || target.delivered.heightPx == 0) {
+    const bool isEmpty = target.delivered.widthPx == 0 || target.delivered.heightPx == 0;
+    if (!format.isUsable || isEmpty || !target.HasUsableKernel()) {
         target.ZeroFill();
         return false;
     }

@@ -1,0 +1,15 @@
+#include "VxDSSource/filter/Identifiers.h"
+#include "conformance/FilterConformanceTest.h"
+
+// The module's filter, held to the same contract as any other.
+VX_CONFORMANCE_OF(VxDSSource, ConformanceSubject{
+                                  L"..\\bin\\VxDSSource.dll",
+                                  CLSID_VxDSSource,
+                                  kFilterName,
+                                  L"Output",
+                                  {{CLSID_VxDSSource, kFilterName}},
+                                  false, // no property pages yet
+                                  true,
+                                  true,
+                                  true,
+                              });
