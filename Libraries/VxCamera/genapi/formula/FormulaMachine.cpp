@@ -55,7 +55,7 @@ VxExpected<std::int64_t> IntegerPower(std::int64_t base, std::int64_t exponent)
     return Wrap(result);
 }
 
-/// Functions of one operand; the bool tells whether the op is one.
+/// Functions of one operand.
 double ApplyFunction(FormulaOp op, double x)
 {
     switch (op) {
