@@ -3,6 +3,7 @@
 #include "vxgrab/ComFailure.h"
 #include "vxgrab/ComText.h"
 
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -12,12 +13,35 @@ namespace {
 // Chosen: most names of the standard feature list fit, and a line stays on an 80-column screen.
 constexpr std::size_t kNameColumns = 34;
 constexpr std::size_t kTypeColumns = 9;
+// Chosen: the beginning of a table says what it is; --get shows it whole.
+constexpr std::size_t kValueColumns = 64;
+// Fixed by the control interface: how every category path begins.
+constexpr std::string_view kCategoryRoot = "root\\";
 
 std::string Padded(std::string text, std::size_t columns)
 {
     if (text.size() < columns)
         text.append(columns - text.size(), ' ');
     return text;
+}
+
+std::string Shortened(std::string value)
+{
+    if (value.size() <= kValueColumns)
+        return value;
+    const std::string length = std::to_string(value.size());
+    std::size_t end = kValueColumns;
+    while ((static_cast<unsigned char>(value[end]) & 0xC0) == 0x80) // inside a character of UTF-8
+        --end;
+    value.resize(end);
+    return value.append("... (").append(length).append(" characters)");
+}
+
+std::string CategoryTitle(std::string path)
+{
+    if (path.starts_with(kCategoryRoot))
+        path.erase(0, kCategoryRoot.size());
+    return path.empty() ? "(no category)" : path;
 }
 
 /// Categories in the order in which the camera names them first.
@@ -102,7 +126,7 @@ std::string FeatureAccess::DescribeOne(const std::string& name)
     if (!isAvailable)
         line += "(not available now)";
     else if (isReadable)
-        line += Get(name).ValueOr("(cannot be read)");
+        line += Shortened(Get(name).ValueOr("(cannot be read)"));
     return line + "\n";
 }
 
@@ -125,7 +149,7 @@ VxExpected<std::string> FeatureAccess::DescribeAll()
     }
     std::string text;
     for (const auto& [name, lines] : categories)
-        text += (name.empty() ? "(no category)" : name) + "\n" + lines;
+        text += CategoryTitle(name) + "\n" + lines;
     return text;
 }
 

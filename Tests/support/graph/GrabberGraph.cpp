@@ -1,11 +1,14 @@
 #include "support/graph/GrabberGraph.h"
 
+#include "support/graph/ProcessUse.h"
+
 #include "vxgrab/MediaType.h"
 
 #include <gtest/gtest.h>
 
 #include <dshow.h>
 
+#include <atomic>
 #include <utility>
 
 extern "C" {
@@ -13,6 +16,38 @@ extern const CLSID CLSID_SampleGrabber; // in the import library, declared in no
 }
 
 using vxgrab::ComPtr;
+
+namespace {
+
+std::atomic<std::size_t> builtUntilNow = 0;
+
+HRESULT CreateEmptyGraph(ComPtr<IGraphBuilder>& graph)
+{
+    return ::CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_IGraphBuilder,
+                              graph.PutVoid());
+}
+
+} // namespace
+
+std::size_t HandlesLostByAnEmptyGraph()
+{
+    constexpr std::size_t kGraphs = 10; // chosen: what is lost only now and then does not count
+    const auto createAndRelease = [] {
+        ComPtr<IGraphBuilder> graph;
+        EXPECT_HRESULT_SUCCEEDED(CreateEmptyGraph(graph));
+    };
+    createAndRelease(); // loads the platform's modules
+    const std::size_t before = MeasureProcess().handles;
+    for (std::size_t i = 0; i < kGraphs; ++i)
+        createAndRelease();
+    const std::size_t after = MeasureProcess().handles;
+    return after > before ? (after - before) / kGraphs : 0;
+}
+
+std::size_t GrabberGraph::BuiltUntilNow()
+{
+    return builtUntilNow;
+}
 
 ComPtr<IPin> FirstPin(IBaseFilter& filter, PIN_DIRECTION direction)
 {
@@ -32,6 +67,7 @@ GrabberGraph::GrabberGraph(ComPtr<IBaseFilter> source, const GUID& subtype, ISam
                            Clock clock)
     : m_source(std::move(source))
 {
+    ++builtUntilNow;
     const HRESULT result = Build(subtype, tap, clock);
     EXPECT_HRESULT_SUCCEEDED(result) << "the graph cannot be built";
     m_isBuilt = SUCCEEDED(result);
@@ -52,8 +88,7 @@ HRESULT GrabberGraph::Build(const GUID& subtype, ISampleGrabberCB& tap, Clock cl
     if (!m_source)
         return E_POINTER;
     ComPtr<IBaseFilter> grabber;
-    HRESULT result = ::CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_IGraphBuilder,
-                                        m_graph.PutVoid());
+    HRESULT result = CreateEmptyGraph(m_graph);
     if (SUCCEEDED(result))
         result = m_graph.Query(IID_IMediaControl, m_control);
     if (SUCCEEDED(result))

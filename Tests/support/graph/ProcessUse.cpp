@@ -11,12 +11,15 @@
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <sstream>
 #include <vector>
 
 namespace {
 
-// Fixed by the system: the list of all handles, which the headers do not declare.
-constexpr auto kExtendedHandleInformation = static_cast<SYSTEM_INFORMATION_CLASS>(64);
+// Fixed by the system: the list of all handles. The headers declare neither the number nor an enumeration
+// that could hold it, so the function is looked up with the plain type.
+constexpr ULONG kExtendedHandleInformation = 64;
+using QuerySystem = NTSTATUS(NTAPI*)(ULONG kind, void* buffer, ULONG bytes, ULONG* needed);
 constexpr auto kInfoLengthMismatch = static_cast<NTSTATUS>(0xC0000004);
 
 struct HandleEntry {
@@ -37,17 +40,20 @@ struct HandleListHead {
 
 std::vector<std::byte> AllHandles()
 {
+    const auto query = reinterpret_cast<QuerySystem>(reinterpret_cast<void*>(
+        ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
     std::vector<std::byte> buffer(1 << 16);
-    for (;;) {
+    while (query != nullptr) {
         ULONG needed = 0;
-        const NTSTATUS status = ::NtQuerySystemInformation(kExtendedHandleInformation, buffer.data(),
-                                                           static_cast<ULONG>(buffer.size()), &needed);
+        const NTSTATUS status =
+            query(kExtendedHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()), &needed);
         if (status == 0)
             return buffer;
         if (status != kInfoLengthMismatch)
             return {};
         buffer.resize(buffer.size() * 2);
     }
+    return {};
 }
 
 std::map<unsigned, std::size_t> CountHandles()
@@ -127,9 +133,10 @@ ProcessUse MeasureProcessUntilWithin(const ProcessUse& limit)
 
 std::string Describe(const ProcessUse& use)
 {
-    std::string text = std::to_string(use.handles) + " handles (by type:";
+    std::ostringstream text;
+    text << use.handles << " handles (by type:";
     for (const auto& [type, count] : use.handlesByType)
-        text += " " + std::to_string(type) + ":" + std::to_string(count);
-    return text + "), " + std::to_string(use.threads) + " threads, " + std::to_string(use.udpSockets) +
-           " UDP sockets";
+        text << ' ' << type << ':' << count;
+    text << "), " << use.threads << " threads, " << use.udpSockets << " UDP sockets";
+    return text.str();
 }

@@ -1,0 +1,106 @@
+#include "system/RoadTest.h"
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+class LifetimeTest : public RoadTest {};
+
+TEST_F(LifetimeTest, TwoHundredTimesCreatedRunStoppedAndReleasedHoldsNoMoreThanTen)
+{
+    constexpr int kSettling = 10; // the system's own parts grow to their size in the first rounds
+    constexpr int kRounds = 200;
+    VxSimulatedCamera camera;
+    VxSimulatorOptions options = SmallCamera("Mono8");
+    options.frameRateHz = 200;
+    Start(camera, options);
+
+    ProcessUse settled;
+    std::size_t graphs = 0;
+    for (int i = 0; i < kRounds && !HasFailure(); ++i) {
+        if (i == kSettling) {
+            settled = MeasureProcess();
+            graphs = GrabberGraph::BuiltUntilNow();
+        }
+        GrabOnePicture(camera);
+    }
+
+    EXPECT_EQ(GrabberGraph::BuiltUntilNow() - graphs, static_cast<std::size_t>(kRounds - kSettling));
+    // The system makes an event when two threads first meet at a lock, and keeps it; a loss in every round is
+    // far more.
+    constexpr std::size_t kMadeOnce = 8;
+    ProcessUse limit = LimitAfter(settled, graphs);
+    limit.handles += kMadeOnce;
+    const ProcessUse end = MeasureProcessUntilWithin(limit);
+    EXPECT_TRUE(IsWithin(end, limit)) << "allowed: " << Describe(limit) << "\nheld:    " << Describe(end);
+}
+
+TEST_F(LifetimeTest, OneFilterRunsAndStopsManyTimes)
+{
+    constexpr int kRounds = 20;
+    VxSimulatedCamera camera;
+    Start(camera, SmallCamera("Mono8"));
+    FrameCatcher catcher;
+    GrabberGraph graph(FilterFor(camera), MEDIASUBTYPE_RGB24, catcher);
+    ASSERT_TRUE(graph.IsBuilt());
+
+    for (int i = 0; i < kRounds; ++i) {
+        catcher.Forget();
+        ASSERT_HRESULT_SUCCEEDED(graph.Run());
+        ASSERT_TRUE(catcher.WaitForPicture(kPatience)) << "in round " << i;
+        ASSERT_LT(graph.TimedStop(), kStopLimit) << "in round " << i;
+    }
+}
+
+TEST_F(LifetimeTest, OtherThreadsMayPauseRunAndStop)
+{
+    constexpr int kRounds = 15;
+    VxSimulatedCamera camera;
+    Start(camera, SmallCamera("Mono8"));
+    FrameCatcher catcher;
+    GrabberGraph graph(FilterFor(camera), MEDIASUBTYPE_RGB24, catcher);
+    ASSERT_TRUE(graph.IsBuilt());
+
+    std::atomic<int> failures = 0;
+    for (int i = 0; i < kRounds; ++i) {
+        // Each call from a thread of its own, one after the other, some without a frame between them.
+        const auto fromAnotherThread = [&](auto call) {
+            std::thread([&] {
+                const ComApartment apartment;
+                failures += FAILED(call()) ? 1 : 0;
+            }).join();
+        };
+        catcher.Forget();
+        fromAnotherThread([&] { return graph.Pause(); });
+        fromAnotherThread([&] { return graph.Run(); });
+        if (i % 3 != 0) {
+            ASSERT_TRUE(catcher.WaitForPicture(kPatience)) << "in round " << i;
+        }
+        fromAnotherThread([&] { return graph.Pause(); });
+        fromAnotherThread([&] { return graph.Stop(); });
+    }
+    EXPECT_EQ(failures, 0);
+
+    catcher.Forget();
+    ASSERT_HRESULT_SUCCEEDED(graph.Run());
+    EXPECT_TRUE(catcher.WaitForPicture(kPatience)) << "the graph still works afterwards";
+}
+
+TEST_F(LifetimeTest, ReleasingARunningFilterWithItsGraphStopsTheCamera)
+{
+    VxSimulatedCamera camera;
+    Start(camera, SmallCamera("Mono8"));
+    FrameCatcher catcher;
+    {
+        GrabberGraph graph(FilterFor(camera), MEDIASUBTYPE_RGB24, catcher);
+        ASSERT_TRUE(graph.IsBuilt());
+        ASSERT_HRESULT_SUCCEEDED(graph.Run());
+        ASSERT_TRUE(catcher.WaitForPicture(kPatience));
+    }
+    EXPECT_TRUE(m_module.IsUnused());
+    EXPECT_FALSE(camera.ControlOwner());
+    EXPECT_FALSE(camera.IsAcquiring());
+}
+
+} // namespace

@@ -1,0 +1,120 @@
+#include "system/RoadTest.h"
+
+#include "VxSimulator/picture/PictureFormat.h"
+
+#include "vxgrab/ComText.h"
+#include "vxgrab/Picture.h"
+
+using vxgrab::ComPtr;
+
+ComPtr<IBaseFilter> RoadTest::FilterFor(const std::string& deviceId)
+{
+    ComPtr<IBaseFilter> filter = m_module.CreateFilter();
+    if (filter)
+        Connect(filter, deviceId);
+    return filter;
+}
+
+ComPtr<IBaseFilter> RoadTest::FilterFor(const VxSimulatedCamera& camera)
+{
+    return FilterFor(camera.ControlEndpoint().address.ToString());
+}
+
+void RoadTest::GrabOnePicture(const VxSimulatedCamera& camera)
+{
+    FrameCatcher catcher;
+    {
+        GrabberGraph graph(FilterFor(camera), MEDIASUBTYPE_RGB24, catcher);
+        ASSERT_TRUE(graph.IsBuilt());
+        ASSERT_HRESULT_SUCCEEDED(graph.Run());
+        EXPECT_TRUE(catcher.WaitForPicture(kPatience)) << "no picture came";
+        EXPECT_LT(graph.TimedStop(), kStopLimit);
+    }
+    EXPECT_TRUE(m_module.IsUnused()) << "objects of the module are left";
+}
+
+void RoadTest::ExpectNothingIsLeftBy(const std::function<void()>& action)
+{
+    constexpr int kRounds = 5;
+    std::string counts;
+    action(); // loads modules, fills caches
+    for (int i = 0; i < kRounds && !HasFailure(); ++i) {
+        const std::size_t graphs = GrabberGraph::BuiltUntilNow();
+        const ProcessUse before = MeasureProcess();
+        action();
+        EXPECT_TRUE(m_module.IsUnused()) << "objects of the module are left";
+        const ProcessUse limit = LimitAfter(before, graphs);
+        const ProcessUse after = MeasureProcessUntilWithin(limit);
+        if (IsWithin(after, limit))
+            return;
+        counts += "\nallowed: " + Describe(limit) + "\nheld:    " + Describe(after);
+    }
+    ADD_FAILURE() << "each of " << kRounds << " rounds left something behind" << counts;
+}
+
+ProcessUse RoadTest::LimitAfter(ProcessUse before, std::size_t graphsBefore) const
+{
+    before.handles += m_lostPerGraph * (GrabberGraph::BuiltUntilNow() - graphsBefore);
+    return before;
+}
+
+VxSimulatorOptions SmallCamera(std::string_view pixelFormat)
+{
+    VxSimulatorOptions options;
+    options.widthPx = 320;
+    options.heightPx = 240;
+    options.frameRateHz = 50;
+    const auto* const format = simulator::FindPictureFormat(pixelFormat);
+    EXPECT_NE(format, nullptr) << pixelFormat;
+    if (format != nullptr)
+        options.pixelFormat = format->code;
+    return options;
+}
+
+std::string CameraOfTheDriver()
+{
+    const std::wstring address = EnvironmentText(L"VX_CAMERA");
+    EXPECT_FALSE(address.empty()) << "VX_CAMERA has to name a camera's address: run with run-with-camera";
+    return {address.begin(), address.end()};
+}
+
+void Start(VxSimulatedCamera& camera, const VxSimulatorOptions& options)
+{
+    const VxResult started = camera.Start(options);
+    ASSERT_TRUE(started.IsOK()) << started.GetDescription().GetAscii();
+}
+
+void Connect(const ComPtr<IBaseFilter>& filter, const std::string& deviceId)
+{
+    const ComPtr<IVxDSSource> control = ControlOf(filter);
+    ASSERT_TRUE(control);
+    EXPECT_HRESULT_SUCCEEDED(control->SetDeviceId(vxgrab::ComText(deviceId).Get()));
+    EXPECT_HRESULT_SUCCEEDED(control->Connect());
+}
+
+simulator::PictureView ViewOf(const CaughtFrame& frame, const vxgrab::FrameFormat& format)
+{
+    simulator::PictureView view;
+    view.pixels = frame.bytes;
+    view.widthPx = static_cast<std::uint32_t>(format.widthPx);
+    view.heightPx = static_cast<std::uint32_t>(format.heightPx);
+    view.strideBytes = vxgrab::RowBytes(format, frame.bytes.size());
+    view.bytesPerPixel = static_cast<std::uint32_t>(format.bytesPerPixel);
+    view.rowOrder = format.isBottomUp ? simulator::RowOrder::BottomUp : simulator::RowOrder::TopDown;
+    return view;
+}
+
+std::filesystem::path OutputFolder()
+{
+    const std::filesystem::path folder = WindowsPath(EnvironmentText(L"VX_TEST_OUTPUT"));
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    EXPECT_FALSE(error) << "the folder named by VX_TEST_OUTPUT cannot be made: " << folder;
+    return folder;
+}
+
+void SavePicture(const CaughtFrame& frame, const vxgrab::FrameFormat& format, const std::string& name)
+{
+    const VxResult written = vxgrab::WritePng(format, frame.bytes, OutputFolder() / (name + ".png"));
+    EXPECT_TRUE(written.IsOK()) << written.GetDescription().GetAscii();
+}
