@@ -474,7 +474,7 @@ TEST_F(BlockAssemblerTest, PacketsOutsideTheirBlockAreCountedAndIgnored)
     const auto packets = m_stream.Block(1);
     SendAll({packets.begin(), packets.begin() + 3});
     Packet far = m_stream.Header(1, gvsp::PacketFormat::Payload, 0xFFFFFF);
-    far.resize(far.size() + m_stream.stepBytes);
+    far.insert(far.end(), m_stream.stepBytes, std::byte{0});
     Send(far);
     SendAll({packets.begin() + 3, packets.end()});
 
@@ -531,7 +531,7 @@ TEST_F(BlockAssemblerTest, NoSequenceOfPacketsWritesOutsideABuffer)
             break;
         default:
             packet = m_stream.Header(block, gvsp::PacketFormat::Payload, id);
-            packet.resize(packet.size() + random.UpTo(700), std::byte{0x55});
+            packet.insert(packet.end(), random.UpTo(700), std::byte{0x55});
             break;
         }
         if (random.UpTo(20) == 0)
