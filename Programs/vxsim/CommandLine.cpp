@@ -1,4 +1,4 @@
-#include "CommandLine.h"
+#include "vxsim/CommandLine.h"
 
 #include "VxSimulator/picture/PictureFormat.h"
 
