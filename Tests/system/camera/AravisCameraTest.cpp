@@ -17,8 +17,8 @@ class AravisCameraTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        const char* const address = std::getenv("VX_FAKE_CAMERA");
-        ASSERT_NE(address, nullptr) << "run through Tests/system/run-with-fake-camera";
+        const char* const address = std::getenv("VX_CAMERA");
+        ASSERT_NE(address, nullptr) << "run through Tests/system/run-with-camera";
         m_address = address;
     }
 
