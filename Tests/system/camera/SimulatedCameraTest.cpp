@@ -16,13 +16,14 @@
 #include "VxSimulator/picture/FrameNumberStrip.h"
 #include "VxSimulator/picture/TestPicture.h"
 
+#include "support/Latch.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <latch>
 #include <optional>
 #include <span>
 #include <thread>
@@ -423,7 +424,7 @@ TEST_F(SimulatedCameraTest, StopWakesAConsumerThatWaits)
     m_link.Connect(kAddress);
     m_link.OpenStream(kAddress);
     ASSERT_TRUE(m_link.pipeline->Start().IsOK()); // the camera is not told to send
-    std::latch waiting(1);
+    Latch waiting(1);
     VxResult result;
     std::thread consumer([&] {
         VxBuffer* buffer = nullptr;

@@ -3,10 +3,11 @@
 #include "QueueSocket.h"
 #include "StreamPackets.h"
 
+#include "support/Latch.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
-#include <latch>
 
 namespace receive {
 namespace {
@@ -29,7 +30,7 @@ public:
     void GiveBack(BlockBuffer& buffer) override { m_free = &buffer; }
     [[nodiscard]] bool IsFree() const { return m_free != nullptr; }
 
-    std::latch delivered;
+    Latch delivered;
     BlockInfo last;
 
 private:

@@ -9,9 +9,10 @@
 #include "unit/VxCamera/receive/QueueSocket.h"
 #include "unit/VxCamera/receive/StreamPackets.h"
 
+#include "support/Latch.h"
+
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <memory>
 #include <thread>
 
@@ -174,7 +175,7 @@ TEST_F(VxPipelineTest, StartingTwiceChangesNothing)
 TEST_F(VxPipelineTest, StopWakesAConsumer)
 {
     Start();
-    std::latch isThere(1);
+    Latch isThere(1);
     VxResult result;
     std::thread consumer([&] {
         VxBuffer* buffer = nullptr;

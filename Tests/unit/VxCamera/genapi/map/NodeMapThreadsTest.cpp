@@ -1,8 +1,8 @@
 #include "VxCamera/genapi/map/NodeMap.h"
 
+#include "support/Latch.h"
 #include "support/genapi/NodeMapFixture.h"
 
-#include <latch>
 #include <thread>
 
 namespace genapi {
@@ -20,8 +20,8 @@ public:
     }
     VxResult Write(std::uint64_t, std::span<const std::byte>) override { return VxResult::Ok(); }
 
-    std::latch isAsked{1};
-    std::latch mayAnswer{1};
+    Latch isAsked{1};
+    Latch mayAnswer{1};
 };
 
 TEST(NodeMapThreadsTest, ServesOtherThreadsOnceASlowCameraHasAnswered)
