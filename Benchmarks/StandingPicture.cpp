@@ -1,0 +1,169 @@
+#include "StandingPicture.h"
+
+#include "VxCamera/surface/ParameterList.h"
+#include "VxCamera/surface/VxBufferImpl.h"
+#include "VxDSSource/camera/VxBuffer.h"
+#include "VxDSSource/camera/VxDevice.h"
+#include "VxDSSource/camera/VxPipeline.h"
+#include "VxDSSource/camera/VxStreamGEV.h"
+#include "VxDSSource/camera/VxStreamU3V.h"
+
+#include <algorithm>
+#include <random>
+
+namespace {
+
+VxBuffer& Picture()
+{
+    static VxBuffer picture(VxPayloadType::Image);
+    return picture;
+}
+
+} // namespace
+
+bool StandingPicture::Show(std::uint32_t pixelType, std::uint32_t widthPx, std::uint32_t heightPx)
+{
+    VxImage& image = *Picture().GetImage();
+    if (!image.Alloc(widthPx, heightPx, pixelType, 0, 0, 0).IsOK())
+        return false;
+    std::mt19937 random(1);
+    std::generate_n(image.GetDataPointer(), image.GetSize(),
+                    [&] { return static_cast<std::uint8_t>(random()); });
+    Picture().Impl().operationResult = VxResult::Ok();
+    return true;
+}
+
+VxDevice* VxDevice::CreateAndConnect(const VxString&, VxResult* result)
+{
+    *result = VxResult(VxError::NotFound);
+    return nullptr;
+}
+
+void VxDevice::Free(VxDevice* device)
+{
+    delete device;
+}
+
+class VxStreamImpl {
+public:
+    bool isOpen = false;
+    ParameterList parameters;
+};
+
+VxStream::VxStream(std::unique_ptr<VxStreamImpl> impl) : m_impl(std::move(impl)) {}
+VxStream::~VxStream() = default;
+
+bool VxStream::IsOpen() const
+{
+    return m_impl->isOpen;
+}
+
+VxResult VxStream::Close()
+{
+    m_impl->isOpen = false;
+    return VxResult::Ok();
+}
+
+VxGenParameterArray* VxStream::GetParameters()
+{
+    return &m_impl->parameters;
+}
+
+VxStreamGEV::VxStreamGEV() : VxStream(std::make_unique<VxStreamImpl>()) {}
+VxStreamGEV::~VxStreamGEV() = default;
+
+VxResult VxStreamGEV::Open(const VxString&)
+{
+    Impl().isOpen = true;
+    return VxResult::Ok();
+}
+
+VxResult VxStreamGEV::Open(const VxString& connectionId, std::uint16_t, std::uint16_t, const VxString&,
+                           std::uint32_t)
+{
+    return Open(connectionId);
+}
+
+VxResult VxStreamGEV::Open(const VxString& connectionId, const VxString&, std::uint16_t, std::uint16_t,
+                           const VxString&, std::uint32_t)
+{
+    return Open(connectionId);
+}
+
+VxString VxStreamGEV::GetLocalIPAddress() const
+{
+    return "127.0.0.1";
+}
+
+std::uint16_t VxStreamGEV::GetLocalPort() const
+{
+    return 1;
+}
+
+VxStreamType VxStreamGEV::GetType() const
+{
+    return VxStreamType::Gev;
+}
+
+VxStreamU3V::VxStreamU3V() : VxStream(std::make_unique<VxStreamImpl>()) {}
+VxStreamU3V::~VxStreamU3V() = default;
+
+VxResult VxStreamU3V::Open(const VxString&)
+{
+    return VxResult(VxError::NotSupported);
+}
+
+VxStreamType VxStreamU3V::GetType() const
+{
+    return VxStreamType::U3v;
+}
+
+class VxPipelineImpl {
+public:
+    bool isStarted = false;
+};
+
+VxPipeline::VxPipeline(VxStream*) : m_impl(std::make_unique<VxPipelineImpl>()) {}
+VxPipeline::~VxPipeline() = default;
+
+void VxPipeline::SetBufferSize(std::uint32_t) {}
+
+VxResult VxPipeline::SetBufferCount(std::uint32_t)
+{
+    return VxResult::Ok();
+}
+
+void VxPipeline::SetHandleBufferTooSmall(bool) {}
+
+VxResult VxPipeline::Start()
+{
+    m_impl->isStarted = true;
+    return VxResult::Ok();
+}
+
+VxResult VxPipeline::Stop()
+{
+    m_impl->isStarted = false;
+    return VxResult::Ok();
+}
+
+bool VxPipeline::IsStarted() const
+{
+    return m_impl->isStarted;
+}
+
+VxResult VxPipeline::RetrieveNextBuffer(VxBuffer** buffer, std::uint32_t, VxResult*)
+{
+    *buffer = &Picture();
+    return VxResult::Ok();
+}
+
+VxResult VxPipeline::ReleaseBuffer(VxBuffer*)
+{
+    return VxResult::Ok();
+}
+
+std::size_t VxPipeline::GetOutputQueueSize() const
+{
+    return 0;
+}

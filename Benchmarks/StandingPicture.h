@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+
+/// The camera behind the benchmark's pin: a stream whose pipeline gives out the same picture again and again,
+/// at once.
+///
+/// Its source file stands in for the streaming half of the camera library at link time; pictures and
+/// conversion are the library's own.
+namespace StandingPicture {
+
+/// Makes a picture of random bytes the one that every pipeline gives out.
+/// @return  false when the format is not known
+[[nodiscard]] bool Show(std::uint32_t pixelType, std::uint32_t widthPx, std::uint32_t heightPx);
+
+} // namespace StandingPicture
