@@ -101,7 +101,8 @@ void MeasureOpenCv(benchmark::State& state, const Work& work)
 {
     cv::Mat source(kHeightPx, kWidthPx, CV_8UC(work.channels));
     cv::randu(source, 0, 256);
-    cv::Mat destination(kHeightPx, kWidthPx, CV_8UC3);
+    CanarySample sample(kSampleBytes); // the same kind of memory for everybody
+    cv::Mat destination(kHeightPx, kWidthPx, CV_8UC3, sample.Bytes().data());
     while (state.KeepRunning()) {
         work.openCv(source, destination);
         benchmark::ClobberMemory();
@@ -111,9 +112,9 @@ void MeasureOpenCv(benchmark::State& state, const Work& work)
 void MeasureCopy(benchmark::State& state)
 {
     const std::vector<std::uint8_t> source(kSampleBytes, std::uint8_t{1});
-    std::vector<std::uint8_t> destination(kSampleBytes);
+    CanarySample sample(kSampleBytes);
     while (state.KeepRunning()) {
-        std::memcpy(destination.data(), source.data(), kSampleBytes);
+        std::memcpy(sample.Bytes().data(), source.data(), kSampleBytes);
         benchmark::ClobberMemory();
     }
 }

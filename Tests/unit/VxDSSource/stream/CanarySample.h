@@ -13,7 +13,8 @@
 #include <utility>
 #include <vector>
 
-/// A sample whose memory lies between bytes that must not change.
+/// A sample whose memory begins at a page, as the platform's own do, and lies between bytes that must not
+/// change.
 ///
 /// Owner:  the test.
 /// Thread: the test's.
@@ -21,13 +22,16 @@ class CanarySample final : public TestObject<IMediaSample> {
 public:
     static constexpr std::uint8_t kStale = 0xCD; ///< what the memory holds before it is written
 
-    explicit CanarySample(std::size_t bytes) : m_size(bytes), m_memory(bytes + 2 * kGuard, kCanary)
+    explicit CanarySample(std::size_t bytes)
+        : m_size(bytes),
+          m_memory(bytes + 2 * kGuard + kPageBytes, kCanary),
+          m_begin(kGuard + kPageBytes - reinterpret_cast<std::uintptr_t>(m_memory.data()) % kPageBytes)
     {
         std::ranges::fill(Bytes(), kStale);
     }
     ~CanarySample() override { EXPECT_TRUE(IsIntact()) << "bytes around the sample were written"; }
 
-    [[nodiscard]] std::span<std::uint8_t> Bytes() { return {m_memory.data() + kGuard, m_size}; }
+    [[nodiscard]] std::span<std::uint8_t> Bytes() { return {m_memory.data() + m_begin, m_size}; }
     [[nodiscard]] std::vector<std::uint8_t> Copy() { return {Bytes().begin(), Bytes().end()}; }
     [[nodiscard]] bool IsAll(std::uint8_t value)
     {
@@ -36,8 +40,9 @@ public:
     [[nodiscard]] bool IsIntact() const
     {
         const auto isCanary = [](std::uint8_t each) { return each == kCanary; };
-        return std::all_of(m_memory.begin(), m_memory.begin() + kGuard, isCanary) &&
-               std::all_of(m_memory.end() - kGuard, m_memory.end(), isCanary);
+        const auto begin = m_memory.begin() + static_cast<std::ptrdiff_t>(m_begin);
+        return std::all_of(m_memory.begin(), begin, isCanary) &&
+               std::all_of(begin + static_cast<std::ptrdiff_t>(m_size), m_memory.end(), isCanary);
     }
 
     // What was set.
@@ -85,8 +90,11 @@ public:
 
 private:
     static constexpr std::uint8_t kCanary = 0xA5;
-    static constexpr std::ptrdiff_t kGuard = 4096;
+    static constexpr std::size_t kGuard = 4096;
+    // Fixed by the platform: its allocator takes whole pages, so a real sample begins at one.
+    static constexpr std::size_t kPageBytes = 4096;
 
     const std::size_t m_size;
     std::vector<std::uint8_t> m_memory;
+    const std::size_t m_begin; // of the sample in m_memory
 };
