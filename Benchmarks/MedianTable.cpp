@@ -26,6 +26,11 @@ void MedianTable::AddWork(const std::string& work, const std::string& peerName)
     benchmark::AddCustomContext("peer of " + work, peerName);
 }
 
+void MedianTable::AddGoal(const std::string& work, const std::string& goal)
+{
+    benchmark::AddCustomContext("goal of " + work, goal);
+}
+
 bool MedianTable::ReportContext(const Context& context)
 {
     PrintBasicContext(&std::cerr, context);

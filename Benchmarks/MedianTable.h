@@ -22,6 +22,10 @@ public:
     /// @param peerName  the whole name of a benchmark whose median stands in the work's line, too
     void AddWork(const std::string& work, const std::string& peerName);
 
+    /// What a work is to keep to; the table of all programs tells whether it does.
+    /// @param goal  a multiple of the better of the others, as "1.3 x", or a time, as "10 ms"
+    static void AddGoal(const std::string& work, const std::string& goal);
+
     bool ReportContext(const Context& context) override;
     void ReportRuns(const std::vector<Run>& runs) override;
     void Finalize() override;

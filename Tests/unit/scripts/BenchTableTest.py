@@ -39,7 +39,33 @@ class BenchTableTest(unittest.TestCase):
             median("memcpy/6/real_time", 100), median("memcpy/8/real_time", 1)])})
 
         self.assertEqual(code, 0)
-        self.assertIn(["Copy", "native", "150.000 us", "100.000 us", "300.000 us", "1.50"], rows)
+        self.assertIn(["Copy", "native", "150.000 us", "100.000 us", "300.000 us", "1.50", "-", "-"], rows)
+
+    def goal_cells(self, ours, goal):
+        """The last three cells of a work that is compared with a copy of 100 us."""
+        code, rows, _ = table_of({"native-A.json": ({"peer of Copy": "memcpy/6", "goal of Copy": goal}, [
+            median("Copy/ours/real_time", ours), median("memcpy/6/real_time", 100)])})
+
+        self.assertEqual(code, 0)
+        return next(row for row in rows if row and row[0] == "Copy")[-3:]
+
+    def test_judges_a_multiple_of_the_better_of_the_others(self):
+        self.assertEqual(self.goal_cells(130, "1.3 x"), ["1.30", "1.3 x", "met"])
+        self.assertEqual(self.goal_cells(131, "1.3 x"), ["1.31", "1.3 x", "missed"])
+
+    def test_judges_a_time(self):
+        self.assertEqual(self.goal_cells(9999, "10 ms"), ["99.99", "10 ms", "met"])
+        self.assertEqual(self.goal_cells(10001, "10 ms"), ["100.01", "10 ms", "missed"])
+
+    def test_does_not_judge_a_multiple_when_the_others_were_not_measured(self):
+        _, rows, _ = table_of({"native-A.json": ({"goal of Copy": "1.3 x"}, [median("Copy/ours/real_time", 1)])})
+
+        self.assertIn(["Copy", "native", "1.000 us", "-", "-", "-", "1.3 x", "-"], rows)
+
+    def test_a_missed_goal_is_no_error(self):
+        code, _, errors = table_of({"native-A.json": ({"goal of Copy": "1 us"}, [median("Copy/ours/real_time", 2)])})
+
+        self.assertEqual((code, errors), (0, ""))
 
     def test_shows_both_systems_beside_each_other(self):
         _, rows, _ = table_of({"native-A.json": ({}, [median("Start", 2, "ms")]),
