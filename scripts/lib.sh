@@ -4,6 +4,10 @@
 
 set -euo pipefail
 
+# Where nobody sets it, for instance in a build service, the user's entry tells.
+HOME=${HOME:-$(getent passwd "$(id -u)" | cut -d : -f 6 || true)}
+export HOME
+
 VX_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 VX_BUILD=$VX_ROOT/build
 VX_LOGS=$VX_BUILD/logs

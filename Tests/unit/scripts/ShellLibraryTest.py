@@ -1,6 +1,8 @@
 """scripts/lib.sh: steps, errors and process groups, each case in a shell of its own."""
 
+import os
 import pathlib
+import pwd
 import signal
 import subprocess
 import tempfile
@@ -25,8 +27,9 @@ class ShellLibraryTest(unittest.TestCase):
         (self.root / "scripts").mkdir()
         (self.root / "scripts" / "lib.sh").write_text((PROJECT / "scripts" / "lib.sh").read_text())
 
-    def run_script(self, text):
-        return subprocess.run([*SHELL, source(self.root, text)], capture_output=True, text=True, check=False)
+    def run_script(self, text, environment=None):
+        return subprocess.run([*SHELL, source(self.root, text)], capture_output=True, text=True, check=False,
+                              env=environment)
 
     def start_script(self, text):
         """Starts a script whose first line of output is waited for and returned with the process."""
@@ -104,6 +107,18 @@ class ShellLibraryTest(unittest.TestCase):
         process.wait(30)
 
         self.assert_ended(int(stubborn))
+
+    def test_a_home_that_is_not_set_is_the_users(self):
+        environment = {name: value for name, value in os.environ.items() if name != "HOME"}
+
+        done = self.run_script('bash -c \'echo "$HOME"\'', environment)
+
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, pwd.getpwuid(os.getuid()).pw_dir + "\n", ""))
+
+    def test_a_home_that_is_set_stays(self):
+        done = self.run_script('echo "$HOME"', {**os.environ, "HOME": "/somewhere/else"})
+
+        self.assertEqual((done.returncode, done.stdout), (0, "/somewhere/else\n"))
 
     def test_missing_disk_space_is_one_line(self):
         done = self.run_script('need_disk "$VX_BUILD/not/there/yet" 1000000')
