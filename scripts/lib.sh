@@ -132,7 +132,23 @@ build_preset() {
         cmake --build "$folder" --parallel "$(nproc)" "${targets[@]}"
 }
 
-# Runs a command inside scripts/own-world; ends it, too, when this script has to end.
+# What a world of its own is made of: network, process numbers, and what /proc shows of them.
+VX_NAMESPACES=(--net --pid --fork --kill-child --mount-proc)
+[ "$(id -u)" -eq 0 ] || VX_NAMESPACES+=(--map-root-user)
+
+in_own_namespaces() { unshare "${VX_NAMESPACES[@]}" "$@"; }
+
+# Ends with an error where no network of our own can be made. Asked before the long steps, too.
+need_own_network() {
+    [ -z "${VX_HOST_NETWORK:-}" ] ||
+        fail "VX_HOST_NETWORK is for ./demo only, this looks for cameras on every network it sees: unset it"
+    in_own_namespaces true 2>/dev/null ||
+        fail "this system allows no network of our own, and nothing may be sent to yours: run as root, in a" \
+            "container that may make namespaces (--privileged), or allow unprivileged user namespaces"
+}
+
+# run_in_own_world [--or-host-network] COMMAND...: runs a command inside scripts/own-world; ends it, too, when this
+# script has to end.
 run_in_own_world() {
     local status=0
     start_group "$VX_ROOT/scripts/own-world" "$@" </dev/null
