@@ -115,9 +115,11 @@ need_disk() {
 
 # build_preset PRESET [TARGET...]: configures when needed and builds.
 build_preset() {
-    local preset=$1 folder=$VX_BUILD/$1 targets=() inputs
+    local preset=$1 folder=$VX_BUILD/$1 targets=() options=() inputs
     shift
     [ $# -eq 0 ] || targets=(--target "$@")
+    # Only ./demo does without the libraries that tests and benchmarks are built with.
+    [ -d "$VX_BUILD/third-party/windows/include/gtest" ] || options=(-DBUILD_TESTING=OFF -DVX_BENCHMARKS=OFF)
     # Ninja runs CMake again by itself when a CMake file changed; these decide how a folder starts.
     inputs=$({
         cat "$VX_ROOT/CMakePresets.json" "$VX_ROOT/cmake/mingw-w64.cmake"
@@ -125,7 +127,7 @@ build_preset() {
     } | sha256sum)
     if [ ! -f "$folder/build.ninja" ] || [ "$(cat "$folder/vx-inputs" 2>/dev/null)" != "$inputs" ]; then
         run_step "configure $preset" "$VX_LOGS/configure-$preset.log" \
-            cmake -S "$VX_ROOT" --preset "$preset" --fresh
+            cmake -S "$VX_ROOT" --preset "$preset" --fresh "${options[@]}"
         printf '%s\n' "$inputs" >"$folder/vx-inputs"
     fi
     run_step "build $preset" "$VX_LOGS/build-$preset.log" \
