@@ -3,8 +3,10 @@
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import tempfile
+import time
 import unittest
 
 import vx_unittest
@@ -86,6 +88,62 @@ class OwnWorldTest(unittest.TestCase):
         done = self.own_world("--or-host-network", "true", unshare=ALLOWS, PATH=str(self.programs))
 
         self.assert_is_one_line_error(done, "Xvfb is missing: run scripts/setup as root")
+
+    def marked_processes(self):
+        found = []
+        for folder in pathlib.Path("/proc").glob("[0-9]*"):
+            try:
+                if f"VX_WORLD_MARK={self.root}".encode() in (folder / "environ").read_bytes():
+                    found.append(folder.name)
+            except OSError:
+                continue    # it has just ended
+        return found
+
+    def assert_all_end(self):
+        deadline = time.monotonic() + 30
+        while self.marked_processes() and time.monotonic() < deadline:
+            time.sleep(0.05)
+        self.assertEqual(self.marked_processes(), [])
+
+    def start_world(self, text):
+        """A real world with a display and a Wine that do nothing. Returns when the text has printed a line."""
+        (self.programs / "setpriv").unlink()
+        self.program("Xvfb", "echo 77 >&3\nsleep 1000")
+        self.program("wineserver", "exit 0")
+        prefix = self.root / "build" / "wine"
+        prefix.mkdir(parents=True)
+        (prefix / "vx-version").write_text("1 \n", encoding="utf-8")
+        process = subprocess.Popen(["scripts/own-world", "bash", "-c", text], stdout=subprocess.PIPE, text=True,
+                                   cwd=self.root,
+                                   env={**os.environ, "PATH": f"{self.programs}:{os.environ['PATH']}",
+                                        "VX_HOST_NETWORK": "", "VX_WORLD_MARK": str(self.root)})
+        self.addCleanup(process.stdout.close)
+        self.assertEqual(process.stdout.readline(), "ready\n")
+        return process
+
+    def test_ends_with_the_commands_code_and_leaves_no_process(self):
+        process = self.start_world("sleep 1000 & setsid sleep 1000 & echo ready; exit 5")
+
+        self.assertEqual(process.wait(60), 5)
+        self.assert_all_end()
+
+    def test_leaves_no_process_even_when_it_is_killed(self):
+        process = self.start_world("setsid sleep 1000 & echo ready; sleep 1000")
+        self.assertGreater(len(self.marked_processes()), 3, "they cannot be seen")
+
+        process.kill()
+
+        self.assertEqual(process.wait(60), -signal.SIGKILL)
+        self.assert_all_end()
+
+    def test_has_nothing_but_loopback(self):
+        (self.programs / "ip").unlink()
+        process = self.start_world("echo ready; cat /proc/net/dev")
+
+        names = [line.split(":")[0].strip() for line in process.stdout if ":" in line]
+        process.wait(60)
+
+        self.assertEqual(names, ["lo"])
 
     def test_the_tests_ask_for_a_network_before_anything_is_built(self):
         for command in ("test", "bench"):
