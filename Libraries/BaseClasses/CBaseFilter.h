@@ -22,8 +22,7 @@ public:
     DECLARE_IUNKNOWN
 
     /// @param lock  the state lock, borrowed from the derived class; neither constructor nor destructor uses
-    /// it,
-    ///              because it is built later and destroyed earlier
+    ///              it, because it is built later and destroyed earlier
     CBaseFilter(LPCTSTR objectName, LPUNKNOWN outer, CCritSec* lock, REFCLSID clsid);
     CBaseFilter(LPCSTR objectName, LPUNKNOWN outer, CCritSec* lock, REFCLSID clsid);
     /// @param phr  never touched

@@ -40,8 +40,7 @@ public:
 protected:
     /// Fills an empty sample.
     /// @return  S_OK: it is delivered. S_FALSE: the stream has ended. Anything else: the stream has ended by
-    /// an error,
-    ///          and the graph gets EC_ERRORABORT
+    ///          an error, and the graph gets EC_ERRORABORT
     virtual HRESULT FillBuffer(IMediaSample* sample) = 0;
 
     /// First and last act of the worker; OnThreadStartPlay before the first sample of each start.

@@ -34,8 +34,7 @@ struct CameraSockets {
 ///
 /// Owner:  VxSimulatedCamera.
 /// Thread: any. Its own threads: one per control and broadcast socket, ended by waking the socket; one for
-/// the stream,
-///         ended through its condition variable, or after the packet that it is sending.
+///         the stream, ended through its condition variable, or after the packet that it is sending.
 class CameraSession {
 public:
     using EventSink = std::function<void(const std::string&)>;

@@ -52,14 +52,12 @@ public:
     VxSimulatedCamera& operator=(const VxSimulatedCamera&) = delete;
 
     /// @param sink  is told in words, from the camera's threads, who takes and loses control and when
-    /// acquisition
-    ///              starts and stops; counts from the next Start on
+    ///              acquisition starts and stops; counts from the next Start on
     void SetEventSink(EventSink sink) { m_eventSink = std::move(sink); }
 
     /// Switches the camera on; when this returns it answers.
     /// @return  ALREADY_OPEN; INVALID_PARAMETER for options that cannot be; PORT_IN_USE; NETWORK_ERROR for
-    /// instance when
-    ///          the address is none of this machine's
+    ///          instance when the address is none of this machine's
     VxResult Start(const VxSimulatorOptions& options);
 
     /// Switches the camera off, without a word to anybody. Harmless when it is off.

@@ -28,11 +28,9 @@ struct CaptureDevice {
 /// Finds the device that is meant.
 ///
 /// @param wish  a number in the list, a friendly or display name, or a part of exactly one friendly name
-/// (letter case does
-///              not matter); empty means our filter
+///              (letter case does not matter); empty means our filter
 /// @return  its place in the list; INVALID_PARAMETER when the wish fits no device or several, NOT_FOUND when
-/// our
-///          filter is wanted and not registered
+///          our filter is wanted and not registered
 [[nodiscard]] VxExpected<std::size_t> ChooseDevice(const std::vector<CaptureDevice>& devices,
                                                    std::string_view wish);
 

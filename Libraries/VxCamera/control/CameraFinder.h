@@ -28,14 +28,12 @@ public:
 
     /// Asks on every interface at once and collects answers for the time given.
     /// @return  every interface in the system's order, also those without a camera. An interface that cannot
-    /// be used
-    ///          is left out.
+    ///          be used is left out.
     [[nodiscard]] VxExpected<std::vector<ScannedInterface>> FindAll(std::chrono::milliseconds timeout);
 
     /// Finds one camera and ends as soon as it has answered. For an IP address only that address is asked.
     /// @return  NOT_FOUND, AMBIGUOUS (several cameras have this name), INVALID_CONFIGURATION,
-    /// INVALID_PARAMETER for
-    ///          an empty id
+    ///          INVALID_PARAMETER for an empty id
     [[nodiscard]] VxExpected<FoundCamera> Find(const ConnectionId& id, std::chrono::milliseconds timeout);
 
     /// @return  the interface through which this machine reaches the address

@@ -20,8 +20,7 @@ public:
 
     /// Tries the place that the camera names first, then the second one.
     /// @return  the XML's bytes; NOT_SUPPORTED for a place or packing that this library does not read,
-    /// INVALID_DATA,
-    ///          NOT_FOUND, or what the link said; the failure of the first place when both fail
+    ///          INVALID_DATA, NOT_FOUND, or what the link said; the failure of the first place when both fail
     [[nodiscard]] VxExpected<std::string> Load();
 
 private:

@@ -71,8 +71,7 @@ public:
     void SetHeartbeat(bool isOn);
 
     /// @param onTimingChanged  called, from any thread, when Beat must be called earlier than it said. Set
-    /// before
-    ///                         others use the session.
+    ///                         before others use the session.
     void SetTimingListener(std::function<void()> onTimingChanged)
     {
         m_onTimingChanged = std::move(onTimingChanged);

@@ -29,9 +29,8 @@
 namespace pixel {
 
 /// @return  the mean of four bytes with halves rounded up, from the means of two pairs and the differing bits
-/// of each
-///          pair: a mean of means is one too large exactly when a pair was rounded and the means are rounded,
-///          too
+///          of each pair: a mean of means is one too large exactly when a pair was rounded and the means are
+///          rounded, too
 template <typename V>
 VX_KERNEL_PART typename V::Bytes AverageOfFour(typename V::Bytes mean1, typename V::Bytes bits1,
                                                typename V::Bytes mean2, typename V::Bytes bits2)

@@ -49,10 +49,9 @@ public:
     /// @param source, destination  must not overlap in memory
     /// @param order                of the destination; sources are top down
     /// @return  NOT_SUPPORTED when there is no way between the formats; INVALID_PARAMETER for a picture
-    /// without size,
-    ///          with a size that overflows, with less memory than the source needs, or for overlapping
-    ///          pictures; BUFFER_TOO_SMALL when the destination's memory is; OUT_OF_MEMORY. The destination
-    ///          is untouched then.
+    ///          without size, with a size that overflows, with less memory than the source needs, or for
+    ///          overlapping pictures; BUFFER_TOO_SMALL when the destination's memory is; OUT_OF_MEMORY. The
+    ///          destination is untouched then.
     VxResult Convert(const VxPictureView& source, const VxWritablePictureView& destination, VxRowOrder order);
 
 private:

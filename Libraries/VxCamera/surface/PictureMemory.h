@@ -48,8 +48,7 @@ public:
 
     /// Says what was written into the memory.
     /// @return  BUFFER_TOO_SMALL when the geometry needs more memory than there is, INVALID_PARAMETER when it
-    /// makes
-    ///          no picture; the buffer then holds none
+    ///          makes no picture; the buffer then holds none
     VxResult Describe(const PictureGeometry& geometry);
 
     /// Forgets the picture, not the memory.

@@ -24,8 +24,7 @@ struct Datagram {
 ///
 /// Owner:  whoever opened it.
 /// Thread: SendTo and Wake from any thread; Receive from one thread at a time; the rest before the first
-/// Receive or
-///         from the receiving thread. Nobody may be inside a method when it is destroyed.
+///         Receive or from the receiving thread. Nobody may be inside a method when it is destroyed.
 class IUdpSocket {
 public:
     IUdpSocket(const IUdpSocket&) = delete;

@@ -16,8 +16,7 @@ namespace vxds {
 ///
 /// Owner:  VxDSStream, by value.
 /// Thread: any. A number is one aligned 32-bit access; a text is copied in and out under a lock of its own.
-/// What must
-///         be consistent over several settings is the pin's concern.
+///         What must be consistent over several settings is the pin's concern.
 class SettingsRecord {
 public:
     /// Every setting at its default.

@@ -41,9 +41,8 @@ private:
 /// good one.
 ///                       Compared as a signed number.
 /// @param isWantedElsewhere  asked between buffers: true ends the search with what is in hand. Without it a
-/// camera that
-///                           sends incomplete images only, or faster than they are skipped, would never let
-///                           go.
+///                           camera that sends incomplete images only, or faster than they are skipped, would
+///                           never let go.
 /// @return  empty when no good buffer arrived in time
 [[nodiscard]] HeldBuffer ChooseBuffer(VxPipeline& pipeline, std::uint32_t dropThreshold,
                                       FrameStatistics& statistics,

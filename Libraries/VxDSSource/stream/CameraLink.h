@@ -26,9 +26,8 @@ class SettingsRecord;
 ///
 /// Owner:  VxDSStream, by value.
 /// Thread: any. Link and pipeline change only while the caller holds the acquisition mutex as well, so frame
-/// production,
-///         which holds it, may use the pipeline without this object's lock. Everybody else goes through the
-///         lock, which is never held while calling anything but the camera library.
+///         production, which holds it, may use the pipeline without this object's lock. Everybody else goes
+///         through the lock, which is never held while calling anything but the camera library.
 class CameraLink {
 public:
     CameraLink() = default;

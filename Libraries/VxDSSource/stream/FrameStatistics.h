@@ -13,8 +13,7 @@ namespace vxds {
 ///
 /// Owner:  VxDSStream, by value.
 /// Thread: written on the streaming thread, and by ResetCounters when acquisition starts; the counters and
-/// sizes are
-///         read from any thread, each as one access.
+///         sizes are read from any thread, each as one access.
 class FrameStatistics {
 public:
     /// A new start: time stamps and counters begin again. Sizes and the error text stay.

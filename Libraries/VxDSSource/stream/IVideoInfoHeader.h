@@ -35,6 +35,5 @@ public:
 };
 
 /// @return  the wrapper that fits the type's format; null for a format type without one, and for a block that
-/// is
-///          missing or too short
+///          is missing or too short
 [[nodiscard]] std::unique_ptr<IVideoInfoHeader> MakeVideoInfoHeader(AM_MEDIA_TYPE& type);

@@ -16,8 +16,7 @@ public:
     /// @param final   where the result goes if it has its size and type; else kept memory is used. Empty: the
     /// same.
     /// @return  the result: over `final`, over memory kept here until the next call, or `source` itself when
-    /// there was
-    ///          nothing to do
+    ///          there was nothing to do
     [[nodiscard]] cv::Mat Process(const cv::Mat& source, const FrameTarget& target, const cv::Mat& final);
 
 private:

@@ -13,8 +13,7 @@ namespace simulator {
 /// @param frameNumber  as in the picture's strip; its low 32 bits are shown there
 /// @param pixelFormat  PFNC code
 /// @return  exactly the bytes that the camera sends for this frame, without padding; empty for a format that
-/// the
-///          camera does not have, for a size of 0, and for an odd width in a format that shares colour
+///          the camera does not have, for a size of 0, and for an odd width in a format that shares colour
 [[nodiscard]] std::vector<std::byte> TestPicture(std::uint64_t frameNumber, std::uint32_t widthPx,
                                                  std::uint32_t heightPx, std::uint32_t pixelFormat,
                                                  TestPattern pattern = TestPattern::ColorBars);
@@ -28,8 +27,7 @@ namespace simulator {
                                                     std::uint32_t heightPx, std::uint32_t pixelFormat);
 
 /// @return  whether all pixels not farther than radiusPx from this one, to the sides and diagonally, are
-/// inside the
-///          picture and have its colour
+///          inside the picture and have its colour
 [[nodiscard]] bool IsFlat(std::uint64_t frameNumber, std::uint32_t widthPx, std::uint32_t heightPx,
                           std::uint32_t xPx, std::uint32_t yPx, std::uint32_t radiusPx);
 

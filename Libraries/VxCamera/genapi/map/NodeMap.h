@@ -47,8 +47,7 @@ struct Chunk {
 ///
 /// Owner:  whoever loaded it. Borrows the port.
 /// Thread: any. One recursive lock per map; it is held while the port works, so a slow camera makes other
-/// users of the
-///         same map wait, and nothing else.
+///         users of the same map wait, and nothing else.
 class NodeMap {
 public:
     /// Reads a description and makes its node map. No register is read.

@@ -43,8 +43,7 @@ public:
     /// @param xml  UTF-8, UTF-16 or Latin-1; NULs and other remains behind the end of the document are
     /// ignored
     /// @return  INVALID_DATA with line and column for a text that is no camera description, or one of more
-    /// than
-    ///          16 MiB or 100,000 nodes
+    ///          than 16 MiB or 100,000 nodes
     [[nodiscard]] static VxExpected<std::shared_ptr<const Description>> Parse(std::string_view xml);
 
     Description(const Description&) = delete;

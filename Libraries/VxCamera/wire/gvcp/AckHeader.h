@@ -32,8 +32,7 @@ struct AckPacket {
 /// Takes a datagram apart; the ack code is not judged.
 /// @param datagram  bytes after the payload are ignored
 /// @return  VxError::Truncated when the header ends early, or the payload of a good acknowledge; that of an
-/// error
-///          acknowledge may be short, devices differ there
+///          error acknowledge may be short, devices differ there
 [[nodiscard]] VxExpected<AckPacket> ParseAck(std::span<const std::byte> datagram);
 
 void WriteAckHeader(VxByteWriter& out, const AckHeader& header);

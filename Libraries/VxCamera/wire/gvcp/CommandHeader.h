@@ -30,8 +30,7 @@ struct CommandPacket {
 /// Takes a datagram apart; the command code is not judged.
 /// @param datagram  bytes after the payload are ignored
 /// @return  VxError::Truncated when header or payload end early; VxError::InvalidData when the key is not
-/// that of a
-///          command or the request id is 0
+///          that of a command or the request id is 0
 [[nodiscard]] VxExpected<CommandPacket> ParseCommand(std::span<const std::byte> datagram);
 
 void WriteCommandHeader(VxByteWriter& out, const CommandHeader& header);

@@ -25,8 +25,7 @@ struct ReadRegAck {
 };
 
 /// @return  VxError::Truncated when there is no address; VxError::InvalidData when the last one is cut or
-/// there are
-///          more than one datagram can hold
+///          there are more than one datagram can hold
 [[nodiscard]] VxExpected<ReadRegCommand> ParseReadRegCommand(std::span<const std::byte> payload);
 
 /// @param addresses  1 to kMaxReadRegisters; others give VxError::InvalidParameter

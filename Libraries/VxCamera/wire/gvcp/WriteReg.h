@@ -33,8 +33,7 @@ struct WriteRegAck {
 };
 
 /// @return  VxError::Truncated when there is nothing to write; VxError::InvalidData when the last one is cut
-/// or there
-///          are more than one datagram can hold
+///          or there are more than one datagram can hold
 [[nodiscard]] VxExpected<WriteRegCommand> ParseWriteRegCommand(std::span<const std::byte> payload);
 
 /// @param writes  1 to kMaxWriteRegisters; others give VxError::InvalidParameter

@@ -41,8 +41,7 @@ constexpr std::size_t kIpUdpHeaderBytes = 20 + 8;
 
 /// @param from, to  ids of blocks, not 0
 /// @return  how many blocks lie between them along the shorter way round, negative when `to` is the older
-/// one: 1 from
-///          65535 to 1 in standard mode
+///          one: 1 from 65535 to 1 in standard mode
 [[nodiscard]] constexpr std::int64_t BlockIdStep(std::uint64_t from, std::uint64_t to, IdMode mode)
 {
     if (mode == IdMode::Extended)
