@@ -23,8 +23,8 @@ struct BlockInfo {
 
 /// Memory for one block, and what was received into it.
 ///
-/// Owner:  whoever gives it to the receiver through IBlockSink. From TakeFree until Deliver or GiveBack nobody
-///         but the receiver touches it.
+/// Owner:  whoever gives it to the receiver through IBlockSink. From TakeFree until Deliver or GiveBack
+///         nobody but the receiver touches it.
 /// Thread: one at a time.
 struct BlockBuffer {
     std::span<std::byte> memory;
