@@ -94,7 +94,7 @@ class DemoCommandTest(unittest.TestCase):
 
                 self.assertEqual((done.returncode, done.stderr), (0, ""))
                 steps = self.steps()
-                self.assertEqual(steps[0], "third-party ")
+                self.assertTrue(steps[0].startswith("third-party "), steps)
                 self.assertEqual(steps[-1], f"own-world --or-host-network {self.root}/scripts/run-demo {told}")
                 built = [step.rsplit("--target ", 1)[1] for step in steps if "--target" in step]
                 self.assertEqual(built, ["vxsim", "VxDSSource vxgrab"])
