@@ -29,7 +29,7 @@ HRESULT CreateEmptyGraph(ComPtr<IGraphBuilder>& graph)
 
 } // namespace
 
-std::size_t HandlesLostByAnEmptyGraph()
+std::map<unsigned, std::size_t> HandlesLostByAnEmptyGraph()
 {
     constexpr std::size_t kGraphs = 10; // chosen: what is lost only now and then does not count
     const auto createAndRelease = [] {
@@ -37,11 +37,15 @@ std::size_t HandlesLostByAnEmptyGraph()
         EXPECT_HRESULT_SUCCEEDED(CreateEmptyGraph(graph));
     };
     createAndRelease(); // loads the platform's modules
-    const std::size_t before = MeasureProcess().handles;
+    auto before = MeasureProcess().handlesByType;
     for (std::size_t i = 0; i < kGraphs; ++i)
         createAndRelease();
-    const std::size_t after = MeasureProcess().handles;
-    return after > before ? (after - before) / kGraphs : 0;
+    std::map<unsigned, std::size_t> lost;
+    for (const auto& [type, after] : MeasureProcess().handlesByType) {
+        if (after >= before[type] + kGraphs)
+            lost[type] = (after - before[type]) / kGraphs;
+    }
+    return lost;
 }
 
 std::size_t GrabberGraph::BuiltUntilNow()

@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <map>
 
 /// The graph of most system tests: a source, the platform's Sample Grabber, and nothing behind it that could
 /// hold frames back.
@@ -60,11 +61,10 @@ private:
     bool m_isBuilt = false;
 };
 
-/// @return  handles that the platform's own filter graph loses each time it is created and released, with no
-/// filter in
-///          it, as measured now: one event in Wine 8.0, where counts before and after a test have to allow
-///          for it
-[[nodiscard]] std::size_t HandlesLostByAnEmptyGraph();
+/// @return  handles by type that the platform's own filter graph loses each time it is created and released,
+///          with no filter in it, as measured now: one event in Wine 8.0, where counts before and after a
+///          test have to allow for it
+[[nodiscard]] std::map<unsigned, std::size_t> HandlesLostByAnEmptyGraph();
 
 /// @return  the first pin of a filter in a direction; null when it has none
 [[nodiscard]] vxgrab::ComPtr<IPin> FirstPin(IBaseFilter& filter, PIN_DIRECTION direction);

@@ -8,6 +8,7 @@
 #include <tlhelp32.h>
 #include <winternl.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstring>
@@ -56,21 +57,33 @@ std::vector<std::byte> AllHandles()
     return {};
 }
 
-std::map<unsigned, std::size_t> CountHandles()
+std::vector<HandleEntry> OwnHandles()
 {
-    std::map<unsigned, std::size_t> counts;
+    std::vector<HandleEntry> own;
     const std::vector<std::byte> buffer = AllHandles();
     if (buffer.empty())
-        return counts;
+        return own;
     HandleListHead head{};
     std::memcpy(&head, buffer.data(), sizeof(head));
     for (std::uintptr_t i = 0; i < head.count; ++i) {
         HandleEntry entry{};
         std::memcpy(&entry, buffer.data() + sizeof(head) + i * sizeof(entry), sizeof(entry));
         if (entry.processId == ::GetCurrentProcessId())
-            ++counts[entry.type];
+            own.push_back(entry);
     }
-    return counts;
+    return own;
+}
+
+/// @return  the system's number for events, which no header tells
+unsigned EventType()
+{
+    const HANDLE event = ::CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    const std::vector<HandleEntry> own = OwnHandles();
+    ::CloseHandle(event);
+    const auto found = std::find_if(own.begin(), own.end(), [&](const HandleEntry& entry) {
+        return entry.handle == reinterpret_cast<std::uintptr_t>(event);
+    });
+    return found != own.end() ? found->type : 0U;
 }
 
 std::size_t CountThreads()
@@ -103,12 +116,16 @@ std::size_t CountUdpSockets()
 
 } // namespace
 
+void ProcessUse::AllowEvents(std::size_t count)
+{
+    handlesByType[EventType()] += count;
+}
+
 ProcessUse MeasureProcess()
 {
     ProcessUse use;
-    use.handlesByType = CountHandles();
-    for (const auto& [type, count] : use.handlesByType)
-        use.handles += count;
+    for (const HandleEntry& entry : OwnHandles())
+        ++use.handlesByType[entry.type];
     use.threads = CountThreads();
     use.udpSockets = CountUdpSockets();
     return use;
@@ -116,7 +133,12 @@ ProcessUse MeasureProcess()
 
 bool IsWithin(const ProcessUse& use, const ProcessUse& limit)
 {
-    return use.handles <= limit.handles && use.threads <= limit.threads && use.udpSockets <= limit.udpSockets;
+    const auto isWithin = [&](const auto& typeAndCount) {
+        const auto found = limit.handlesByType.find(typeAndCount.first);
+        return found != limit.handlesByType.end() && typeAndCount.second <= found->second;
+    };
+    return std::all_of(use.handlesByType.begin(), use.handlesByType.end(), isWithin) &&
+           use.threads <= limit.threads && use.udpSockets <= limit.udpSockets;
 }
 
 ProcessUse MeasureProcessUntilWithin(const ProcessUse& limit)
@@ -134,9 +156,9 @@ ProcessUse MeasureProcessUntilWithin(const ProcessUse& limit)
 std::string Describe(const ProcessUse& use)
 {
     std::ostringstream text;
-    text << use.handles << " handles (by type:";
+    text << "handles by type:";
     for (const auto& [type, count] : use.handlesByType)
         text << ' ' << type << ':' << count;
-    text << "), " << use.threads << " threads, " << use.udpSockets << " UDP sockets";
+    text << "; " << use.threads << " threads, " << use.udpSockets << " UDP sockets";
     return text.str();
 }
