@@ -34,6 +34,10 @@ class _Result(unittest.TextTestResult):
             self.cases.append([test, 0.0, []])
         self.cases[-1][2].append(self.errors[-1][1])
 
+    def addSkip(self, test, reason):
+        super().addSkip(test, reason)
+        self.addFailure(test, (AssertionError, AssertionError(f"skipped: {reason}"), None))
+
     def addFailure(self, test, err):
         super().addFailure(test, err)
         self.cases[-1][2].append(self.failures[-1][1])
