@@ -3,17 +3,20 @@
 #include <windows.h>
 
 #include <chrono>
+#include <condition_variable>
 #include <filesystem>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
 /// A program that a test starts, reads and ends.
 ///
 /// Owner:  the test; the program does not outlive it.
-/// Thread: the test's; what the program prints is collected by a thread of its own.
+/// Thread: the test's; what the program prints is collected by a thread of its own, which ends with the
+///         program, whoever has inherited the program's output.
 class ChildProcess final {
 public:
     using Duration = std::chrono::steady_clock::duration;
@@ -27,9 +30,10 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     /// Waits until the program has printed a text.
+    /// @return  false when it ended without, or the time is over
     [[nodiscard]] bool WaitForOutput(const std::string& text, Duration patience);
 
-    /// Waits until the program ends by itself.
+    /// Waits until the program ends by itself; what it printed is complete then.
     /// @return  its exit code; nothing when it still runs
     [[nodiscard]] std::optional<DWORD> WaitForEnd(Duration patience);
 
@@ -40,14 +44,17 @@ public:
     [[nodiscard]] std::string Output() const;
 
 private:
+    void Start(const std::filesystem::path& program, std::wstring commandLine, HANDLE output);
     void Collect();
+    void CollectWhatIsThere(HANDLE isRead);
+    void Append(std::string_view text);
 
     HANDLE m_process = nullptr;
-    HANDLE m_readEnd = nullptr;
-    HANDLE m_grown = nullptr; // event: there is more output, or there will be none
+    HANDLE m_readEnd = INVALID_HANDLE_VALUE; // overlapped
     mutable std::mutex m_mutex;
-    std::string m_output;   // guarded by m_mutex
-    bool m_isEnded = false; // guarded by m_mutex: nothing more is printed
+    std::condition_variable m_changed; // with m_mutex: there is more output, or there will be none
+    std::string m_output;              // guarded by m_mutex
+    bool m_isEnded = false;            // guarded by m_mutex: the program ended, its output is complete
     std::thread m_reader;
 };
 
