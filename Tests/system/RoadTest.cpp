@@ -35,9 +35,9 @@ void RoadTest::GrabOnePicture(const VxSimulatedCamera& camera)
 
 void RoadTest::ExpectNothingIsLeftBy(const std::function<void()>& action)
 {
-    constexpr int kSettling = 2;         // chosen: loads modules, fills caches
-    constexpr int kRounds = 6;           // chosen: what is lost every time is lost so often,
-    constexpr std::size_t kMadeOnce = 2; // which is far more than what locks that meet by chance get
+    constexpr int kSettling = 1;         // chosen: loads modules, fills caches
+    constexpr int kRounds = 4;           // chosen: what is lost every time is lost so often,
+    constexpr std::size_t kMadeOnce = 2; // which is more than what locks get by chance
     std::size_t graphs = 0;
     ProcessUse settled;
     for (int i = 0; i < kSettling + kRounds && !HasFailure(); ++i) {
