@@ -7,6 +7,9 @@ set -euo pipefail
 # Where nobody sets it, for instance in a build service, the user's entry tells.
 HOME=${HOME:-$(getent passwd "$(id -u)" | cut -d : -f 6 || true)}
 export HOME
+# What is fetched or built once for a machine, whatever becomes of this tree.
+# shellcheck disable=SC2034  # for those who source this
+VX_CACHE=${VX_CACHE_DIR:-${XDG_CACHE_HOME:-${HOME:-/nonexistent}/.cache}/vxdssource}
 
 VX_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 VX_BUILD=$VX_ROOT/build
