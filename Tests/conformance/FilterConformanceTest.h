@@ -5,6 +5,7 @@
 #include "conformance/ConformanceSubject.h"
 #include "support/directshow/ComApartment.h"
 #include "support/directshow/SinkPin.h"
+#include "support/registry/PrivateUserRegistry.h"
 
 #include <strmif.h>
 
@@ -36,6 +37,7 @@ protected:
     ULONG References();
 
     // In this order: what is declared later lets go first.
+    const PrivateUserRegistry m_registry; // a filter may have settings saved there, for instance a camera
     const ComApartment m_com;
     const ConformanceModule module{GetParam().dll};
     SinkPin sink;
@@ -54,6 +56,7 @@ protected:
     /// @return  its exit code
     DWORD RunRegsvr32(const std::wstring& options) const;
 
+    const PrivateUserRegistry m_registry; // of this process only; classes are registered for the machine
     const ComApartment m_com;
     const ConformanceModule module{GetParam().dll};
 };
