@@ -24,7 +24,7 @@ PROJECT = pathlib.Path(__file__).resolve().parents[2]
 NATIVE = pathlib.Path(os.environ.get("VX_NATIVE_BIN", PROJECT / "build/linux-asan/bin"))
 WINDOWS = pathlib.Path(os.environ.get("VX_WINDOWS_BIN", PROJECT / "build/windows-release/bin"))
 CAMERA = ("127.0.0.1", 3956)    # fixed by the protocol: where cameras listen
-# Fixed: the filter's class (Libraries/VxDSSource/filter/Identifiers.cpp).
+# Fixed: the filter's class (Libraries/VxDSSource/filter/Identifiers.h).
 CLASS_KEY = r"HKEY_CLASSES_ROOT\CLSID\{939C9A55-207C-4024-8B29-38D22449994D}"
 
 
