@@ -1,6 +1,7 @@
 #include "BaseClasses/CAMThread.h"
 
 #include "BaseClasses/CAutoLock.h"
+#include "VxBase/VxRunningThread.h"
 
 #include <objbase.h>
 
@@ -87,6 +88,7 @@ void CAMThread::Reply(DWORD result)
 
 DWORD WINAPI CAMThread::InitialThreadProc(LPVOID thread)
 {
+    const VxRunningThread counted;
     auto* const self = static_cast<CAMThread*>(thread);
     const HRESULT com = ::CoInitializeEx(nullptr, COINIT_MULTITHREADED | COINIT_DISABLE_OLE1DDE);
 

@@ -2,6 +2,7 @@
 
 #include "BaseClasses/CClassFactory.h"
 #include "BaseClasses/CFactoryTemplate.h"
+#include "VxBase/VxRunningThread.h"
 
 #include <algorithm>
 #include <new>
@@ -49,7 +50,9 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID riid, void** object)
 
 STDAPI DllCanUnloadNow()
 {
-    return CClassFactory::IsLocked() || CBaseObject::ObjectsActive() > 0 ? S_FALSE : S_OK;
+    const bool isUsed =
+        CClassFactory::IsLocked() || CBaseObject::ObjectsActive() > 0 || VxRunningThread::Count() > 0;
+    return isUsed ? S_FALSE : S_OK;
 }
 
 // Runs under the loader's lock: no COM, no threads, no other modules.

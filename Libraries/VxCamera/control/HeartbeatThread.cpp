@@ -1,5 +1,6 @@
 #include "VxCamera/control/HeartbeatThread.h"
 
+#include "VxBase/VxRunningThread.h"
 #include "VxCamera/control/DeviceSession.h"
 
 #include <mutex>
@@ -20,7 +21,10 @@ HeartbeatThread::~HeartbeatThread()
 VxResult HeartbeatThread::Start()
 {
     try {
-        m_thread = std::thread([this] { Run(); });
+        m_thread = std::thread([this] {
+            const VxRunningThread counted;
+            Run();
+        });
     } catch (const std::system_error&) {
         return {VxError::OutOfMemory, "the system starts no further thread for the camera's heartbeat"};
     }

@@ -1,5 +1,6 @@
 #include "VxCamera/control/InterfaceScans.h"
 
+#include "VxBase/VxRunningThread.h"
 #include "VxCamera/wire/gvcp/Command.h"
 
 #include <system_error>
@@ -40,7 +41,10 @@ void InterfaceScans::Run(const OnCamera& onCamera)
     std::vector<std::thread> threads;
     for (std::size_t i = 1; i < m_scans.size(); ++i) {
         try {
-            threads.emplace_back([this, &onCamera, i] { RunOne(m_scans[i], onCamera); });
+            threads.emplace_back([this, &onCamera, i] {
+                const VxRunningThread counted;
+                RunOne(m_scans[i], onCamera);
+            });
         } catch (const std::system_error&) {
             break; // no thread left: the interfaces scanned so far must do
         }

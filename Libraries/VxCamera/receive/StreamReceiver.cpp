@@ -5,6 +5,8 @@
 #include <new>
 #include <system_error>
 
+#include "VxBase/VxRunningThread.h"
+
 namespace receive {
 
 namespace {
@@ -66,7 +68,10 @@ VxResult StreamReceiver::Start(IBlockSink& sink)
     try {
         auto slots = std::make_unique<Slots>();
         DropWhatIsThere(*slots);
-        m_thread = std::thread([this, owned = std::move(slots)] { Run(*owned); });
+        m_thread = std::thread([this, owned = std::move(slots)] {
+            const VxRunningThread counted;
+            Run(*owned);
+        });
     } catch (const std::system_error&) {
         return {VxError::OutOfMemory, "the system starts no further thread for a stream"};
     } catch (const std::bad_alloc&) {

@@ -1,5 +1,6 @@
 #include "BaseClasses/ModuleEntryPoints.h"
 
+#include "BaseClasses/CAMThread.h"
 #include "BaseClasses/CFactoryTemplate.h"
 #include "BaseClasses/ModuleRegistration.h"
 #include "BaseClasses/VxComPtr.h"
@@ -131,6 +132,29 @@ TEST_F(ModuleEntryPointsTest, CannotUnloadWhileLocked)
     EXPECT_EQ(factory->LockServer(FALSE), S_OK);
     factory.Reset();
 
+    EXPECT_EQ(::DllCanUnloadNow(), S_OK);
+}
+
+TEST_F(ModuleEntryPointsTest, CannotUnloadWhileAThreadRuns)
+{
+    class Worker final : public CAMThread {
+    public:
+        ~Worker() override { Close(); }
+        DWORD ThreadProc() override
+        {
+            const DWORD command = GetRequest();
+            Reply(command);
+            return 0;
+        }
+    };
+    Worker worker;
+    ASSERT_TRUE(worker.Create());
+    while (::DllCanUnloadNow() == S_OK) // until it has begun
+        ::SwitchToThread();
+
+    EXPECT_EQ(::DllCanUnloadNow(), S_FALSE);
+    EXPECT_EQ(worker.CallWorker(5), 5u);
+    worker.Close();
     EXPECT_EQ(::DllCanUnloadNow(), S_OK);
 }
 
