@@ -2,7 +2,9 @@
 
 #include "VxBase/VxMutex.h"
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// How a call on the camera surface counts in tests.
@@ -18,10 +20,24 @@ enum class CallKind {
 /// Thread: any.
 class CallLog {
 public:
+    std::function<void(const std::string& call)>
+        onCall; ///< called on the caller's thread, after it is recorded
+
     void Add(CallKind kind, std::string text)
     {
+        if (!onCall) {
+            Record(kind, std::move(text));
+            return;
+        }
+        Record(kind, text);
+        onCall(text);
+    }
+
+    /// Room for so many calls: recording that many allocates nothing for the list.
+    void Reserve(std::size_t calls)
+    {
         const VxLock lock(m_mutex);
-        m_calls.push_back({kind, std::move(text)});
+        m_calls.reserve(calls);
     }
 
     [[nodiscard]] std::vector<std::string> Of(CallKind kind) const
@@ -45,6 +61,12 @@ private:
         CallKind kind;
         std::string text;
     };
+
+    void Record(CallKind kind, std::string text)
+    {
+        const VxLock lock(m_mutex);
+        m_calls.push_back({kind, std::move(text)});
+    }
 
     mutable VxMutex m_mutex;
     std::vector<Call> m_calls VX_GUARDED_BY(m_mutex);

@@ -37,6 +37,7 @@ void CameraDouble::Reset()
     found.clear();
     isConnected = false;
     restored.clear();
+    log.onCall = nullptr;
     log.Clear();
 }
 

@@ -7,7 +7,7 @@
 #include "support/camera/CameraDouble.h"
 
 #include <charconv>
-#include <sstream>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -78,6 +78,7 @@ VxResult VxConfigurationWriter::Store(const VxString& value, const VxString& nam
 
 VxResult VxConfigurationWriter::SaveToString(VxString& text) const
 {
+    TheCamera().log.Add(CallKind::Query, "writer.SaveToString");
     text = m_impl->text;
     return VxResult::Ok();
 }
@@ -100,13 +101,17 @@ VxConfigurationReader::~VxConfigurationReader() = default;
 
 VxResult VxConfigurationReader::LoadFromString(const VxString& text)
 {
+    TheCamera().log.Add(CallKind::Query, "reader.LoadFromString");
     m_impl->entries.clear();
-    std::istringstream in(text.Narrow());
-    std::string entry;
-    if (!std::getline(in, entry, ';') || entry != kMark)
+    const std::string_view all = text.Narrow();
+    const std::size_t mark = all.find(';');
+    if (all.substr(0, mark) != kMark)
         return VxError::InvalidData;
-    while (std::getline(in, entry, ';'))
-        m_impl->entries.push_back(entry);
+    for (std::size_t end = mark; end != std::string_view::npos;) {
+        const std::size_t start = end + 1;
+        end = all.find(';', start);
+        m_impl->entries.emplace_back(all.substr(start, end - start));
+    }
     return VxResult::Ok();
 }
 

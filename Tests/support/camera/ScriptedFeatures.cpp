@@ -59,6 +59,12 @@ VxResult ScriptedString::SetValue(const VxString& from)
     return Write(from, value, from.Narrow());
 }
 
+VxResult ScriptedRegister::SetValue(std::span<const std::byte> from)
+{
+    return Write(std::vector<std::byte>(from.begin(), from.end()), value,
+                 std::to_string(from.size()) + " bytes");
+}
+
 VxResult ScriptedCommand::Execute()
 {
     TheCamera().log.Add(CallKind::Action, owner + "." + name + "()");
@@ -76,8 +82,12 @@ VxResult ScriptedEnum::GetEntryByIndex(std::int64_t index, const VxGenEnumEntry*
 {
     if (index < 0 || index >= static_cast<std::int64_t>(entries.size()))
         return VxError::OutOfRange;
-    m_lent.push_back(std::make_unique<ScriptedEnumEntry>(entries[static_cast<std::size_t>(index)]));
-    *entry = m_lent.back().get();
+    const std::string& wanted = entries[static_cast<std::size_t>(index)];
+    const auto isWanted = [&](const auto& lent) { return lent->Name() == wanted; };
+    auto found = std::ranges::find_if(m_lent, isWanted);
+    if (found == m_lent.end())
+        found = m_lent.insert(m_lent.end(), std::make_unique<ScriptedEnumEntry>(wanted));
+    *entry = found->get();
     return VxResult::Ok();
 }
 

@@ -6,10 +6,13 @@
 #include "VxDSSource/camera/VxGenFloat.h"
 #include "VxDSSource/camera/VxGenInteger.h"
 #include "VxDSSource/camera/VxGenParameterArray.h"
+#include "VxDSSource/camera/VxGenRegister.h"
 #include "VxDSSource/camera/VxGenString.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -117,6 +120,16 @@ public:
     VxResult FromString(const VxString& text) override { return SetValue(text); }
 };
 
+class ScriptedRegister final : public ScriptedFeature<VxGenRegister, VxGenType::Register> {
+public:
+    std::vector<std::byte> value;
+
+    VxResult GetValue(std::vector<std::byte>& to) const override { return Read(value, to); }
+    VxResult SetValue(std::span<const std::byte> from) override;
+    VxResult ToString(VxString& text) const override { return Read(VxString("bytes"), text); }
+    VxResult FromString(const VxString&) override { return VxError::NotSupported; }
+};
+
 class ScriptedCommand final : public ScriptedFeature<VxGenCommand, VxGenType::Command> {
 public:
     VxResult Execute() override;
@@ -135,6 +148,7 @@ public:
     }
     VxResult GetValue(std::int64_t&) const override { return VxError::NotSupported; }
     [[nodiscard]] bool IsAvailable() const override { return true; }
+    [[nodiscard]] const std::string& Name() const { return m_name; }
 
 private:
     std::string m_name;

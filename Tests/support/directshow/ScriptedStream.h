@@ -16,8 +16,10 @@ public:
     std::vector<std::byte> bytes;
     std::size_t position = 0;
     HRESULT atEnd = S_OK; // of a Read that returns less than it was asked for: S_OK or S_FALSE, both occur
-    std::optional<HRESULT> reading; // every Read fails with this
-    std::optional<HRESULT> writing; // every Write fails with this
+    std::optional<HRESULT> reading;      // every Read fails with this
+    std::optional<HRESULT> writing;      // every Write fails with this
+    std::optional<std::size_t> room;     // what does not fit fails with STG_E_MEDIUMFULL
+    std::optional<std::size_t> readable; // a Read beyond fails with STG_E_READFAULT
 
     STDMETHODIMP Read(void* target, ULONG count, ULONG* read) override
     {
@@ -25,6 +27,8 @@ public:
             *read = 0;
         if (reading)
             return *reading;
+        if (readable && position + count > *readable)
+            return STG_E_READFAULT;
         const auto available = static_cast<ULONG>(std::min<std::size_t>(count, bytes.size() - position));
         std::memcpy(target, bytes.data() + position, available);
         position += available;
@@ -36,6 +40,8 @@ public:
     {
         if (writing)
             return *writing;
+        if (room && bytes.size() + count > *room)
+            return STG_E_MEDIUMFULL;
         const auto* const first = static_cast<const std::byte*>(source);
         bytes.insert(bytes.end(), first, first + count);
         if (written != nullptr)
