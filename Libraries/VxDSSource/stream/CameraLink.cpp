@@ -26,6 +26,15 @@ std::uint16_t Low16(std::uint32_t number)
     return static_cast<std::uint16_t>(number & 0xFFFFU);
 }
 
+std::unique_ptr<VxPipeline> MakePipeline(VxStream& stream, const SettingsRecord& settings)
+{
+    auto pipeline = std::make_unique<VxPipeline>(&stream);
+    pipeline->SetBufferSize(settings.Number(Setting::DefaultBufferSize));
+    std::ignore = pipeline->SetBufferCount(settings.Number(Setting::BufferCount)); // else its own default
+    pipeline->SetHandleBufferTooSmall(true);
+    return pipeline;
+}
+
 } // namespace
 
 CameraLink::~CameraLink()
@@ -87,10 +96,12 @@ void CameraLink::OpenStream(const SettingsRecord& settings)
     std::unique_ptr<VxStream> stream = OpenByRole(settings);
     if (!m_lastOpenResult.IsOK())
         return; // the stream object is deleted
-    m_stream = std::move(stream);
+    std::unique_ptr<VxPipeline> pipeline = MakePipeline(*stream, settings);
     m_applied.connectionId = settings.Text(Setting::DeviceId);
     m_applied.channel = settings.Number(Setting::ParamChannel);
-    MakePipeline(settings);
+    // Together: a stream without a pipeline would never be opened again.
+    m_stream = std::move(stream);
+    m_pipeline = std::move(pipeline);
 }
 
 std::unique_ptr<VxStream> CameraLink::OpenByRole(const SettingsRecord& settings)
@@ -118,14 +129,6 @@ std::unique_ptr<VxStream> CameraLink::OpenByRole(const SettingsRecord& settings)
         m_lastOpenResult = stream->Open(deviceId, group, port, channel, VxString(), kQueuedBuffers);
     }
     return stream;
-}
-
-void CameraLink::MakePipeline(const SettingsRecord& settings)
-{
-    m_pipeline = std::make_unique<VxPipeline>(m_stream.get());
-    m_pipeline->SetBufferSize(settings.Number(Setting::DefaultBufferSize));
-    std::ignore = m_pipeline->SetBufferCount(settings.Number(Setting::BufferCount)); // else its own default
-    m_pipeline->SetHandleBufferTooSmall(true);
 }
 
 void CameraLink::SendDestination()

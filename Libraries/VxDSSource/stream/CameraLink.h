@@ -81,7 +81,6 @@ public:
 private:
     void SelectSource(SettingsRecord& settings);
     [[nodiscard]] std::unique_ptr<VxStream> OpenByRole(const SettingsRecord& settings);
-    void MakePipeline(const SettingsRecord& settings);
 
     CCritSec m_lock;
     VxDevice* m_device = nullptr; // owned: given back with VxDevice::Free

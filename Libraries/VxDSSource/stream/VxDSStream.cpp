@@ -1,8 +1,10 @@
 #include "VxDSSource/stream/VxDSStream.h"
 
+#include "BaseClasses/AtComEdge.h"
 #include "VxDSSource/stream/VxMediaTypes.h"
 
 #include <new>
+#include <tuple>
 
 using namespace vxds;
 
@@ -24,7 +26,11 @@ VxDSStream::VxDSStream(HRESULT* phr, CSource* filter, LPCWSTR pinName)
 
 VxDSStream::~VxDSStream()
 {
-    CloseConnection();
+    // Nothing is thrown out of a destructor; what is still open then ends with the link.
+    std::ignore = AtComEdge([this] {
+        CloseConnection();
+        return S_OK;
+    });
 }
 
 STDMETHODIMP VxDSStream::NonDelegatingQueryInterface(REFIID riid, void** object)

@@ -290,6 +290,25 @@ TEST_F(VxDSStreamConnectionTest, OpensAMulticastReceiver)
                              "pipeline.SetBufferCount(16)", "pipeline.SetHandleBufferTooSmall(true)"}));
 }
 
+TEST_F(VxDSStreamConnectionTest, UsesTheLow16BitsOfPortsAndChannels)
+{
+    Store(Setting::DeviceId, L"cam");
+    Store(Setting::ParamChannel, 0x10002);
+    Store(Setting::UnicastPort, 0xFFFFFFFF);
+    Store(Setting::MulticastPort, 70000);
+
+    Store(Setting::Role, 1);
+    Pin().ApplyConnection();
+    EXPECT_EQ(Done().at(1), "stream.Open(\"cam\", port 65535, channel 2, \"\", 64)");
+    Store(Setting::Role, 2);
+    Pin().ApplyConnection();
+    const Lines done = Done();
+    EXPECT_EQ(std::ranges::count(
+                  done, "stream.Open(\"cam\", group \"239.192.1.1\", port 4464, channel 2, \"\", 64)"),
+              1);
+    EXPECT_EQ(Settings().Number(Setting::MulticastPort), 70000u) << "the setting keeps what it was given";
+}
+
 TEST_F(VxDSStreamConnectionTest, ReconnectsAMulticastReceiverEachTime)
 {
     Store(Setting::Role, 2);

@@ -121,12 +121,14 @@ TEST_F(VxDSStreamFeaturesTest, NamesTheSevenTypes)
     Device().Add<ScriptedString>("String");
     Device().Add<ScriptedBoolean>("Boolean");
     Device().AddEnum("Enum", {"A"});
+    Device().Add<ScriptedRegister>("Register");
     for (const auto& [feature, name] : {std::pair{L"Width", L"Integer"},
                                         {L"Float", L"Float"},
                                         {L"String", L"String"},
                                         {L"Boolean", L"Boolean"},
                                         {L"Enum", L"Enum"},
-                                        {L"AcquisitionStart", L"Command"}}) {
+                                        {L"AcquisitionStart", L"Command"},
+                                        {L"Register", L"Register"}}) {
         EXPECT_EQ(Pin().GetFeatureType(feature, m_text), S_OK);
         EXPECT_EQ(m_text, name);
     }
