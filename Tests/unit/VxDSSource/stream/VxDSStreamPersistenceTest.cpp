@@ -2,9 +2,15 @@
 #include "VxDSSource/camera/VxConfigurationWriter.h"
 #include "VxDSSource/filter/DefaultSettings.h"
 
+#include "CanarySample.h"
 #include "PinFixture.h"
 
 #include <algorithm>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -31,6 +37,53 @@ protected:
         VxString text;
         (void)writer.SaveToString(text);
         return text;
+    }
+
+    static constexpr wchar_t kProduct[] = L"SOFTWARE\\Vantrel Technologies Inc\\VxDSSource";
+
+    static HKEY ProductKey()
+    {
+        HKEY key = nullptr;
+        EXPECT_EQ(ERROR_SUCCESS, ::RegCreateKeyExW(HKEY_CURRENT_USER, kProduct, 0, nullptr, 0, KEY_ALL_ACCESS,
+                                                   nullptr, &key, nullptr));
+        return key;
+    }
+
+    static bool HasProductKey()
+    {
+        HKEY key = nullptr;
+        const bool isThere = ::RegOpenKeyExW(HKEY_CURRENT_USER, kProduct, 0, KEY_READ, &key) == ERROR_SUCCESS;
+        if (isThere)
+            ::RegCloseKey(key);
+        return isThere;
+    }
+
+    static void WriteText(HKEY key, const wchar_t* name, const std::wstring& text)
+    {
+        EXPECT_EQ(ERROR_SUCCESS,
+                  ::RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.data()),
+                                   static_cast<DWORD>(text.size() * sizeof(wchar_t))));
+    }
+
+    /// Whether the acquisition mutex is held while these calls are made, in this order, once each. A frame
+    /// finds out: without the mutex it does not ask for a buffer.
+    std::shared_ptr<std::vector<bool>> HeldDuring(std::vector<std::string> calls)
+    {
+        auto held = std::make_shared<std::vector<bool>>();
+        TheCamera().log.onCall = [this, held, calls = std::move(calls)](const std::string& call) {
+            if (held->size() == calls.size() || call != calls[held->size()])
+                return;
+            bool isAsked = false;
+            TheCamera().onRetrieve = [&] { isAsked = true; };
+            std::thread other([&] {
+                CanarySample sample(16);
+                EXPECT_EQ(Pin().FillBuffer(&sample), S_OK);
+            });
+            other.join();
+            TheCamera().onRetrieve = nullptr;
+            held->push_back(!isAsked);
+        };
+        return held;
     }
 
     static HKEY CompanyKey(DWORD options)
@@ -213,6 +266,120 @@ TEST_F(VxDSStreamPersistenceTest, FailsToSaveWhereTheRegistryCannotBeWritten)
 
     EXPECT_FALSE(Pin().SaveDefault());
     EXPECT_EQ(Pin().DefaultSummary(), L"");
+}
+
+TEST_F(VxDSStreamPersistenceTest, HasDeletedTheOldDefaultWhenANewOneCannotBeWritten)
+{
+    // A default that is there and can be deleted, but below a key that lets no lasting one be made.
+    ::RegCloseKey(CompanyKey(REG_OPTION_VOLATILE));
+    HKEY product = nullptr;
+    ASSERT_EQ(ERROR_SUCCESS, ::RegCreateKeyExW(HKEY_CURRENT_USER, kProduct, 0, nullptr, REG_OPTION_VOLATILE,
+                                               KEY_ALL_ACCESS, nullptr, &product, nullptr));
+    WriteText(product, L"Default", L"double;text:zoomvalue=6");
+    WriteText(product, L"DefaultSummary", L"the old one");
+    ::RegCloseKey(product);
+    ASSERT_EQ(Pin().DefaultSummary(), L"the old one");
+
+    EXPECT_FALSE(Pin().SaveDefault());
+
+    EXPECT_FALSE(HasProductKey());
+    EXPECT_EQ(Pin().DefaultSummary(), L"");
+    EXPECT_EQ(Settings().Number(Setting::ZoomValue), 6u) << "the settings stay";
+}
+
+TEST_F(VxDSStreamPersistenceTest, SavesIntoAKeyOfItsOwn)
+{
+    HKEY product = ProductKey();
+    WriteText(product, L"SomethingElse", L"of an older version");
+    ::RegCloseKey(product);
+
+    EXPECT_TRUE(Pin().SaveDefault());
+
+    product = ProductKey();
+    EXPECT_EQ(::RegQueryValueExW(product, L"SomethingElse", nullptr, nullptr, nullptr, nullptr),
+              ERROR_FILE_NOT_FOUND);
+    DWORD values = 0;
+    EXPECT_EQ(ERROR_SUCCESS, ::RegQueryInfoKeyW(product, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                                &values, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(values, 2u);
+    ::RegCloseKey(product);
+}
+
+TEST_F(VxDSStreamPersistenceTest, SavesOverAKeyThatCannotBeDeleted)
+{
+    HKEY product = ProductKey();
+    HKEY below = nullptr; // a key that has keys cannot be deleted
+    ASSERT_EQ(ERROR_SUCCESS,
+              ::RegCreateKeyExW(product, L"Below", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &below, nullptr));
+    ::RegCloseKey(below);
+    ::RegCloseKey(product);
+    Store(Setting::DeviceId, L"cam");
+
+    EXPECT_TRUE(Pin().SaveDefault());
+    EXPECT_EQ(Pin().DefaultSummary(), L"Controlling and receiving from cam");
+
+    EXPECT_TRUE(Pin().ClearDefault()) << "that nothing was deleted does not matter";
+    EXPECT_EQ(Pin().DefaultSummary(), L"");
+}
+
+TEST_F(VxDSStreamPersistenceTest, KeepsTheSummaryWhenTheDefaultCannotBeCleared)
+{
+    ASSERT_TRUE(Pin().SaveDefault());
+    ASSERT_EQ(ERROR_SUCCESS, ::RegDeleteTreeW(HKEY_CURRENT_USER, L"SOFTWARE\\Vantrel Technologies Inc"));
+
+    EXPECT_FALSE(Pin().ClearDefault());
+
+    EXPECT_EQ(Pin().DefaultSummary(), L"Controlling and receiving from ");
+}
+
+TEST_F(VxDSStreamPersistenceTest, TakesSettingsAloneFromADefault)
+{
+    HKEY product = ProductKey();
+    WriteText(product, L"Default", L"double;device:;stream:;text:deviceid=cam;text:diagnosticsenabled=TRUE");
+    WriteText(product, L"DefaultSummary", L"somebody's");
+    ::RegCloseKey(product);
+
+    EXPECT_EQ(Settings().Text(Setting::DeviceId), L"cam");
+
+    EXPECT_FALSE(Settings().Flag(Setting::DiagnosticsEnabled));
+    EXPECT_EQ(Pin().DefaultSummary(), L"somebody's");
+    EXPECT_EQ(TheCamera().liveDevices, 1);
+    EXPECT_EQ(TheCamera().restored, Lines{}) << "a camera's configuration is not taken from a default";
+}
+
+TEST_F(VxDSStreamPersistenceTest, LoadsNoDefaultWithASummaryThatIsTooLong)
+{
+    HKEY product = ProductKey();
+    WriteText(product, L"Default", L"double;text:zoomvalue=6");
+    WriteText(product, L"DefaultSummary", std::wstring(129, L's'));
+    ::RegCloseKey(product);
+
+    EXPECT_EQ(Settings().Number(Setting::ZoomValue), 0u);
+    EXPECT_EQ(Pin().DefaultSummary(), L"");
+    EXPECT_EQ(Done(), Lines{});
+}
+
+// --- The acquisition mutex.
+
+TEST_F(VxDSStreamPersistenceTest, ReadsTheSettingsUnderTheMutexAndWritesTheTextWithoutIt)
+{
+    ConnectAndForget();
+    const auto wasHeld = HeldDuring({"writer.Store(device, \"\")", "writer.SaveToString"});
+
+    (void)Pin().StoreConfiguration(VxConfigurationForm::Full);
+
+    EXPECT_EQ(*wasHeld, (std::vector<bool>{true, false}));
+}
+
+TEST_F(VxDSStreamPersistenceTest, TakesSettingsAndCamerasConfigurationUnderTheMutex)
+{
+    ConnectAndForget();
+    const VxString text = Pin().StoreConfiguration(VxConfigurationForm::Full);
+    const auto wasHeld = HeldDuring({"reader.LoadFromString", "reader.Restore(0, device)"});
+
+    Pin().RestoreConfiguration(text, VxConfigurationForm::Full);
+
+    EXPECT_EQ(*wasHeld, (std::vector<bool>{true, true}));
 }
 
 TEST_F(VxDSStreamPersistenceTest, ForgetsTheSummaryWhenSavingFailsAfterTheOldDefaultIsGone)
