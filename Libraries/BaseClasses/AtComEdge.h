@@ -7,16 +7,16 @@
 
 /// Runs a function and turns any exception into a failure code: nothing is thrown out of a COM method or a
 /// thread.
-/// @return  what the function returns; E_OUTOFMEMORY for std::bad_alloc, E_UNEXPECTED for every other
-/// exception
+/// @param failure  code for an exception that is not std::bad_alloc, where E_UNEXPECTED means something else
+/// @return  what the function returns; E_OUTOFMEMORY for std::bad_alloc, failure for every other exception
 template <typename Function>
-[[nodiscard]] HRESULT AtComEdge(Function&& function) noexcept
+[[nodiscard]] HRESULT AtComEdge(Function&& function, HRESULT failure = E_UNEXPECTED) noexcept
 {
     try {
         return std::forward<Function>(function)();
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
     } catch (...) {
-        return E_UNEXPECTED;
+        return failure;
     }
 }

@@ -15,11 +15,11 @@ struct ConformanceSubject {
         std::wstring name;
     };
 
-    std::wstring dll;     // path from the test program's folder
-    CLSID clsid;          // the filter's
-    std::wstring name;    // under which devices are listed
-    std::wstring pinName; // of its first pin, an output
-    std::vector<Class> classes;
+    std::wstring dll;           // path from the test program's folder
+    CLSID clsid;                // the filter's
+    std::wstring name;          // under which devices are listed
+    std::wstring pinName;       // of its first pin, an output
+    std::vector<Class> classes; // every page that is there is among them
 
     bool hasPages;        // ISpecifyPropertyPages on the filter
     bool isPersistent;    // IPersistStream on the filter

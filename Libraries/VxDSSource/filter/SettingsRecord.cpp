@@ -20,6 +20,7 @@ std::int32_t ReadLikeAStream(const VxString& text, std::int32_t present)
 {
     std::istringstream in(text.Narrow());
     in.imbue(std::locale::classic()); // the host program's locale must not change what a configuration means
+    in.exceptions(std::ios_base::badbit); // without memory the number is not missing: the exception goes on
     in >> present;
     return present;
 }

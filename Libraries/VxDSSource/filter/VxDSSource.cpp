@@ -5,12 +5,16 @@
 #include "VxDSSource/filter/Identifiers.h"
 #include "VxDSSource/stream/VxDSStream.h"
 
+#include <algorithm>
+#include <array>
+#include <memory>
 #include <new>
 
 namespace {
 
 constexpr char kObjectName[] = "Vexa DirectShow Source";
 constexpr wchar_t kPinName[] = L"Output";
+constexpr std::array<GUID, 3> kPages = {CLSID_ParametersPage, CLSID_BrowserPage, CLSID_AboutPage};
 
 } // namespace
 
@@ -31,8 +35,11 @@ VxDSSource::VxDSSource(LPUNKNOWN outer, HRESULT* phr)
 {
     const CAutoLock lock(&m_cStateLock);
     m_paStreams = new CSourceStream* [1] {};
-    // The pin adds itself, and puts an array of its own in place of this one before it is stored again.
-    m_paStreams[0] = new (std::nothrow) VxDSStream(phr, this, kPinName);
+    std::unique_ptr<VxDSStream> pin(new (std::nothrow) VxDSStream(phr, this, kPinName));
+    // The pin adds itself, with an array of its own in place of this one; without memory for that it is not
+    // among the filter's pins, and phr says so.
+    if (GetPinCount() == 1)
+        m_paStreams[0] = pin.release();
 }
 
 VxDSSource::~VxDSSource() = default;
@@ -43,6 +50,8 @@ STDMETHODIMP VxDSSource::NonDelegatingQueryInterface(REFIID riid, void** object)
         return E_POINTER;
     if (riid == IID_IVxDSSource)
         return GetInterface(static_cast<IVxDSSource*>(this), object);
+    if (riid == IID_ISpecifyPropertyPages)
+        return GetInterface(static_cast<ISpecifyPropertyPages*>(this), object);
     if (riid == IID_IPersistStream)
         return GetInterface(static_cast<IPersistStream*>(this), object);
     if (riid == IID_IAMDroppedFrames)
@@ -58,11 +67,20 @@ STDMETHODIMP VxDSSource::GetClassID(CLSID* clsid)
     return S_OK;
 }
 
-HRESULT VxDSSource::OnPin(const std::function<HRESULT(VxDSStream&)>& call)
+STDMETHODIMP VxDSSource::GetPages(CAUUID* pages)
 {
-    return AtComEdge([&] {
-        // The one pin there is, for as long as the filter lives: no lock is needed to find it.
-        auto* const pin = static_cast<VxDSStream*>(m_paStreams[0]);
-        return pin != nullptr ? call(*pin) : E_OUTOFMEMORY;
-    });
+    if (pages == nullptr)
+        return E_POINTER;
+    auto* const ids = static_cast<GUID*>(::CoTaskMemAlloc(sizeof(kPages)));
+    if (ids == nullptr)
+        return E_OUTOFMEMORY;
+    std::ranges::copy(kPages, ids);
+    pages->cElems = static_cast<ULONG>(kPages.size()); // three
+    pages->pElems = ids;
+    return S_OK;
+}
+
+VxDSStream* VxDSSource::Pin() const
+{
+    return static_cast<VxDSStream*>(m_paStreams[0]);
 }

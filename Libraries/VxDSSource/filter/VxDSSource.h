@@ -1,11 +1,13 @@
 #pragma once
 
+#include "BaseClasses/AtComEdge.h"
 #include "BaseClasses/CPersistStream.h"
 #include "BaseClasses/CSource.h"
 #include "VxDSSource/filter/IVxDSSource.h"
 
-#include <functional>
-#include <string>
+#include <ocidl.h>
+
+#include <cstddef>
 
 class VxDSStream;
 
@@ -18,7 +20,11 @@ enum class Setting : std::size_t;
 ///
 /// Owner:  its references.
 /// Thread: any; the filter itself takes no lock in the methods of IVxDSSource and IAMDroppedFrames.
-class VxDSSource final : public CSource, public CPersistStream, public IVxDSSource, public IAMDroppedFrames {
+class VxDSSource final : public CSource,
+                         public ISpecifyPropertyPages,
+                         public CPersistStream,
+                         public IVxDSSource,
+                         public IAMDroppedFrames {
 public:
     DECLARE_IUNKNOWN
 
@@ -34,6 +40,10 @@ public:
 
     // IPersist, of IBaseFilter and of IPersistStream
     STDMETHODIMP GetClassID(CLSID* clsid) override;
+
+    // ISpecifyPropertyPages
+    /// The classes of the three pages, in the order of their tabs. Naming them asks nothing of a camera.
+    STDMETHODIMP GetPages(CAUUID* pages) override;
 
     // CPersistStream (VxDSSourcePersistence.cpp)
     int SizeMax() override;
@@ -104,16 +114,27 @@ public:
     STDMETHODIMP GetAverageFrameSize(long* bytes) override;
 
 private:
-    /// Calls the pin; nothing is thrown out. E_OUTOFMEMORY when there was no memory for a pin.
-    [[nodiscard]] HRESULT OnPin(const std::function<HRESULT(VxDSStream&)>& call);
+    /// The one pin there is, for as long as the filter lives: no lock is needed to find it. Null when there
+    /// was no memory for it.
+    [[nodiscard]] VxDSStream* Pin() const;
+
+    /// Calls the pin; nothing is thrown out, and nothing is allocated on the way.
+    /// @return  what the call returns; E_OUTOFMEMORY, also when there was no memory for a pin; E_FAIL for
+    /// every
+    ///          other exception, because E_UNEXPECTED tells that features are not there
+    template <typename Call>
+    [[nodiscard]] HRESULT OnPin(Call&& call)
+    {
+        return AtComEdge(
+            [&]() -> HRESULT {
+                VxDSStream* const pin = Pin();
+                return pin != nullptr ? call(*pin) : E_OUTOFMEMORY;
+            },
+            E_FAIL);
+    }
+
     [[nodiscard]] HRESULT ReadNumber(vxds::Setting setting, UINT* value);
     [[nodiscard]] HRESULT WriteNumber(vxds::Setting setting, UINT value);
     [[nodiscard]] HRESULT ReadText(vxds::Setting setting, BSTR* value);
     [[nodiscard]] HRESULT WriteText(vxds::Setting setting, BSTR value);
-    /// Hands a text out when the call that fills it succeeds.
-    [[nodiscard]] HRESULT ReadFeatureText(BSTR* text,
-                                          const std::function<HRESULT(VxDSStream&, std::wstring&)>& call);
-    /// Hands a reason out when the call that fills it fails and there is one.
-    [[nodiscard]] HRESULT WriteFeature(BSTR* error,
-                                       const std::function<HRESULT(VxDSStream&, std::wstring&)>& call);
 };

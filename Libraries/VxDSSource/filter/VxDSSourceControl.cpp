@@ -4,6 +4,7 @@
 #include "VxDSSource/filter/SettingsRecord.h"
 #include "VxDSSource/stream/VxDSStream.h"
 
+#include <string>
 #include <tuple>
 
 using vxds::Setting;
@@ -13,6 +14,32 @@ namespace {
 BOOL ToBool(bool value)
 {
     return value ? TRUE : FALSE;
+}
+
+/// Result of work on the saved default: 0, and 1 for whatever went wrong, which is no failure code.
+HRESULT DoneOrOne(HRESULT result)
+{
+    return result == S_OK ? S_OK : S_FALSE;
+}
+
+/// Hands a text out when the call that fills it succeeds.
+template <typename Call>
+HRESULT FillText(BSTR* target, Call&& call)
+{
+    std::wstring text;
+    const HRESULT result = call(text);
+    return SUCCEEDED(result) ? ReturnText(text, target) : result;
+}
+
+/// Hands a reason out when the call that fills it fails and there is one.
+template <typename Call>
+HRESULT ExplainFailure(BSTR* target, Call&& call)
+{
+    std::wstring reason;
+    const HRESULT result = call(reason);
+    if (FAILED(result) && !reason.empty())
+        std::ignore = ReturnText(reason, target); // without memory there is no reason to read
+    return result;
 }
 
 } // namespace
@@ -43,27 +70,6 @@ HRESULT VxDSSource::WriteText(Setting setting, BSTR value)
     return OnPin([&](VxDSStream& pin) {
         pin.Settings().Store(setting, TextOf(value));
         return S_OK;
-    });
-}
-
-HRESULT VxDSSource::ReadFeatureText(BSTR* text,
-                                    const std::function<HRESULT(VxDSStream&, std::wstring&)>& call)
-{
-    return OnPin([&](VxDSStream& pin) {
-        std::wstring content;
-        const HRESULT result = call(pin, content);
-        return SUCCEEDED(result) ? ReturnText(content, text) : result;
-    });
-}
-
-HRESULT VxDSSource::WriteFeature(BSTR* error, const std::function<HRESULT(VxDSStream&, std::wstring&)>& call)
-{
-    return OnPin([&](VxDSStream& pin) {
-        std::wstring reason;
-        const HRESULT result = call(pin, reason);
-        if (FAILED(result) && !reason.empty())
-            std::ignore = ReturnText(reason, error); // without memory there is no reason to read
-        return result;
     });
 }
 
@@ -159,8 +165,9 @@ STDMETHODIMP VxDSSource::GetSourceCount(UINT* count)
 
 STDMETHODIMP VxDSSource::GetSourceName(UINT index, BSTR* name)
 {
-    return ReadFeatureText(
-        name, [&](VxDSStream& pin, std::wstring& text) { return pin.GetSourceName(index, text); });
+    return OnPin([&](VxDSStream& pin) {
+        return FillText(name, [&](std::wstring& text) { return pin.GetSourceName(index, text); });
+    });
 }
 
 STDMETHODIMP VxDSSource::GetParamSource(BSTR* source)
@@ -267,34 +274,40 @@ STDMETHODIMP VxDSSource::GetParameterCount(UINT* count)
 
 STDMETHODIMP VxDSSource::GetParameterName(UINT index, BSTR* name)
 {
-    return ReadFeatureText(
-        name, [&](VxDSStream& pin, std::wstring& text) { return pin.GetFeatureName(index, text); });
+    return OnPin([&](VxDSStream& pin) {
+        return FillText(name, [&](std::wstring& text) { return pin.GetFeatureName(index, text); });
+    });
 }
 
 STDMETHODIMP VxDSSource::GetParameterCategory(BSTR name, BSTR* category)
 {
-    return ReadFeatureText(category, [&](VxDSStream& pin, std::wstring& text) {
-        return pin.GetFeatureCategory(TextOf(name), text);
+    return OnPin([&](VxDSStream& pin) {
+        return FillText(category,
+                        [&](std::wstring& text) { return pin.GetFeatureCategory(TextOf(name), text); });
     });
 }
 
 STDMETHODIMP VxDSSource::GetParameterValue(BSTR name, BSTR* value)
 {
-    return ReadFeatureText(
-        value, [&](VxDSStream& pin, std::wstring& text) { return pin.GetFeatureValue(TextOf(name), text); });
+    return OnPin([&](VxDSStream& pin) {
+        return FillText(value, [&](std::wstring& text) { return pin.GetFeatureValue(TextOf(name), text); });
+    });
 }
 
 STDMETHODIMP VxDSSource::SetParameterValue(BSTR name, BSTR value, BSTR* error)
 {
-    return WriteFeature(error, [&](VxDSStream& pin, std::wstring& reason) {
-        return pin.SetFeatureValue(TextOf(name), TextOf(value), reason);
+    return OnPin([&](VxDSStream& pin) {
+        return ExplainFailure(error, [&](std::wstring& reason) {
+            return pin.SetFeatureValue(TextOf(name), TextOf(value), reason);
+        });
     });
 }
 
 STDMETHODIMP VxDSSource::GetParameterType(BSTR name, BSTR* type)
 {
-    return ReadFeatureText(
-        type, [&](VxDSStream& pin, std::wstring& text) { return pin.GetFeatureType(TextOf(name), text); });
+    return OnPin([&](VxDSStream& pin) {
+        return FillText(type, [&](std::wstring& text) { return pin.GetFeatureType(TextOf(name), text); });
+    });
 }
 
 STDMETHODIMP VxDSSource::GetParameterAccess(BSTR name, BOOL* available, BOOL* readable, BOOL* writable)
@@ -315,8 +328,9 @@ STDMETHODIMP VxDSSource::GetParameterAccess(BSTR name, BOOL* available, BOOL* re
 
 STDMETHODIMP VxDSSource::ExecuteCommand(BSTR name, BSTR* error)
 {
-    return WriteFeature(error, [&](VxDSStream& pin, std::wstring& reason) {
-        return pin.ExecuteFeature(TextOf(name), reason);
+    return OnPin([&](VxDSStream& pin) {
+        return ExplainFailure(error,
+                              [&](std::wstring& reason) { return pin.ExecuteFeature(TextOf(name), reason); });
     });
 }
 
@@ -327,8 +341,9 @@ STDMETHODIMP VxDSSource::GetEnumEntryCount(BSTR name, UINT* count)
 
 STDMETHODIMP VxDSSource::GetEnumEntryName(BSTR name, UINT index, BSTR* entry)
 {
-    return ReadFeatureText(entry, [&](VxDSStream& pin, std::wstring& text) {
-        return pin.GetEnumEntryName(TextOf(name), index, text);
+    return OnPin([&](VxDSStream& pin) {
+        return FillText(entry,
+                        [&](std::wstring& text) { return pin.GetEnumEntryName(TextOf(name), index, text); });
     });
 }
 
@@ -383,12 +398,12 @@ STDMETHODIMP VxDSSource::SetOutputSize(INT widthPx, INT heightPx)
 
 STDMETHODIMP VxDSSource::SaveDefault()
 {
-    return OnPin([](VxDSStream& pin) { return pin.SaveDefault() ? S_OK : S_FALSE; });
+    return DoneOrOne(OnPin([](VxDSStream& pin) { return pin.SaveDefault() ? S_OK : S_FALSE; }));
 }
 
 STDMETHODIMP VxDSSource::ClearDefault()
 {
-    return OnPin([](VxDSStream& pin) { return pin.ClearDefault() ? S_OK : S_FALSE; });
+    return DoneOrOne(OnPin([](VxDSStream& pin) { return pin.ClearDefault() ? S_OK : S_FALSE; }));
 }
 
 STDMETHODIMP VxDSSource::GetDefaultSummary(BSTR* summary)

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -119,6 +120,30 @@ TEST_F(DefaultSettingsTest, IgnoresADefaultWithAnEmptySummary)
     DWORD type = 0;
     EXPECT_TRUE(Bytes(L"DefaultSummary", type).empty());
     EXPECT_FALSE(m_defaults.Load());
+}
+
+TEST_F(DefaultSettingsTest, IgnoresADefaultWithAnEmptyConfiguration)
+{
+    ASSERT_TRUE(m_defaults.Write(L"", L"summary"));
+
+    EXPECT_FALSE(m_defaults.Load());
+}
+
+TEST_F(DefaultSettingsTest, WritesNoSummaryWhenTheConfigurationCannotBeWritten)
+{
+    // One byte more than a registry value can be told to have: addresses alone, because nobody shall read it.
+    constexpr std::size_t kTooLong = (std::size_t{1} << 32) / sizeof(wchar_t);
+    void* const addresses = ::VirtualAlloc(nullptr, kTooLong * sizeof(wchar_t), MEM_RESERVE, PAGE_NOACCESS);
+    ASSERT_NE(addresses, nullptr);
+
+    EXPECT_FALSE(m_defaults.Write({static_cast<const wchar_t*>(addresses), kTooLong}, L"summary"));
+
+    EXPECT_TRUE(::VirtualFree(addresses, 0, MEM_RELEASE));
+    EXPECT_TRUE(HasKey(kProduct));
+    HKEY key = CreateKey(kProduct);
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND,
+              ::RegQueryValueExW(key, L"DefaultSummary", nullptr, nullptr, nullptr, nullptr));
+    ::RegCloseKey(key);
 }
 
 TEST_F(DefaultSettingsTest, IgnoresValuesThatAreMissingOrOfAnotherType)

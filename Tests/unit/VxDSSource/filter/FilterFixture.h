@@ -4,6 +4,7 @@
 #include "VxDSSource/filter/IVxDSSource.h"
 #include "VxDSSource/filter/Identifiers.h"
 #include "VxDSSource/filter/VxDSSource.h"
+#include "VxDSSource/stream/VxDSStream.h"
 #include "support/camera/CameraDouble.h"
 #include "support/directshow/ComApartment.h"
 #include "support/registry/PrivateUserRegistry.h"
@@ -65,6 +66,7 @@ protected:
             HRESULT result = S_OK;
             CUnknown* const object = VxDSSource::CreateInstance(nullptr, &result);
             EXPECT_EQ(result, S_OK);
+            m_pin = static_cast<VxDSStream*>(static_cast<VxDSSource*>(object)->GetPin(0));
             object->NonDelegatingAddRef();
             EXPECT_EQ(object->NonDelegatingQueryInterface(IID_IBaseFilter, m_filter.PutVoid()), S_OK);
             object->NonDelegatingRelease();
@@ -88,9 +90,17 @@ protected:
         return *m_control.Get();
     }
 
+    /// The filter's pin, on the near side of COM; borrowed.
+    VxDSStream& Pin()
+    {
+        Filter();
+        return *m_pin;
+    }
+
     void DestroyFilter()
     {
         m_control.Reset();
+        m_pin = nullptr;
         if (IBaseFilter* const filter = m_filter.Detach()) {
             EXPECT_EQ(filter->Release(), 0u) << "somebody still holds the filter";
         }
@@ -117,4 +127,5 @@ private:
     const LONG m_objectsBefore = CBaseObject::ObjectsActive();
     VxComPtr<IBaseFilter> m_filter;
     VxComPtr<IVxDSSource> m_control;
+    VxDSStream* m_pin = nullptr; // borrowed: m_filter owns it; null without memory for one
 };

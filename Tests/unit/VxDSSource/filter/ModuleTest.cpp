@@ -5,6 +5,7 @@
 #include "support/registry/PrivateUserRegistry.h"
 
 #include <strmif.h>
+#include <tlhelp32.h>
 #include <uuids.h>
 
 #include <gtest/gtest.h>
@@ -35,6 +36,20 @@ std::wstring TextOf(const GUID& id)
     WCHAR text[39] = {};
     EXPECT_GT(::StringFromGUID2(id, text, 39), 0);
     return text;
+}
+
+int ThreadsOfThisProcess()
+{
+    const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    EXPECT_NE(snapshot, INVALID_HANDLE_VALUE);
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof(entry);
+    int threads = 0;
+    for (BOOL more = ::Thread32First(snapshot, &entry); more; more = ::Thread32Next(snapshot, &entry))
+        threads += entry.th32OwnerProcessID == ::GetCurrentProcessId() ? 1 : 0;
+    ::CloseHandle(snapshot);
+    EXPECT_GT(threads, 0);
+    return threads;
 }
 
 /// The module as it was built, with the camera library inside.
@@ -97,6 +112,22 @@ TEST_F(ModuleTest, StaysLoadedWhileAClientLocksIt)
     ASSERT_EQ(Factory()->LockServer(TRUE), S_OK);
     EXPECT_EQ(Call("DllCanUnloadNow"), S_FALSE);
     ASSERT_EQ(Factory()->LockServer(FALSE), S_OK);
+}
+
+TEST_F(ModuleTest, StartsNoThreadWhileItIsLookedAt)
+{
+    const int before = ThreadsOfThisProcess();
+    VxComPtr<IVxDSSource> control;
+    ASSERT_EQ(Factory()->CreateInstance(nullptr, IID_IVxDSSource, control.PutVoid()), S_OK);
+    VxComPtr<IPin> pin;
+    ASSERT_EQ(control.As<IBaseFilter>()->FindPin(L"1", pin.Put()), S_OK);
+    AM_MEDIA_TYPE* type = nullptr;
+    VIDEO_STREAM_CONFIG_CAPS caps{};
+    ASSERT_EQ(pin.As<IAMStreamConfig>()->GetStreamCaps(0, &type, reinterpret_cast<BYTE*>(&caps)), S_OK);
+    ::CoTaskMemFree(type->pbFormat);
+    ::CoTaskMemFree(type);
+
+    EXPECT_EQ(ThreadsOfThisProcess(), before);
 }
 
 TEST_F(ModuleTest, OffersNoOtherClass)
@@ -185,6 +216,50 @@ TEST_F(ModuleTest, IsCreatedByItsClassOnceItIsRegisteredAndLeavesNoKeyBehind)
     EXPECT_FALSE(HasClassesKey(captureKey));
     EXPECT_FALSE(HasClassesKey(filterKey));
     EXPECT_TRUE(FAILED(Call("DllUnregisterServer"))) << "there is nothing left to unregister";
+}
+
+TEST_F(ModuleTest, StaysRegisteredWhenItIsNoCaptureDeviceAnyMore)
+{
+    const std::wstring classKey = L"CLSID\\" + TextOf(CLSID_VxDSSource);
+    ASSERT_EQ(Call("DllRegisterServer"), S_OK);
+    VxComPtr<IFilterMapper2> mapper;
+    ASSERT_EQ(::CoCreateInstance(CLSID_FilterMapper2, nullptr, CLSCTX_INPROC_SERVER, IID_IFilterMapper2,
+                                 mapper.PutVoid()),
+              S_OK);
+    ASSERT_EQ(mapper->UnregisterFilter(&CLSID_VideoInputDeviceCategory, nullptr, CLSID_VxDSSource), S_OK);
+
+    EXPECT_EQ(Call("DllUnregisterServer"), HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
+    EXPECT_TRUE(HasClassesKey(classKey)) << "the server's keys were not touched";
+
+    ASSERT_EQ(Call("DllRegisterServer"), S_OK) << "registering again mends it";
+    EXPECT_EQ(Call("DllUnregisterServer"), S_OK);
+    EXPECT_FALSE(HasClassesKey(classKey));
+}
+
+TEST_F(ModuleTest, KeepsADefaultWithLongTexts)
+{
+    // As long as the texts may be: the summary's words leave 97 of its 128 characters to the device id.
+    BSTR id = ::SysAllocString(std::wstring(97, L'd').c_str());
+    BSTR source = ::SysAllocString(std::wstring(100, L's').c_str());
+    VxComPtr<IVxDSSource> control;
+    ASSERT_EQ(Factory()->CreateInstance(nullptr, IID_IVxDSSource, control.PutVoid()), S_OK);
+    EXPECT_EQ(control->SetParamSource(source), S_OK);
+    EXPECT_EQ(control->SetDeviceId(id), S_OK);
+    EXPECT_EQ(control->SetBufferCount(0x80000000), S_OK);
+    ASSERT_EQ(control->SaveDefault(), 0);
+    ::SysFreeString(id);
+    ::SysFreeString(source);
+
+    HKEY key = nullptr;
+    ASSERT_EQ(ERROR_SUCCESS,
+              ::RegOpenKeyExW(HKEY_CURRENT_USER, L"SOFTWARE\\Vantrel Technologies Inc\\VxDSSource", 0,
+                              KEY_READ, &key));
+    DWORD bytes = 0;
+    EXPECT_EQ(ERROR_SUCCESS, ::RegQueryValueExW(key, L"Default", nullptr, nullptr, nullptr, &bytes));
+    EXPECT_LE(bytes, 4096u) << "a longer one is not loaded";
+    EXPECT_EQ(ERROR_SUCCESS, ::RegQueryValueExW(key, L"DefaultSummary", nullptr, nullptr, nullptr, &bytes));
+    EXPECT_LE(bytes, 256u);
+    ::RegCloseKey(key);
 }
 
 } // namespace

@@ -100,11 +100,17 @@ private:
 class FakeMappers final : public IVxFilterMapperFactory {
 public:
     FakeMapper mapper;
-    int working = 100; ///< how many mappers can be created
+    int working = 100;  ///< how many mappers can be created
+    int created = 0;    ///< how many were asked for
+    bool hadCom = true; ///< whether COM was there each time
 
     HRESULT CreateMapper2(IFilterMapper2** result) override
     {
         *result = nullptr;
+        ++created;
+        APTTYPE apartment{};
+        APTTYPEQUALIFIER qualifier{};
+        hadCom = hadCom && SUCCEEDED(::CoGetApartmentType(&apartment, &qualifier));
         if (working-- <= 0)
             return REGDB_E_CLASSNOTREG;
         mapper.AddRef();
@@ -163,6 +169,7 @@ TEST_F(RegistrationTest, UnregistersCaptureDeviceThenFilterThenServer)
 
     EXPECT_FALSE(IsServerRegistered());
     EXPECT_EQ(m_mappers.mapper.calls, (Calls{"unregister capture", "unregister"}));
+    EXPECT_TRUE(m_mappers.mapper.problems.empty());
 }
 
 TEST_F(RegistrationTest, RegistersNoCaptureDeviceWhenTheFilterCannotBeRegistered)
@@ -182,6 +189,42 @@ TEST_F(RegistrationTest, ReturnsWhyTheCaptureDeviceCouldNotBeRegistered)
     EXPECT_EQ(vxds::RegisterModule(m_mappers), E_UNEXPECTED);
 
     EXPECT_TRUE(IsServerRegistered()) << "what precedes it stays";
+}
+
+TEST_F(RegistrationTest, RegistersNoCaptureDeviceWhenNoMapperCanBeCreated)
+{
+    m_mappers.working = 0;
+
+    EXPECT_EQ(vxds::RegisterModule(m_mappers), REGDB_E_CLASSNOTREG);
+
+    EXPECT_TRUE(IsServerRegistered()) << "the server was registered before";
+    EXPECT_EQ(m_mappers.created, 1) << "for the filter; none was tried for the capture device";
+}
+
+TEST_F(RegistrationTest, GivesEveryMapperBackAndLeavesComAsItWas)
+{
+    ASSERT_EQ(vxds::RegisterModule(m_mappers), S_OK);
+    ASSERT_EQ(vxds::UnregisterModule(m_mappers), S_OK);
+
+    EXPECT_EQ(m_mappers.created, 4);
+    EXPECT_EQ(m_mappers.mapper.References(), 0);
+    EXPECT_TRUE(m_mappers.hadCom);
+    APTTYPE apartment{};
+    APTTYPEQUALIFIER qualifier{};
+    EXPECT_EQ(::CoGetApartmentType(&apartment, &qualifier), CO_E_NOTINITIALIZED)
+        << "the test has no COM of its own";
+}
+
+TEST_F(RegistrationTest, WorksInAThreadThatHasComInAnotherMode)
+{
+    ASSERT_EQ(::CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+
+    EXPECT_EQ(vxds::RegisterModule(m_mappers), S_OK);
+
+    APTTYPE apartment{};
+    APTTYPEQUALIFIER qualifier{};
+    EXPECT_EQ(::CoGetApartmentType(&apartment, &qualifier), S_OK) << "its COM was not taken away";
+    ::CoUninitialize();
 }
 
 TEST_F(RegistrationTest, ReturnsWhyTheSecondMapperCouldNotBeCreated)

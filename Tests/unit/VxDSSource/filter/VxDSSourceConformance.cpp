@@ -8,7 +8,7 @@ VX_CONFORMANCE_OF(VxDSSource, ConformanceSubject{
                                   kFilterName,
                                   L"Output",
                                   {{CLSID_VxDSSource, kFilterName}},
-                                  false, // no property pages yet
+                                  true, // names its three pages; none of them is a class of the module yet
                                   true,
                                   true,
                                   true,

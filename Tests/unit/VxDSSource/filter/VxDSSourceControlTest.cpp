@@ -1,6 +1,9 @@
 #include "FilterFixture.h"
+#include "support/directshow/SinkPin.h"
+#include "unit/VxDSSource/stream/CanarySample.h"
+#include "unit/VxDSSource/stream/RenegotiatingSink.h"
 
-#include <functional>
+#include <amvideo.h>
 
 namespace {
 
@@ -114,6 +117,19 @@ TEST_F(VxDSSourceControlTest, MakesEveryNonZeroDiagnosticsSwitchTrue)
     EXPECT_EQ(enabled, 0);
 }
 
+TEST_F(VxDSSourceControlTest, AsksForACleanFrameOnceWhenDiagnosticsAreSwitchedOff)
+{
+    const auto isCleanUpRaised = [&](BOOL enabled) {
+        EXPECT_EQ(Control().SetDiagnosticsEnabled(enabled), S_OK);
+        return Pin().Statistics().IsClearPending();
+    };
+
+    EXPECT_FALSE(isCleanUpRaised(FALSE)) << "off to off";
+    EXPECT_FALSE(isCleanUpRaised(TRUE));
+    EXPECT_FALSE(isCleanUpRaised(TRUE)) << "on to on";
+    EXPECT_TRUE(isCleanUpRaised(FALSE)) << "on to off";
+}
+
 TEST_F(VxDSSourceControlTest, RefusesKernelSizesOutsideTheThree)
 {
     EXPECT_EQ(Control().SetKernelSize(3), S_OK);
@@ -128,8 +144,12 @@ TEST_F(VxDSSourceControlTest, RefusesKernelSizesOutsideTheThree)
 
 TEST_F(VxDSSourceControlTest, StoresALargeZoomAsTenAndANegativeOneAsItIs)
 {
-    EXPECT_EQ(Control().SetZoomValue(25), S_OK);
-    EXPECT_EQ(Read(&IVxDSSource::GetZoomValue), 10u);
+    for (const INT zoom : {10, 11, 25, 0x7FFFFFFF}) {
+        EXPECT_EQ(Control().SetZoomValue(zoom), S_OK);
+        EXPECT_EQ(Read(&IVxDSSource::GetZoomValue), 10u) << zoom;
+    }
+    EXPECT_EQ(Control().SetZoomValue(9), S_OK);
+    EXPECT_EQ(Read(&IVxDSSource::GetZoomValue), 9u);
     EXPECT_EQ(Control().SetZoomValue(-3), S_OK);
     EXPECT_EQ(static_cast<INT>(Read(&IVxDSSource::GetZoomValue)), -3);
 }
@@ -144,6 +164,28 @@ TEST_F(VxDSSourceControlTest, RefusesAnOutputSizeBelowOne)
     EXPECT_EQ(Control().GetOutputSize(&width, &height), S_OK);
     EXPECT_EQ(width, 640u);
     EXPECT_EQ(height, 480u);
+    EXPECT_EQ(Control().SetOutputSize(1, 1), S_OK);
+    EXPECT_EQ(Control().GetOutputSize(&width, &height), S_OK);
+    EXPECT_EQ(width, 1u);
+    EXPECT_EQ(height, 1u);
+}
+
+TEST_F(VxDSSourceControlTest, RenegotiatesTheMediaTypeWithTheOutputSize)
+{
+    Connect();
+    RenegotiatingSink sink;
+    VxComPtr<IPin> pin;
+    ASSERT_EQ(Filter().FindPin(L"1", pin.Put()), S_OK);
+    ASSERT_EQ(pin->Connect(&sink, nullptr), S_OK);
+
+    EXPECT_EQ(Control().SetOutputSize(320, 200), S_OK);
+
+    ASSERT_EQ(sink.renegotiated.size(), 1u);
+    const auto& header = *reinterpret_cast<const VIDEOINFOHEADER*>(sink.renegotiated[0].Format());
+    EXPECT_EQ(header.bmiHeader.biWidth, 320);
+    EXPECT_EQ(header.bmiHeader.biHeight, 200);
+    EXPECT_EQ(pin->Disconnect(), S_OK);
+    EXPECT_EQ(sink.Disconnect(), S_OK);
 }
 
 TEST_F(VxDSSourceControlTest, DisconnectsWithEveryOutputPixelTypeThatIsTaken)
@@ -156,6 +198,26 @@ TEST_F(VxDSSourceControlTest, DisconnectsWithEveryOutputPixelTypeThatIsTaken)
     EXPECT_EQ(Control().SetOutputPixelType(1), S_OK);
     EXPECT_EQ(Done().back(), "VxDevice::Free");
     EXPECT_EQ(Read(&IVxDSSource::GetOutputPixelType), 1u);
+}
+
+TEST_F(VxDSSourceControlTest, StaysDisconnectedWhenTheOutputPixelTypeIsSetWhileItStreams)
+{
+    Connect();
+    SinkPin sink;
+    VxComPtr<IPin> pin;
+    ASSERT_EQ(Filter().FindPin(L"1", pin.Put()), S_OK);
+    ASSERT_EQ(pin->Connect(&sink, nullptr), S_OK);
+    ASSERT_EQ(Filter().Run(0), S_OK);
+    ASSERT_TRUE(sink.samples.WaitFor());
+
+    EXPECT_EQ(Control().SetOutputPixelType(1), S_OK);
+
+    EXPECT_EQ(TheCamera().liveDevices, 0);
+    EXPECT_EQ(TheCamera().livePipelines, 0);
+    EXPECT_TRUE(sink.samples.WaitFor(sink.samples.Count() + 2)) << "zero frames go on";
+    EXPECT_EQ(Filter().Stop(), S_OK);
+    EXPECT_EQ(pin->Disconnect(), S_OK);
+    EXPECT_EQ(sink.Disconnect(), S_OK);
 }
 
 TEST_F(VxDSSourceControlTest, ConnectsAndDisconnects)
@@ -191,149 +253,40 @@ TEST_F(VxDSSourceControlTest, WritesTheCamerasSize)
     EXPECT_EQ(Control().SetWidth(7), E_FAIL);
 }
 
-TEST_F(VxDSSourceControlTest, SelectsAParameterArray)
-{
-    EXPECT_EQ(Control().SetParameterArray(2), S_OK);
-    EXPECT_EQ(Control().SetParameterArray(3), E_FAIL);
-    EXPECT_EQ(Read(&IVxDSSource::GetParameterArray), 2u);
-}
-
-TEST_F(VxDSSourceControlTest, TellsWhetherTheSelectedArrayIsThere)
+TEST_F(VxDSSourceControlTest, FollowsTheCamerasSizeAfterItIsWritten)
 {
     Connect();
-    TheCamera().isConnected = false;
-    for (const auto& [selector, isThere] : {std::pair{0u, TRUE}, {1u, FALSE}, {2u, TRUE}}) {
-        EXPECT_EQ(Control().SetParameterArray(selector), S_OK);
-        BOOL available = 7;
-        EXPECT_EQ(Control().IsParameterArrayAvailable(&available), S_OK);
-        EXPECT_EQ(available, isThere) << selector;
-    }
+    const auto isFollowedAfter = [&](HRESULT result) {
+        const bool isFollowed = Pin().Settings().Number(vxds::Setting::Width) == 640;
+        Pin().Settings().Store(vxds::Setting::Width, 1); // following takes it from the output size again
+        return result == S_OK && isFollowed;
+    };
+    Pin().Settings().Store(vxds::Setting::Width, 1);
+
+    EXPECT_TRUE(isFollowedAfter(Control().SetWidth(320)));
+    EXPECT_TRUE(isFollowedAfter(Control().SetHeight(240)));
+
+    dynamic_cast<ScriptedInteger&>(*TheCamera().device->Get(VxString("Height"))).writing =
+        VxError::NotWritable;
+    EXPECT_EQ(Control().SetHeight(100), E_FAIL);
+    EXPECT_EQ(Pin().Settings().Number(vxds::Setting::Width), 1u) << "nothing changed at the camera";
 }
 
-TEST_F(VxDSSourceControlTest, CountsParametersOfAnArrayThatIsThere)
-{
-    UINT count = 7;
-    EXPECT_EQ(Control().GetParameterCount(&count), E_UNEXPECTED);
-    Connect();
-    EXPECT_EQ(Control().SetParameterArray(1), S_OK);
-    EXPECT_EQ(Control().GetParameterCount(&count), S_OK);
-    EXPECT_EQ(count, 4u);
-    TheCamera().isConnected = false;
-    EXPECT_EQ(Control().GetParameterCount(&count), E_UNEXPECTED);
-    EXPECT_EQ(Control().SetParameterArray(0), S_OK);
-    EXPECT_EQ(Control().GetParameterCount(&count), S_OK);
-    EXPECT_EQ(count, 0u);
-}
-
-TEST_F(VxDSSourceControlTest, ReadsAParameterByName)
-{
-    TheCamera().device->AddInteger("Gain", 12).visibility = VxGenVisibility::Expert;
-    Connect();
-    EXPECT_EQ(Control().SetParameterArray(1), S_OK);
-    const TestText gain(L"Gain");
-    TestText text;
-    UINT number = 0;
-    BOOL flags[3] = {7, 7, 7};
-
-    EXPECT_EQ(Control().GetParameterName(4, text.Put()), S_OK);
-    EXPECT_EQ(text.Get(), L"Gain");
-    EXPECT_EQ(Control().GetParameterCategory(gain, text.Put()), S_OK);
-    EXPECT_EQ(text.Get(), L"Root");
-    EXPECT_EQ(Control().GetParameterValue(gain, text.Put()), S_OK);
-    EXPECT_EQ(text.Get(), L"12");
-    EXPECT_EQ(Control().GetParameterType(gain, text.Put()), S_OK);
-    EXPECT_EQ(text.Get(), L"Integer");
-    EXPECT_EQ(Control().GetParameterVisibility(gain, &number), S_OK);
-    EXPECT_EQ(number, 1u);
-    EXPECT_EQ(Control().GetParameterAccess(gain, &flags[0], &flags[1], &flags[2]), S_OK);
-    EXPECT_EQ(flags[0], 1);
-    EXPECT_EQ(flags[1], 1);
-    EXPECT_EQ(flags[2], 1);
-}
-
-TEST_F(VxDSSourceControlTest, LeavesOutputsAloneWhenItFails)
+TEST_F(VxDSSourceControlTest, TellsTheSizeOfTheLastImage)
 {
     Connect();
-    EXPECT_EQ(Control().SetParameterArray(1), S_OK);
-    const TestText unknown(L"Nothing");
-    BSTR untouched = nullptr;
-    BOOL flags[3] = {7, 7, 7};
+    TheCamera().QueuePicture({6, 4, 0x01080001, std::vector<std::uint8_t>(24), 0});
+    TheCamera().QueuePicture({8, 2, 0x01080001, std::vector<std::uint8_t>(16), 0});
+    CanarySample sample(1280 * 720 * 4);
 
-    EXPECT_EQ(Control().GetParameterName(99, &untouched), E_INVALIDARG);
-    EXPECT_EQ(Control().GetParameterCategory(unknown, &untouched), E_INVALIDARG);
-    EXPECT_EQ(Control().GetParameterValue(unknown, &untouched), E_INVALIDARG);
-    EXPECT_EQ(Control().GetParameterType(unknown, &untouched), E_INVALIDARG);
-    EXPECT_EQ(Control().SetParameterValue(unknown, unknown, &untouched), E_INVALIDARG);
-    EXPECT_EQ(Control().ExecuteCommand(unknown, &untouched), E_INVALIDARG);
-    EXPECT_EQ(Control().GetEnumEntryName(unknown, 0, &untouched), E_UNEXPECTED);
-    EXPECT_EQ(untouched, nullptr);
-    EXPECT_EQ(Control().GetParameterAccess(unknown, &flags[0], &flags[1], &flags[2]), E_INVALIDARG);
-    EXPECT_EQ(flags[0], 7);
-}
-
-TEST_F(VxDSSourceControlTest, GivesAReasonOnlyWhenThereIsOne)
-{
-    auto& gain = TheCamera().device->AddInteger("Gain", 12);
-    Connect();
-    EXPECT_EQ(Control().SetParameterArray(1), S_OK);
-    const TestText name(L"Gain");
-    TestText reason;
-
-    EXPECT_EQ(Control().SetParameterValue(name, TestText(L"3"), reason.Put()), S_OK);
-    EXPECT_TRUE(reason.IsNull());
-    EXPECT_EQ(gain.value, 3);
-
-    gain.writing = VxResult(VxError::OutOfRange, "Gain must be 0 to 10");
-    EXPECT_EQ(Control().SetParameterValue(name, TestText(L"99"), reason.Put()), E_FAIL);
-    EXPECT_EQ(reason.Get(), L"Gain must be 0 to 10");
-
-    gain.writing = VxResult(VxError::Failed);
-    EXPECT_EQ(Control().SetParameterValue(name, TestText(L"99"), reason.Put()), E_FAIL);
-    EXPECT_TRUE(reason.IsNull());
-}
-
-TEST_F(VxDSSourceControlTest, RunsACommand)
-{
-    Connect();
-    EXPECT_EQ(Control().SetParameterArray(1), S_OK);
-    TestText reason;
-
-    EXPECT_EQ(Control().ExecuteCommand(TestText(L"AcquisitionStop"), reason.Put()), S_OK);
-    EXPECT_EQ(Done(), Lines{"device.AcquisitionStop()"});
-    EXPECT_EQ(Control().ExecuteCommand(TestText(L"Width"), reason.Put()), E_INVALIDARG);
-
-    dynamic_cast<ScriptedCommand&>(*TheCamera().device->Get(VxString("AcquisitionStop"))).writing =
-        VxResult(VxError::Busy, "the camera is busy");
-    EXPECT_EQ(Control().ExecuteCommand(TestText(L"AcquisitionStop"), reason.Put()), E_FAIL);
-    EXPECT_EQ(reason.Get(), L"the camera is busy");
-}
-
-TEST_F(VxDSSourceControlTest, ListsEntriesAndSources)
-{
-    TheCamera().device->AddEnum("SourceSelector", {"Left", "Right"});
-    Connect();
-    EXPECT_EQ(Control().SetParameterArray(1), S_OK);
-    const TestText name(L"SourceSelector");
-    TestText text;
-    UINT count = 0;
-
-    EXPECT_EQ(Control().GetEnumEntryCount(name, &count), S_OK);
-    EXPECT_EQ(count, 2u);
-    EXPECT_EQ(Control().GetEnumEntryName(name, 1, text.Put()), S_OK);
-    EXPECT_EQ(text.Get(), L"Right");
-    EXPECT_EQ(Control().GetEnumEntryName(name, 2, text.Put()), E_INVALIDARG);
-
-    EXPECT_EQ(Read(&IVxDSSource::GetSourceCount), 2u);
-    EXPECT_EQ(Control().GetSourceName(0, text.Put()), S_OK);
-    EXPECT_EQ(text.Get(), L"Left");
-    EXPECT_EQ(Control().GetSourceName(2, text.Put()), E_INVALIDARG);
-}
-
-TEST_F(VxDSSourceControlTest, NamesNoSourceWithoutACamera)
-{
-    TestText text;
-    EXPECT_EQ(Control().GetSourceName(5, text.Put()), S_OK);
-    EXPECT_EQ(text.Get(), L"");
+    EXPECT_EQ(Pin().FillBuffer(&sample), S_OK);
+    EXPECT_EQ(Read(&IVxDSSource::GetWidth), 6u);
+    EXPECT_EQ(Read(&IVxDSSource::GetHeight), 4u);
+    EXPECT_EQ(Pin().FillBuffer(&sample), S_OK);
+    EXPECT_EQ(Read(&IVxDSSource::GetWidth), 8u);
+    EXPECT_EQ(Read(&IVxDSSource::GetHeight), 2u);
+    EXPECT_EQ(Pin().FillBuffer(&sample), S_OK) << "nothing arrived";
+    EXPECT_EQ(Read(&IVxDSSource::GetWidth), 8u);
 }
 
 TEST_F(VxDSSourceControlTest, SavesAndClearsTheDefault)
@@ -369,7 +322,7 @@ TEST_F(VxDSSourceControlTest, ThrowsNothingOut)
     EXPECT_EQ(Control().Connect(), E_OUTOFMEMORY);
 
     TheCamera().onConnect = [] { throw 5; };
-    EXPECT_TRUE(FAILED(Control().Connect()));
+    EXPECT_EQ(Control().Connect(), E_FAIL);
     TheCamera().onConnect = nullptr;
     EXPECT_EQ(Control().Connect(), S_OK) << "the lock was let go";
     EXPECT_EQ(TheCamera().liveDevices, 1);

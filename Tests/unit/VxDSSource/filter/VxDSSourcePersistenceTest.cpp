@@ -1,3 +1,6 @@
+#include "VxDSSource/filter/SettingsTable.h"
+#include "support/directshow/ScriptedStream.h"
+
 #include "FilterFixture.h"
 
 #include <algorithm>
@@ -88,6 +91,74 @@ TEST_F(VxDSSourcePersistenceTest, WritesVersionLengthAndTextWithItsZero)
     EXPECT_EQ(BytesOf(stream), expected);
 }
 
+TEST_F(VxDSSourcePersistenceTest, WritesCameraAndStreamBeforeTheSettings)
+{
+    Connect();
+    const VxComPtr<IStream> stream = NewStream();
+
+    EXPECT_EQ(Persist()->Save(stream.Get(), TRUE), S_OK);
+
+    const std::vector<std::uint8_t> bytes = BytesOf(stream);
+    const std::string text(bytes.begin() + 28, bytes.end()); // behind version and length
+    EXPECT_TRUE(text.starts_with("double;device:;stream:;text:role=0;"));
+    EXPECT_EQ(Done(), (Lines{"writer.Store(device, \"\")", "writer.Store(stream, \"\")"}));
+}
+
+TEST_F(VxDSSourcePersistenceTest, SavesWithoutAComplaintWhereTheTextDoesNotFit)
+{
+    for (const std::size_t room : {24u, 27u, 28u, 100u}) {
+        ScriptedStream stream;
+        stream.room = room;
+        EXPECT_EQ(Persist()->Save(&stream, TRUE), S_OK) << room;
+    }
+    ScriptedStream full;
+    full.room = 23;
+    EXPECT_EQ(Persist()->Save(&full, TRUE), STG_E_MEDIUMFULL) << "not even the version";
+}
+
+TEST_F(VxDSSourcePersistenceTest, KeepsEverySettingThroughSaveAndLoad)
+{
+    std::uint32_t number = 0xFFFFFFFF;
+    for (const vxds::SettingRow& row : vxds::kSettingRows) {
+        if (row.type == vxds::SettingType::Text)
+            Pin().Settings().Store(row.setting, L"caf\u00e9; a=1 % of " + std::to_wstring(number));
+        else
+            Pin().Settings().Store(row.setting, number--); // 4294967295 and what is below it
+    }
+    const VxComPtr<IStream> stream = NewStream();
+    EXPECT_EQ(Persist()->Save(stream.Get(), TRUE), S_OK);
+    DestroyFilter();
+    Rewind(stream);
+
+    EXPECT_EQ(Persist()->Load(stream.Get()), S_OK);
+
+    number = 0xFFFFFFFF;
+    const vxds::SettingsRecord& settings = Pin().Settings();
+    for (const vxds::SettingRow& row : vxds::kSettingRows) {
+        if (row.type == vxds::SettingType::Text) {
+            EXPECT_EQ(settings.Text(row.setting), L"caf\u00e9; a=1 % of " + std::to_wstring(number))
+                << row.key;
+            continue;
+        }
+        const bool isBoolean = row.type == vxds::SettingType::Boolean;
+        EXPECT_EQ(settings.Number(row.setting), isBoolean ? 1u : number) << row.key;
+        --number;
+    }
+}
+
+TEST_F(VxDSSourcePersistenceTest, LeavesASettingThatTheTextDoesNotHave)
+{
+    EXPECT_EQ(Control().SetKernelSize(5), S_OK);
+    const std::string text = "double;text:zoomvalue=7";
+
+    EXPECT_EQ(Persist()->Load(Saved(static_cast<std::uint32_t>(text.size() + 1), text + '\0').Get()), S_OK);
+
+    UINT kernel = 0;
+    EXPECT_EQ(Control().GetKernelSize(&kernel), S_OK);
+    EXPECT_EQ(kernel, 5u);
+    EXPECT_EQ(Zoom(), 7u);
+}
+
 TEST_F(VxDSSourcePersistenceTest, NamesItsLargestSize)
 {
     ULARGE_INTEGER bytes{};
@@ -147,6 +218,41 @@ TEST_F(VxDSSourcePersistenceTest, IgnoresALengthThatEndsEarly)
         saved.insert(saved.end(), bytes, 1);
         EXPECT_EQ(Persist()->Load(NewStream(saved).Get()), S_OK) << bytes;
     }
+}
+
+TEST_F(VxDSSourcePersistenceTest, IgnoresAStreamThatCannotBeRead)
+{
+    ScriptedStream saved;
+    EXPECT_EQ(Persist()->Save(&saved, TRUE), S_OK);
+    EXPECT_EQ(Control().SetZoomValue(7), S_OK);
+    for (const std::size_t readable : {24u, 27u, 28u, 100u}) {
+        saved.position = 0;
+        saved.readable = readable;
+        EXPECT_EQ(Persist()->Load(&saved), S_OK) << readable;
+        EXPECT_EQ(Zoom(), 7u) << readable;
+    }
+    EXPECT_EQ(Done(), Lines{}) << "it did not even connect";
+}
+
+TEST_F(VxDSSourcePersistenceTest, IgnoresAStreamThatIsCutShortAnywhere)
+{
+    ScriptedStream saved;
+    EXPECT_EQ(Persist()->Save(&saved, TRUE), S_OK);
+    EXPECT_EQ(Control().SetZoomValue(7), S_OK);
+    const std::vector<std::byte> whole = saved.bytes;
+    for (const HRESULT atEnd : {S_OK, S_FALSE}) { // streams differ in this
+        for (std::size_t bytes = 24; bytes < whole.size(); ++bytes) {
+            saved.bytes.assign(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(bytes));
+            saved.position = 0;
+            saved.atEnd = atEnd;
+            ASSERT_EQ(Persist()->Load(&saved), S_OK) << bytes;
+            ASSERT_EQ(Zoom(), 7u) << bytes;
+        }
+    }
+    saved.bytes = whole;
+    saved.position = 0;
+    EXPECT_EQ(Persist()->Load(&saved), S_OK);
+    EXPECT_EQ(Zoom(), 0u) << "the whole is taken";
 }
 
 TEST_F(VxDSSourcePersistenceTest, LoadsATextUpToItsFirstZero)

@@ -1,27 +1,18 @@
 #include "VxDSSource/filter/VxDSSource.h"
 
+#include "BaseClasses/MediaTypeMemory.h"
 #include "VxDSSource/stream/VxDSStream.h"
 #include "support/directshow/FakeGraph.h"
 #include "support/directshow/SinkPin.h"
 
+#include "FailingMemory.h"
 #include "FilterFixture.h"
+#include "TaskMemorySpy.h"
 
 #include <uuids.h>
 
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-// The test program's own allocation functions, so that one allocation of a given size can fail.
-std::size_t g_failingSize = 0;
-
-} // namespace
-
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return size == g_failingSize ? nullptr : std::malloc(size != 0 ? size : 1);
-}
+#include <algorithm>
+#include <array>
 
 namespace {
 
@@ -29,8 +20,9 @@ class VxDSSourceTest : public FilterFixture {};
 
 TEST_F(VxDSSourceTest, AnswersItsInterfaces)
 {
-    for (const IID& iid : {IID_IVxDSSource, IID_IPersistStream, IID_IAMDroppedFrames, IID_IBaseFilter,
-                           IID_IMediaFilter, IID_IPersist, IID_IUnknown}) {
+    for (const IID& iid :
+         {IID_IVxDSSource, IID_ISpecifyPropertyPages, IID_IPersistStream, IID_IAMDroppedFrames,
+          IID_IBaseFilter, IID_IMediaFilter, IID_IPersist, IID_IUnknown}) {
         VxComPtr<IUnknown> object;
         EXPECT_EQ(Filter().QueryInterface(iid, object.PutVoid()), S_OK);
         EXPECT_TRUE(object);
@@ -71,6 +63,52 @@ TEST_F(VxDSSourceTest, NamesItsClassThroughBothTables)
     EXPECT_EQ(persist->GetClassID(&clsid), S_OK);
     EXPECT_EQ(clsid, CLSID_VxDSSource);
     EXPECT_EQ(persist->GetClassID(nullptr), E_POINTER);
+}
+
+TEST_F(VxDSSourceTest, HasItsPartsInTheOrderInWhichTheyAreMade)
+{
+    // And ends them the other way round: persistence before the source, which ends the pin.
+    HRESULT result = S_OK;
+    CUnknown* const object = VxDSSource::CreateInstance(nullptr, &result);
+    auto* const filter = static_cast<VxDSSource*>(object);
+    const std::array<const void*, 5> parts = {
+        static_cast<CSource*>(filter), static_cast<ISpecifyPropertyPages*>(filter),
+        static_cast<CPersistStream*>(filter), static_cast<IVxDSSource*>(filter),
+        static_cast<IAMDroppedFrames*>(filter)};
+
+    EXPECT_TRUE(std::ranges::is_sorted(parts));
+
+    object->NonDelegatingAddRef();
+    EXPECT_EQ(object->NonDelegatingRelease(), 0u);
+}
+
+TEST_F(VxDSSourceTest, ListsItsThreePagesInTheOrderOfTheirTabs)
+{
+    const auto specify = As<ISpecifyPropertyPages>(IID_ISpecifyPropertyPages);
+    CAUUID pages{};
+
+    ASSERT_EQ(specify->GetPages(&pages), S_OK);
+
+    ASSERT_EQ(pages.cElems, 3u);
+    EXPECT_EQ(pages.pElems[0], CLSID_ParametersPage);
+    EXPECT_EQ(pages.pElems[1], CLSID_BrowserPage);
+    EXPECT_EQ(pages.pElems[2], CLSID_AboutPage);
+    ::CoTaskMemFree(pages.pElems);
+    EXPECT_EQ(specify->GetPages(nullptr), E_POINTER);
+}
+
+TEST_F(VxDSSourceTest, ListsNoPagesWithoutTaskMemory)
+{
+    const auto specify = As<ISpecifyPropertyPages>(IID_ISpecifyPropertyPages);
+    CAUUID pages{7, nullptr};
+
+    TheTaskMemory().isExhausted = true;
+    const HRESULT result = specify->GetPages(&pages);
+    TheTaskMemory().isExhausted = false;
+
+    EXPECT_EQ(result, E_OUTOFMEMORY);
+    EXPECT_EQ(pages.cElems, 7u);
+    EXPECT_EQ(pages.pElems, nullptr);
 }
 
 TEST_F(VxDSSourceTest, HasOneOutputPin)
@@ -146,9 +184,9 @@ TEST_F(VxDSSourceTest, StopsWhileOnlyIncompleteImagesArrive)
 
 TEST_F(VxDSSourceTest, IsMadeWithoutAPinWhenThereIsNoMemoryForOne)
 {
-    g_failingSize = sizeof(VxDSStream);
+    failing_memory::FailSize(sizeof(VxDSStream));
     Filter();
-    g_failingSize = 0;
+    failing_memory::FailSize(0);
 
     VxComPtr<IEnumPins> pins;
     ASSERT_EQ(Filter().EnumPins(pins.Put()), S_OK);
@@ -162,13 +200,45 @@ TEST_F(VxDSSourceTest, IsMadeWithoutAPinWhenThereIsNoMemoryForOne)
 
 TEST_F(VxDSSourceTest, IsNotMadeWhenThereIsNoMemoryForItself)
 {
-    g_failingSize = sizeof(VxDSSource);
+    failing_memory::FailSize(sizeof(VxDSSource));
     HRESULT result = S_OK;
 
     EXPECT_EQ(VxDSSource::CreateInstance(nullptr, &result), nullptr);
 
-    g_failingSize = 0;
+    failing_memory::FailSize(0);
     EXPECT_EQ(result, S_OK) << "the factory knows what a missing object means";
+}
+
+TEST_F(VxDSSourceTest, IsMadeOrLeavesNothingWhicheverAllocationFails)
+{
+    constexpr int kMost = 2000; // allocations of a filter that connects
+    ASSERT_EQ(Control().SetDeviceId(TestText(L"a camera with a long name")), S_OK);
+    ASSERT_EQ(Control().SaveDefault(), S_OK);
+    DestroyFilter();
+    TheCamera().log.Reserve(1000);
+    int failures = 0;
+    for (bool hasFailed = true; hasFailed && failures < kMost; failures += hasFailed ? 1 : 0) {
+        TheCamera().log.Clear();
+        const long before = failing_memory::LiveAllocations();
+        HRESULT result = S_OK;
+        CUnknown* object = nullptr;
+        {
+            const failing_memory::FailOnce failure(failures);
+            object = VxDSSource::CreateInstance(nullptr, &result);
+            hasFailed = failure.HasFailed();
+        }
+        if (object != nullptr) {
+            EXPECT_TRUE(result == S_OK || result == E_OUTOFMEMORY) << std::hex << result;
+            object->NonDelegatingAddRef();
+            EXPECT_EQ(object->NonDelegatingRelease(), 0u);
+        } else if (failures > 0) {
+            EXPECT_EQ(result, E_OUTOFMEMORY);
+        }
+        TheCamera().log.Clear();
+        EXPECT_EQ(failing_memory::LiveAllocations(), before) << "allocation " << failures;
+    }
+    EXPECT_GT(failures, 20) << "the test made nothing fail";
+    EXPECT_LT(failures, kMost);
 }
 
 TEST_F(VxDSSourceTest, TurnsAnExceptionDuringConstructionIntoAFailureCode)
@@ -196,16 +266,52 @@ TEST_F(VxDSSourceTest, ConnectsToTheSavedDefaultWhileItIsMade)
     EXPECT_EQ(Done().front(), "CreateAndConnect(cam)");
 }
 
-TEST_F(VxDSSourceTest, TouchesNoCameraWhileItIsLookedAt)
+TEST_F(VxDSSourceTest, TakesASavedDefaultWhoseCameraIsAbsent)
+{
+    ASSERT_EQ(Control().SetDeviceId(TestText(L"gone")), S_OK);
+    ASSERT_EQ(Control().SetZoomValue(4), S_OK);
+    ASSERT_EQ(Control().SaveDefault(), S_OK);
+    DestroyFilter();
+    TheCamera().kind = DeviceKind::None;
+    TheCamera().connecting = VxError::NotFound;
+    TheCamera().opening = VxError::NotFound;
+
+    UINT zoom = 0;
+    EXPECT_EQ(Control().GetZoomValue(&zoom), S_OK);
+
+    EXPECT_EQ(zoom, 4u);
+    TestText summary;
+    EXPECT_EQ(Control().GetDefaultSummary(summary.Put()), S_OK);
+    EXPECT_EQ(summary.Get(), L"Controlling and receiving from gone");
+}
+
+/// What programs do with every capture filter on a machine, only to list it.
+class VxDSSourceListingTest : public FilterFixture {};
+
+TEST_F(VxDSSourceListingTest, AsksTheCameraLibraryNothing)
 {
     VxComPtr<IEnumPins> pins;
     ASSERT_EQ(Filter().EnumPins(pins.Put()), S_OK);
-    UINT role = 0;
-    EXPECT_EQ(Control().GetRole(&role), S_OK);
+    VxComPtr<IPin> pin;
+    ASSERT_EQ(pins->Next(1, pin.Put(), nullptr), S_OK);
+    auto config = pin.As<IAMStreamConfig>(IID_IAMStreamConfig);
+    AM_MEDIA_TYPE* type = nullptr;
+    VIDEO_STREAM_CONFIG_CAPS caps{};
+    EXPECT_EQ(config->GetStreamCaps(0, &type, reinterpret_cast<BYTE*>(&caps)), S_OK);
+    DeleteMediaType(type);
+    UINT number = 0;
+    EXPECT_EQ(Control().GetSourceCount(&number), S_OK);
+    EXPECT_EQ(Control().GetParameterCount(&number), E_UNEXPECTED);
+    CAUUID pages{};
+    EXPECT_EQ(As<ISpecifyPropertyPages>(IID_ISpecifyPropertyPages)->GetPages(&pages), S_OK);
+    ::CoTaskMemFree(pages.pElems);
+    config.Reset();
+    pin.Reset();
     pins.Reset();
     DestroyFilter();
 
-    EXPECT_EQ(Done(), Lines{});
+    EXPECT_EQ(Done(), Lines{}) << "nothing was connected, opened or sought";
+    EXPECT_EQ(TheCamera().log.Of(CallKind::Query), Lines{});
 }
 
 class VxDSSourceDroppedFramesTest : public FilterFixture {};
