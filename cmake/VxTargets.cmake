@@ -75,6 +75,11 @@ function(vx_test name)
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/Tests")
   target_link_libraries(${name} PRIVATE vx_options ${arg_LINK} GTest::gmock_main)
+  if(VX_SANITIZE)
+    # Half of the time that a sanitized build takes is spent on making fast what tests do once. Measured: a test of
+    # 250 lines compiles in 8 s instead of 29 s.
+    target_compile_options(${name} PRIVATE -O0)
+  endif()
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY "${CMAKE_BINARY_DIR}")
   set_tests_properties(${name} PROPERTIES
