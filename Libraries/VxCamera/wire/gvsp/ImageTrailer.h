@@ -15,7 +15,15 @@ namespace gvsp {
 constexpr std::size_t kTrailerStartBytes = 4;
 constexpr std::size_t kImageTrailerBytes = 8;
 
-/// Trailer of a block that carries an image.
+/// How long a trailer is inside an all-in packet, where nothing else tells where the payload begins.
+/// @param type  one that has an image leader
+[[nodiscard]] constexpr std::size_t ImageTrailerBytes(PayloadType type)
+{
+    constexpr std::size_t kChunkFields = 8; // fixed by the protocol: bytes of all chunks, layout id
+    return kImageTrailerBytes + (type.HasChunks() ? kChunkFields : 0);
+}
+
+/// Trailer of a block that carries an image (and of one with the old extended chunk data).
 struct ImageTrailer {
     PayloadType payloadType{PayloadType::kImage};
     std::uint32_t heightPx = 0; ///< lines really sent
@@ -27,7 +35,7 @@ struct ImageTrailer {
 [[nodiscard]] VxExpected<PayloadType> ParseTrailerPayloadType(std::span<const std::byte> data);
 
 /// Does not allocate.
-/// @param data  at least 8 bytes; more is allowed and ignored
+/// @param data  at least 8 bytes, 12 with the old extended chunk data; more is allowed and ignored
 /// @return  VxError::Truncated; VxError::InvalidData when the payload type has another kind of trailer
 [[nodiscard]] VxExpected<ImageTrailer> ParseImageTrailer(std::span<const std::byte> data);
 

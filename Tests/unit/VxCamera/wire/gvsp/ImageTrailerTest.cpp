@@ -55,6 +55,20 @@ TEST(ImageTrailerTest, EveryTrailerTellsItsPayloadType)
         EXPECT_EQ(ErrorOf(ParseTrailerPayloadType(First(start, length))), VxError::Truncated) << length;
 }
 
+TEST(ImageTrailerTest, TheOldExtendedChunkDataHaveTheHeightBehindTheirLength)
+{
+    const auto trailer = FromHex("00 00 00 05 | 00 00 40 00 | 00 00 01 E0 | 00 00 00 09");
+
+    const auto read = ParseImageTrailer(trailer);
+
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->heightPx, 480u);
+    EXPECT_EQ(ErrorOf(ParseImageTrailer(First(trailer, 11))), VxError::Truncated);
+    EXPECT_EQ(ImageTrailerBytes({PayloadType::kExtendedChunkData}), 16u);
+    EXPECT_EQ(ImageTrailerBytes({PayloadType::kImage | PayloadType::kChunksFollow}), 16u);
+    EXPECT_EQ(ImageTrailerBytes({PayloadType::kImage}), 8u);
+}
+
 TEST(ImageTrailerTest, ReadsBackWhatItWrites)
 {
     bytes::Random random;
