@@ -17,6 +17,9 @@ struct VxSimulatorFaults {
     double duplicateShare = 0; ///< stream packets that are sent twice
     double reorderShare = 0;   ///< stream packets that change places with the next one
     double delayShare = 0;     ///< stream packets that come 20 packets later
+    /// For how long packets can be sent again. None: for as long as the block is stored, 160 ms or four
+    /// blocks.
+    std::optional<std::chrono::milliseconds> resendMemory{};
     /// After so many frames the camera is as if switched off: no packet, no answer. None: never.
     std::optional<std::uint64_t> vanishAfterFrames{};
 };

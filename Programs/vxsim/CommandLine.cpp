@@ -6,6 +6,7 @@
 
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <string_view>
 
 namespace vxsim {
@@ -103,6 +104,11 @@ void AddFaultOptions(CLI::App& app, VxSimulatorFaults& faults)
     share("--duplicate", faults.duplicateShare, "Share of stream packets that are sent twice");
     share("--reorder", faults.reorderShare, "Share of stream packets that change places with the next one");
     share("--delay", faults.delayShare, "Share of stream packets that come 20 packets later");
+    app.add_option_function<unsigned>(
+           "--resend-memory", [&faults](unsigned ms) { faults.resendMemory = std::chrono::milliseconds(ms); },
+           "For how many milliseconds a packet can be sent again")
+        ->type_name("MS")
+        ->group(kGroup);
     app.add_option("--seed", faults.seed, "Chance is the same for the same number")
         ->type_name("NUMBER")
         ->group(kGroup)

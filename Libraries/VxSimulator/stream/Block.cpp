@@ -19,6 +19,18 @@ Block::Block(const FrameOrder& order, std::vector<std::byte> picture)
 {
 }
 
+void Block::NoteSent(std::uint32_t packetId, IVxClock::Time now)
+{
+    if (m_sentAt)
+        m_sentAt[packetId] = now.time_since_epoch().count();
+}
+
+std::optional<IVxClock::Time> Block::SentAt(std::uint32_t packetId) const
+{
+    const auto ticks = m_sentAt ? m_sentAt[packetId].load() : 0;
+    return ticks != 0 ? std::optional(IVxClock::Time(IVxClock::Time::duration(ticks))) : std::nullopt;
+}
+
 std::span<const std::byte> Block::WritePacket(std::uint32_t packetId, Sending sending,
                                               std::span<std::byte> memory) const
 {

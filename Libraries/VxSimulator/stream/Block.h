@@ -1,9 +1,14 @@
 #pragma once
 
+#include "VxBase/VxClock.h"
+
 #include "VxSimulator/stream/FrameOrder.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -33,6 +38,13 @@ public:
     [[nodiscard]] std::span<const std::byte> WritePacket(std::uint32_t packetId, Sending sending,
                                                          std::span<std::byte> memory) const;
 
+    /// Notes when a packet was sent; only of a block that was told to.
+    void NoteSent(std::uint32_t packetId, IVxClock::Time now);
+    /// @return  none for a packet that has not been sent yet, or of a block that takes no notes
+    [[nodiscard]] std::optional<IVxClock::Time> SentAt(std::uint32_t packetId) const;
+    /// Before the block is sent.
+    void TakeNotes() { m_sentAt = std::make_unique<std::atomic<IVxClock::Time::rep>[]>(PacketCount()); }
+
     /// Gives the picture's memory back for another block.
     [[nodiscard]] std::vector<std::byte> TakePicture() { return std::move(m_picture); }
 
@@ -41,6 +53,8 @@ private:
     std::vector<std::byte> m_picture;
     std::size_t m_bytesPerPacket;
     std::uint32_t m_payloadPackets;
+    // Of each packet; 0: not sent yet. Written by the thread that sends, read by others; empty without notes.
+    std::unique_ptr<std::atomic<IVxClock::Time::rep>[]> m_sentAt;
 };
 
 } // namespace simulator

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "VxBase/VxClock.h"
+
 #include "VxSimulator/stream/Block.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -16,11 +19,15 @@ namespace simulator {
 /// Thread: one at a time; the blocks it hands out may be used by others.
 class BlockStore {
 public:
-    // Chosen: at 25 frames a second 160 ms, longer than a receiver waits for a packet before it gives a frame
-    // up.
-    static constexpr std::size_t kBlocks = 4;
+    using Time = IVxClock::Time;
 
-    void Add(std::shared_ptr<Block> block);
+    // Chosen: at 25 frames a second 160 ms, longer than a receiver waits for a packet before it gives a frame
+    // up. At higher rates there are more, for as long a time.
+    static constexpr std::size_t kBlocks = 4;
+    static constexpr std::size_t kMostBlocks = 64;
+    static constexpr std::chrono::milliseconds kKept{160};
+
+    void Add(std::shared_ptr<Block> block, Time now);
 
     /// @return  the youngest block with this id and kind of id, or null
     [[nodiscard]] std::shared_ptr<const Block> Find(std::uint64_t blockId, gvsp::IdMode mode) const;
@@ -29,7 +36,11 @@ public:
     [[nodiscard]] std::vector<std::byte> TakeMemory();
 
 private:
-    std::deque<std::shared_ptr<Block>> m_blocks; // shared with the threads that send; the oldest first
+    struct Kept {
+        std::shared_ptr<Block> block; // shared with the threads that send
+        Time since;
+    };
+    std::deque<Kept> m_blocks; // the oldest first
     std::shared_ptr<Block> m_retired;
 };
 

@@ -41,6 +41,7 @@ std::chrono::nanoseconds PacketTime(const FrameOrder& order, std::uint32_t linkS
 StreamSender::StreamSender(transport::IUdpSocket& socket, const VxSimulatorOptions& options)
     : m_socket(socket),
       m_linkSpeedMbps(options.linkSpeedMbps),
+      m_resendMemory(options.faults.resendMemory),
       m_packet(kDatagramMax),
       m_random(options.faults.seed),
       m_path(options.faults, m_random),
@@ -86,9 +87,11 @@ void StreamSender::Send(std::span<const std::byte> packet, const transport::Ipv4
 bool StreamSender::SendFrame(const FrameOrder& order)
 {
     const auto block = MakeBlock(order);
+    if (m_resendMemory)
+        block->TakeNotes();
     {
         const VxLock lock(m_storeMutex);
-        m_store.Add(block);
+        m_store.Add(block, std::chrono::steady_clock::now());
     }
     const auto output = [&](std::span<const std::byte> packet) { Send(packet, order.destination); };
     const auto packetTime = PacketTime(order, m_linkSpeedMbps);
@@ -99,6 +102,8 @@ bool StreamSender::SendFrame(const FrameOrder& order)
         const std::uint64_t droppedBefore = m_path.Dropped();
         m_path.Pass(block->WritePacket(packetId, Sending::First, m_packet), output);
         m_packetsDropped += m_path.Dropped() - droppedBefore;
+        if (m_resendMemory)
+            block->NoteSent(packetId, std::chrono::steady_clock::now());
         due += packetTime;
         if (due - std::chrono::steady_clock::now() >= kShortestWait)
             std::this_thread::sleep_until(due); // ends by itself, after 0.1 s at the latest
@@ -116,7 +121,8 @@ void StreamSender::Resend(const gvcp::PacketResendCommand& command,
         const VxLock lock(m_storeMutex);
         block = m_store.Find(command.blockId, ModeOf(command.idWidth));
     }
-    if (!block || command.firstPacketId >= block->PacketCount()) {
+    if (!block || command.firstPacketId >= block->PacketCount() ||
+        IsForgotten(*block, command.firstPacketId)) {
         SendRefusal(command, destination);
         return;
     }
@@ -129,6 +135,15 @@ void StreamSender::Resend(const gvcp::PacketResendCommand& command,
         Send(block->WritePacket(packetId, Sending::Again, m_resendPacket), destination);
         ++m_packetsResent;
     }
+}
+
+/// Packets are sent one after the other, so those behind it are remembered for longer.
+bool StreamSender::IsForgotten(const Block& block, std::uint32_t packetId) const
+{
+    if (!m_resendMemory)
+        return false;
+    const auto sentAt = block.SentAt(packetId);
+    return sentAt && std::chrono::steady_clock::now() - *sentAt > *m_resendMemory;
 }
 
 void StreamSender::SendRefusal(const gvcp::PacketResendCommand& command,

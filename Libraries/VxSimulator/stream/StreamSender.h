@@ -14,6 +14,7 @@
 #include "VxSimulator/stream/SeededRandomSource.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -52,10 +53,12 @@ private:
     [[nodiscard]] std::shared_ptr<Block> MakeBlock(const FrameOrder& order);
     const TestPictureRenderer& RendererFor(const FrameOrder& order);
     void Send(std::span<const std::byte> packet, const transport::Ipv4Endpoint& destination);
+    [[nodiscard]] bool IsForgotten(const Block& block, std::uint32_t packetId) const;
     void SendRefusal(const gvcp::PacketResendCommand& command, const transport::Ipv4Endpoint& destination);
 
     transport::IUdpSocket& m_socket; // borrowed, see the constructor
     const std::uint32_t m_linkSpeedMbps;
+    const std::optional<std::chrono::milliseconds> m_resendMemory; // none: as long as blocks are stored
     std::atomic<bool> m_isCancelled = false;
 
     // Of the stream thread alone.

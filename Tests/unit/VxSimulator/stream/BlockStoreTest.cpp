@@ -6,6 +6,8 @@ namespace {
 
 using namespace simulator;
 
+constexpr BlockStore::Time kNow{std::chrono::hours(1)};
+
 std::shared_ptr<Block> MakeBlock(std::uint64_t blockId, gvsp::IdMode mode = gvsp::IdMode::Standard)
 {
     FrameOrder order;
@@ -19,7 +21,7 @@ TEST(BlockStoreTest, KeepsTheLastFewBlocks)
 {
     BlockStore store;
     for (std::uint64_t id = 1; id <= BlockStore::kBlocks + 1; ++id)
-        store.Add(MakeBlock(id));
+        store.Add(MakeBlock(id), kNow + id * BlockStore::kKept);
 
     EXPECT_EQ(store.Find(1, gvsp::IdMode::Standard), nullptr);
     for (std::uint64_t id = 2; id <= BlockStore::kBlocks + 1; ++id) {
@@ -28,12 +30,22 @@ TEST(BlockStoreTest, KeepsTheLastFewBlocks)
     }
 }
 
+TEST(BlockStoreTest, KeepsMoreOfBlocksThatComeFast)
+{
+    BlockStore store;
+    for (std::uint64_t id = 1; id <= 20; ++id)
+        store.Add(MakeBlock(id), kNow + id * std::chrono::milliseconds(10));
+
+    EXPECT_EQ(store.Find(3, gvsp::IdMode::Standard), nullptr);
+    EXPECT_NE(store.Find(4, gvsp::IdMode::Standard), nullptr); // 160 ms before the last one
+}
+
 TEST(BlockStoreTest, FindsTheYoungestOfTwoBlocksWithOneId)
 {
     BlockStore store;
     const auto younger = MakeBlock(1);
-    store.Add(MakeBlock(1));
-    store.Add(younger);
+    store.Add(MakeBlock(1), kNow);
+    store.Add(younger, kNow);
 
     EXPECT_EQ(store.Find(1, gvsp::IdMode::Standard), younger);
 }
@@ -41,7 +53,7 @@ TEST(BlockStoreTest, FindsTheYoungestOfTwoBlocksWithOneId)
 TEST(BlockStoreTest, TellsTheKindsOfIdsApart)
 {
     BlockStore store;
-    store.Add(MakeBlock(1, gvsp::IdMode::Extended));
+    store.Add(MakeBlock(1, gvsp::IdMode::Extended), kNow);
 
     EXPECT_EQ(store.Find(1, gvsp::IdMode::Standard), nullptr);
     EXPECT_NE(store.Find(1, gvsp::IdMode::Extended), nullptr);
@@ -51,8 +63,8 @@ TEST(BlockStoreTest, GivesTheMemoryOfARetiredBlockBack)
 {
     BlockStore store;
     EXPECT_TRUE(store.TakeMemory().empty());
-    for (std::uint64_t id = 1; id <= BlockStore::kBlocks + 1; ++id)
-        store.Add(MakeBlock(id));
+    for (std::uint64_t id = 1; id <= BlockStore::kMostBlocks + 1; ++id)
+        store.Add(MakeBlock(id), kNow);
 
     EXPECT_EQ(store.TakeMemory().size(), 100u);
     EXPECT_TRUE(store.TakeMemory().empty()) << "only once";
@@ -61,10 +73,10 @@ TEST(BlockStoreTest, GivesTheMemoryOfARetiredBlockBack)
 TEST(BlockStoreTest, DoesNotGiveAwayMemoryThatIsStillBeingSent)
 {
     BlockStore store;
-    store.Add(MakeBlock(1));
+    store.Add(MakeBlock(1), kNow);
     const auto inUse = store.Find(1, gvsp::IdMode::Standard);
-    for (std::uint64_t id = 2; id <= BlockStore::kBlocks + 1; ++id)
-        store.Add(MakeBlock(id));
+    for (std::uint64_t id = 2; id <= BlockStore::kMostBlocks + 1; ++id)
+        store.Add(MakeBlock(id), kNow);
 
     EXPECT_TRUE(store.TakeMemory().empty());
     std::vector<std::byte> memory(1500);

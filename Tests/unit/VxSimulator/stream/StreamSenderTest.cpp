@@ -143,7 +143,7 @@ TEST_F(StreamSenderTest, ARangeThatEndsBeforeItBeginsIsEmpty)
 TEST_F(StreamSenderTest, TellsThatABlockIsGone)
 {
     auto& sender = Sender();
-    for (std::uint64_t frame = 0; frame <= BlockStore::kBlocks; ++frame)
+    for (std::uint64_t frame = 0; frame <= BlockStore::kMostBlocks; ++frame)
         EXPECT_TRUE(sender.SendFrame(Order(frame)));
     m_sent.clear();
 
@@ -152,6 +152,20 @@ TEST_F(StreamSenderTest, TellsThatABlockIsGone)
     ASSERT_EQ(m_sent.size(), 1u);
     EXPECT_EQ(m_sent[0].packet, FromHex("80 0C 00 01 03 00 00 02"));
     EXPECT_EQ(sender.PacketsResent(), 0u);
+}
+
+TEST_F(StreamSenderTest, TellsThatAPacketIsForgotten)
+{
+    auto options = Options();
+    options.faults.resendMemory = std::chrono::milliseconds(0);
+    auto& sender = Sender(options);
+    EXPECT_TRUE(sender.SendFrame(Order()));
+    m_sent.clear();
+
+    sender.Resend({.blockId = 1, .firstPacketId = 2, .lastPacketId = 3}, kReceiver);
+
+    ASSERT_EQ(m_sent.size(), 1u);
+    EXPECT_EQ(m_sent[0].packet, FromHex("80 0C 00 01 03 00 00 02"));
 }
 
 TEST_F(StreamSenderTest, TellsThatAPacketIsBeyondTheBlock)
