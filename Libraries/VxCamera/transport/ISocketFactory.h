@@ -19,6 +19,7 @@ struct UdpSocketOptions {
     Ipv4Endpoint local; ///< 0.0.0.0 = every interface; port 0 = any free one
     PortSharing sharing = PortSharing::Exclusive;
     bool isBroadcastAllowed = false;    ///< SendTo may address a broadcast
+    bool isSendingAtOnce = false;       ///< SendTo fails rather than wait for a full queue
     std::size_t receiveBufferBytes = 0; ///< asked for, the system may grant less; 0 = the system's default
     Ipv4Address multicastInterface; ///< through which SendTo reaches groups; 0.0.0.0 = the system's choice
 };

@@ -2,6 +2,7 @@
 
 #include "VxBase/VxExpected.h"
 #include "VxBase/VxResult.h"
+#include "VxCamera/transport/Datagram.h"
 #include "VxCamera/transport/Ipv4Endpoint.h"
 
 #include <chrono>
@@ -9,16 +10,6 @@
 #include <span>
 
 namespace transport {
-
-/// Room for one datagram, and what was received into it.
-struct Datagram {
-    std::span<std::byte> memory; ///< in: borrowed; a longer datagram is cut and marked
-    std::size_t size = 0;        ///< out: bytes in memory
-    Ipv4Endpoint sender{};       ///< out
-    bool isTruncated = false;    ///< out: the datagram was longer than memory
-
-    [[nodiscard]] std::span<const std::byte> Bytes() const { return memory.first(size); }
-};
 
 /// A bound UDP socket.
 ///
@@ -31,7 +22,8 @@ public:
     IUdpSocket& operator=(const IUdpSocket&) = delete;
     virtual ~IUdpSocket() = default;
 
-    /// Sends one datagram; never waits for the network.
+    /// Sends one datagram; never waits for the network. While the system's queue is full it waits for a few
+    /// milliseconds, unless the socket was opened not to.
     /// @return  NETWORK_ERROR with the system's reason (no route, message too long, ...)
     virtual VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) = 0;
 

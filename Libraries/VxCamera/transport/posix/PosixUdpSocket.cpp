@@ -79,6 +79,19 @@ VxExpected<Ipv4Endpoint> Bind(int socket, const Ipv4Endpoint& local)
     return FromSystem(address);
 }
 
+/// @return  how many of the pieces are used
+std::size_t SpreadOver(std::array<iovec, 3>& pieces, const Datagram& datagram)
+{
+    const auto piece = [](std::span<std::byte> bytes) { return iovec{bytes.data(), bytes.size()}; };
+    if (datagram.body.empty()) {
+        pieces[0] = piece(datagram.memory);
+        return 1;
+    }
+    pieces = {piece(datagram.memory.first(datagram.headBytes)), piece(datagram.body),
+              piece(datagram.memory.subspan(datagram.headBytes))};
+    return pieces.size();
+}
+
 timespec ToTimespec(std::chrono::nanoseconds duration)
 {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
@@ -100,12 +113,16 @@ VxExpected<std::unique_ptr<IUdpSocket>> PosixUdpSocket::Open(const UdpSocketOpti
     const auto local = Bind(socket.Get(), options.local);
     if (!local)
         return local.Error();
-    return std::unique_ptr<IUdpSocket>(
-        std::make_unique<PosixUdpSocket>(std::move(socket), std::move(wakeEvent), *local));
+    return std::unique_ptr<IUdpSocket>(std::make_unique<PosixUdpSocket>(
+        std::move(socket), std::move(wakeEvent), *local, options.isSendingAtOnce));
 }
 
-PosixUdpSocket::PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Ipv4Endpoint& local)
-    : m_socket(std::move(socket)), m_wakeEvent(std::move(wakeEvent)), m_local(local)
+PosixUdpSocket::PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Ipv4Endpoint& local,
+                               bool isSendingAtOnce)
+    : m_socket(std::move(socket)),
+      m_wakeEvent(std::move(wakeEvent)),
+      m_local(local),
+      m_isSendingAtOnce(isSendingAtOnce)
 {
 }
 
@@ -117,7 +134,7 @@ VxResult PosixUdpSocket::SendTo(std::span<const std::byte> bytes, const Ipv4Endp
                         reinterpret_cast<const sockaddr*>(&address), sizeof address) >= 0;
     };
     bool isSent = send();
-    if (!isSent && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
+    if (!isSent && !m_isSendingAtOnce && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
         pollfd waiting{m_socket.Get(), POLLOUT, 0};
         ::poll(&waiting, 1, kSendQueueWaitMs);
         isSent = send();
@@ -145,14 +162,14 @@ VxExpected<std::size_t> PosixUdpSocket::Receive(std::span<Datagram> datagrams,
 
 VxExpected<std::size_t> PosixUdpSocket::ReceiveWhatIsThere(std::span<Datagram> datagrams)
 {
-    std::array<mmsghdr, kMostPerCall> messages{};
-    std::array<iovec, kMostPerCall> memory{};
+    std::array<mmsghdr, kMostPerCall> messages;            // the first ones are set below
+    std::array<std::array<iovec, 3>, kMostPerCall> memory; // head, body, rest
     std::array<sockaddr_in, kMostPerCall> senders;
     const std::size_t count = std::min(datagrams.size(), kMostPerCall);
     for (std::size_t i = 0; i < count; ++i) {
-        memory[i] = {datagrams[i].memory.data(), datagrams[i].memory.size()};
-        messages[i].msg_hdr.msg_iov = &memory[i];
-        messages[i].msg_hdr.msg_iovlen = 1;
+        messages[i] = {};
+        messages[i].msg_hdr.msg_iov = memory[i].data();
+        messages[i].msg_hdr.msg_iovlen = SpreadOver(memory[i], datagrams[i]);
         messages[i].msg_hdr.msg_name = &senders[i];
         messages[i].msg_hdr.msg_namelen = sizeof senders[i];
     }

@@ -12,7 +12,8 @@ class PosixUdpSocket final : public IUdpSocket {
 public:
     [[nodiscard]] static VxExpected<std::unique_ptr<IUdpSocket>> Open(const UdpSocketOptions& options);
 
-    PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Ipv4Endpoint& local);
+    PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Ipv4Endpoint& local,
+                   bool isSendingAtOnce);
 
     VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) override;
     VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
@@ -31,6 +32,7 @@ private:
     const FileDescriptor m_socket;
     const FileDescriptor m_wakeEvent;
     const Ipv4Endpoint m_local;
+    const bool m_isSendingAtOnce;
     std::atomic<bool> m_isWoken =
         false; // set before the event is, so that a consumed wake leaves no second one
 };

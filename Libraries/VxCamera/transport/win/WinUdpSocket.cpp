@@ -86,6 +86,22 @@ VxExpected<Ipv4Endpoint> Bind(SOCKET socket, const Ipv4Endpoint& local)
     return FromSystem(address);
 }
 
+/// @return  how many of the pieces are used
+DWORD SpreadOver(std::array<WSABUF, 3>& pieces, const Datagram& datagram)
+{
+    const auto piece = [](std::span<std::byte> bytes) {
+        return WSABUF{static_cast<ULONG>(bytes.size()), // a datagram's room is far below 4 GiB
+                      reinterpret_cast<char*>(bytes.data())};
+    };
+    if (datagram.body.empty()) {
+        pieces[0] = piece(datagram.memory);
+        return 1;
+    }
+    pieces = {piece(datagram.memory.first(datagram.headBytes)), piece(datagram.body),
+              piece(datagram.memory.subspan(datagram.headBytes))};
+    return 3;
+}
+
 KernelHandle MakeEvent()
 {
     constexpr BOOL kResetsByHand = FALSE;
@@ -124,10 +140,12 @@ VxExpected<std::unique_ptr<IUdpSocket>> WinUdpSocket::Open(const UdpSocketOption
     // Makes the socket non-blocking, too.
     if (::WSAEventSelect(handle, parts.readable.Get(), FD_READ) != 0)
         return SystemFailure("watch a UDP socket", ::WSAGetLastError());
-    return std::unique_ptr<IUdpSocket>(std::make_unique<WinUdpSocket>(std::move(parts), *local));
+    return std::unique_ptr<IUdpSocket>(
+        std::make_unique<WinUdpSocket>(std::move(parts), *local, options.isSendingAtOnce));
 }
 
-WinUdpSocket::WinUdpSocket(Parts parts, const Ipv4Endpoint& local) : m_parts(std::move(parts)), m_local(local)
+WinUdpSocket::WinUdpSocket(Parts parts, const Ipv4Endpoint& local, bool isSendingAtOnce)
+    : m_parts(std::move(parts)), m_local(local), m_isSendingAtOnce(isSendingAtOnce)
 {
 }
 
@@ -144,7 +162,7 @@ VxResult WinUdpSocket::SendTo(std::span<const std::byte> bytes, const Ipv4Endpoi
         return sent < 0 ? ::WSAGetLastError() : 0;
     };
     int error = send();
-    if (error == WSAEWOULDBLOCK) {
+    if (error == WSAEWOULDBLOCK && !m_isSendingAtOnce) {
         fd_set waiting{};
         waiting.fd_count = 1;
         waiting.fd_array[0] = socket;
@@ -193,18 +211,18 @@ VxResult WinUdpSocket::ReceiveOne(Datagram& datagram)
 {
     sockaddr_in sender{};
     int senderLength = sizeof sender;
-    WSABUF memory{static_cast<ULONG>(datagram.memory.size()), // a datagram's room is far below 4 GiB
-                  reinterpret_cast<char*>(datagram.memory.data())};
+    std::array<WSABUF, 3> memory{}; // head, body, rest
+    const DWORD pieces = SpreadOver(memory, datagram);
     DWORD size = 0;
     DWORD flags = 0;
-    const int failed = ::WSARecvFrom(m_parts.socket.Get(), &memory, 1, &size, &flags,
+    const int failed = ::WSARecvFrom(m_parts.socket.Get(), memory.data(), pieces, &size, &flags,
                                      reinterpret_cast<sockaddr*>(&sender), &senderLength, nullptr, nullptr);
     const int error = failed != 0 ? ::WSAGetLastError() : 0;
     datagram.isTruncated = error == WSAEMSGSIZE;
     switch (error) {
     case 0:
     case WSAEMSGSIZE:
-        datagram.size = datagram.isTruncated ? datagram.memory.size() : size;
+        datagram.size = datagram.isTruncated ? datagram.memory.size() + datagram.body.size() : size;
         datagram.sender = FromSystem(sender);
         return VxResult::Ok();
     case WSAEWOULDBLOCK:

@@ -20,7 +20,7 @@ public:
 
     [[nodiscard]] static VxExpected<std::unique_ptr<IUdpSocket>> Open(const UdpSocketOptions& options);
 
-    WinUdpSocket(Parts parts, const Ipv4Endpoint& local);
+    WinUdpSocket(Parts parts, const Ipv4Endpoint& local, bool isSendingAtOnce);
 
     VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) override;
     VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
@@ -39,6 +39,7 @@ private:
 
     const Parts m_parts;
     const Ipv4Endpoint m_local;
+    const bool m_isSendingAtOnce;
     std::atomic<bool> m_isWoken =
         false; // set before the event is, so that a consumed wake leaves no second one
 };

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <string>
@@ -103,6 +104,46 @@ TEST_F(UdpSocketTest, ALongDatagramIsCutAndMarked)
     ASSERT_TRUE(socket->Receive({&received.datagram, 1}, kArrives));
     EXPECT_TRUE(received.datagram.isTruncated);
     EXPECT_EQ(received.Text(), text.substr(0, received.memory.size()));
+}
+
+TEST_F(UdpSocketTest, ADatagramCanBeSpreadOverItsBody)
+{
+    const auto a = Open();
+    const auto b = Open();
+    for (const std::string_view text : {"", "ab", "head", "headbod", "headbody", "headbodyandmore"}) {
+        ASSERT_TRUE(a->SendTo(AsBytes(text), b->LocalEndpoint()).IsOK());
+        Received received;
+        std::array<std::byte, 4> body{};
+        received.datagram.body = body;
+        received.datagram.headBytes = 4;
+
+        ASSERT_TRUE(b->Receive(std::span(&received.datagram, 1), kArrives)) << text;
+
+        EXPECT_EQ(received.datagram.size, text.size());
+        EXPECT_EQ(received.datagram.Head().size(), std::min<std::size_t>(text.size(), 4));
+        if (text.size() >= 8) {
+            EXPECT_EQ(std::string(reinterpret_cast<const char*>(body.data()), 4), "body");
+        }
+        received.datagram.Join();
+        EXPECT_EQ(received.Text(), text);
+    }
+}
+
+TEST_F(UdpSocketTest, ADatagramThatIsSpreadIsCutAndMarkedToo)
+{
+    const auto a = Open();
+    const auto b = Open();
+    const std::string text(100, 'x');
+    ASSERT_TRUE(a->SendTo(AsBytes(text), b->LocalEndpoint()).IsOK());
+    Received received;
+    std::array<std::byte, 4> body{};
+    received.datagram.body = body;
+    received.datagram.headBytes = 4;
+
+    ASSERT_TRUE(b->Receive(std::span(&received.datagram, 1), kArrives));
+
+    EXPECT_TRUE(received.datagram.isTruncated);
+    EXPECT_EQ(received.datagram.size, received.memory.size() + body.size());
 }
 
 TEST_F(UdpSocketTest, OneCallTakesAllDatagramsThatAreThere)
