@@ -29,7 +29,7 @@ bool StandingPicture::Show(std::uint32_t pixelType, std::uint32_t widthPx, std::
     std::mt19937 random(1);
     std::generate_n(image.GetDataPointer(), image.GetSize(),
                     [&] { return static_cast<std::uint8_t>(random()); });
-    Picture().Impl().operationResult = VxResult::Ok();
+    Picture().Impl().operationCode = VxError::Ok;
     return true;
 }
 

@@ -23,52 +23,125 @@ constexpr auto kRestartPause = 20ms;
 // Chosen: a camera that drops blocks skips few ids; a longer way is that of a camera that began anew.
 constexpr std::int64_t kLargestGap = 10'000;
 
-constexpr bool IsReadable(PacketFormat format)
-{
-    return format == PacketFormat::Leader || format == PacketFormat::Trailer ||
-           format == PacketFormat::Payload;
-}
+// Chosen: how long the end of a block may be silent before it counts as lost; longer where blocks of this
+// camera have shown longer pauses.
+constexpr IVxClock::Time::duration kLeastTailTimeout = 3ms;
+constexpr IVxClock::Time::duration kLongestTailTimeout = 20ms;
 
-/// Whether the packet only tells that another one cannot be sent again.
-constexpr bool IsResendRefusal(gvsp::Status status)
+constexpr bool IsPayload(PacketFormat format)
 {
-    switch (status) {
-    case gvsp::Status::PacketUnavailable:
-    case gvsp::Status::PacketNotYetAvailable:
-    case gvsp::Status::PacketAndPreviousRemoved:
-    case gvsp::Status::PacketRemoved:
-    case gvsp::Status::PacketTemporarilyUnavailable:
+    switch (format) {
+    case PacketFormat::Payload:
+    case PacketFormat::PayloadH264:
+    case PacketFormat::PayloadMultiZone:
+    case PacketFormat::PayloadMultiPart:
+    case PacketFormat::PayloadGenDc:
         return true;
     default:
         return false;
     }
 }
 
+constexpr bool IsReadable(PacketFormat format)
+{
+    return format == PacketFormat::Leader || format == PacketFormat::Trailer ||
+           format == PacketFormat::AllIn || IsPayload(format);
+}
+
+constexpr bool HasLeader(PacketFormat format)
+{
+    return format == PacketFormat::Leader || format == PacketFormat::AllIn;
+}
+
+/// Whether the packet only tells that another one cannot be sent now.
+constexpr bool IsResendDelay(gvsp::Status status)
+{
+    return status == gvsp::Status::PacketNotYetAvailable ||
+           status == gvsp::Status::PacketTemporarilyUnavailable;
+}
+
+/// Whether the packet only tells that another one cannot be sent again.
+constexpr bool IsResendRefusal(gvsp::Status status)
+{
+    return status == gvsp::Status::PacketUnavailable || status == gvsp::Status::PacketAndPreviousRemoved ||
+           status == gvsp::Status::PacketRemoved;
+}
+
+/// Such packets carry nothing, and their format is any.
+constexpr bool IsAboutResend(gvsp::Status status)
+{
+    return IsResendDelay(status) || IsResendRefusal(status);
+}
+
+/// Turns the requests of one block into those of the stream, and counts them.
+class BlockRequests final : public IResendRequests {
+public:
+    BlockRequests(IResendChannel& channel, const OpenBlock& block, StreamCounters& counters)
+        : m_channel(channel), m_block(block), m_counters(counters)
+    {
+    }
+
+    void Ask(std::uint32_t firstPacketId, std::uint32_t lastPacketId) override
+    {
+        m_counters.resendRequests.Add();
+        m_counters.packetsRequestedAgain.Add(std::uint64_t{lastPacketId} - firstPacketId + 1);
+        m_channel.Ask(m_block.IdMode(), m_block.BlockId(), firstPacketId, lastPacketId);
+    }
+
+private:
+    IResendChannel& m_channel;
+    const OpenBlock& m_block;
+    StreamCounters& m_counters;
+};
+
 } // namespace
 
-BlockAssembler::BlockAssembler(const AssemblySettings& settings, IBlockSink& sink, StreamCounters& counters)
-    : m_settings(settings), m_sink(sink), m_counters(counters)
+BlockAssembler::BlockAssembler(const AssemblySettings& settings, IBlockSink& sink, StreamCounters& counters,
+                               IResendChannel* resend)
+    : m_sink(sink), m_counters(counters), m_resend(resend)
 {
+    SetSettings(settings);
     std::ranges::transform(m_blocks, m_open.begin(), [](OpenBlock& block) { return &block; });
+}
+
+void BlockAssembler::SetSettings(const AssemblySettings& settings)
+{
+    m_settings = settings;
+    m_policy.SetSettings(settings.resend);
+}
+
+void BlockAssembler::SetMostOpen(std::size_t blocks)
+{
+    m_mostOpen = std::clamp<std::size_t>(blocks, 1, kMostOpen);
 }
 
 void BlockAssembler::OnPacket(std::span<const std::byte> datagram, Time now)
 {
+    const auto packet = gvsp::ParsePacket(datagram);
+    if (packet) {
+        OnPacket(*packet, {datagram.size(), Arrival::InDatagram}, now);
+        return;
+    }
     m_counters.packets.Add();
     m_counters.bytes.Add(datagram.size());
-    const auto packet = gvsp::ParsePacket(datagram);
-    if (!packet)
-        m_counters.packetsMalformed.Add();
-    else if (packet->header.blockId == gvsp::kTestBlockId)
-        m_counters.packetsTest.Add();
-    else if (!IsReadable(packet->header.format))
-        m_counters.packetsUnsupported.Add();
-    else
-        OnBlockPacket(*packet, now);
+    m_counters.packetsMalformed.Add();
     m_lastPacketTime = now;
 }
 
-void BlockAssembler::OnBlockPacket(const gvsp::Packet& packet, Time now)
+void BlockAssembler::OnPacket(const gvsp::Packet& packet, const Received& received, Time now)
+{
+    m_counters.packets.Add();
+    m_counters.bytes.Add(received.datagramBytes);
+    if (packet.header.blockId == gvsp::kTestBlockId)
+        m_counters.packetsTest.Add();
+    else if (!IsReadable(packet.header.format) && !IsAboutResend(packet.header.status))
+        m_counters.packetsUnsupported.Add();
+    else
+        OnBlockPacket(packet, received.arrival, now);
+    m_lastPacketTime = now;
+}
+
+void BlockAssembler::OnBlockPacket(const gvsp::Packet& packet, Arrival arrival, Time now)
 {
     const gvsp::PacketHeader& header = packet.header;
     OpenBlock* const block = BlockOf(packet, now);
@@ -77,26 +150,34 @@ void BlockAssembler::OnBlockPacket(const gvsp::Packet& packet, Time now)
         return;
     }
     if (!gvcp::IsGood(header.status)) {
-        CountStatus(header.status, *block);
-        if (IsResendRefusal(header.status))
+        TakeStatus(header, *block);
+        if (IsAboutResend(header.status))
             return;
     }
-    switch (header.format) {
-    case PacketFormat::Leader:
-        Count(header.packetId == 0 ? block->OnLeader(ReadGeometry(packet.data), now)
-                                   : OpenBlock::Effect::Malformed);
-        break;
-    case PacketFormat::Trailer:
-        Count(block->OnTrailer(header.packetId, packet.data, now));
-        break;
-    default:
-        if (!block->HasBuffer())
-            m_counters.packetsUnbuffered.Add();
-        Count(block->OnPayload(header.packetId, packet.data, now));
-        break;
-    }
+    Count(Take(*block, packet, arrival, now));
+    if (const auto& found = block->LastFound(); found && m_policy.OnArrival(*found, now))
+        m_counters.packetsRecovered.Add();
     if (m_openCount > 1 || block->IsDone())
         FinishWhatIsDue(now);
+}
+
+OpenBlock::Effect BlockAssembler::Take(OpenBlock& block, const gvsp::Packet& packet, Arrival arrival,
+                                       Time now)
+{
+    const gvsp::PacketHeader& header = packet.header;
+    switch (header.format) {
+    case PacketFormat::Leader:
+        return header.packetId == 0 ? block.OnLeader(ReadGeometry(packet.data), now)
+                                    : OpenBlock::Effect::Malformed;
+    case PacketFormat::AllIn:
+        return block.OnAllIn(packet.data, now);
+    case PacketFormat::Trailer:
+        return block.OnTrailer(header.packetId, packet.data, now);
+    default:
+        if (!block.HasBuffer())
+            m_counters.packetsUnbuffered.Add();
+        return block.OnPayload(packet, arrival, now);
+    }
 }
 
 void BlockAssembler::Count(OpenBlock::Effect effect)
@@ -116,54 +197,71 @@ void BlockAssembler::Count(OpenBlock::Effect effect)
     case OpenBlock::Effect::Malformed:
         m_counters.packetsMalformed.Add();
         break;
+    case OpenBlock::Effect::Unsupported:
+        m_counters.packetsUnsupported.Add();
+        break;
     }
 }
 
-void BlockAssembler::CountStatus(gvsp::Status status, OpenBlock& block)
+void BlockAssembler::TakeStatus(const gvsp::PacketHeader& header, OpenBlock& block)
 {
     m_counters.packetsErrorStatus.Add();
-    if (!IsResendRefusal(status))
+    if (IsResendDelay(header.status))
+        return; // it is asked for again after the usual time
+    if (!IsResendRefusal(header.status)) {
         block.MarkDamaged();
+        return;
+    }
+    m_counters.packetsRefused.Add();
+    if (block.Missing().IsMissing(header.packetId))
+        block.asking.isGivenUp = true; // without this packet the others are of no use
 }
 
 /// @return  the block of the packet, opened if it is a new one; null when that block is finished
 OpenBlock* BlockAssembler::BlockOf(const gvsp::Packet& packet, Time now)
 {
     const gvsp::PacketHeader& header = packet.header;
-    for (std::size_t i = 0; i < m_openCount; ++i) {
+    for (std::size_t i = m_openCount; i-- > 0;) { // most packets are of the newest one
         if (m_open[i]->BlockId() == header.blockId)
             return m_open[i];
     }
+    if (IsAboutResend(header.status))
+        return nullptr; // of a block that is finished
     if (m_lastFinished) {
         const std::int64_t step = gvsp::BlockIdStep(*m_lastFinished, header.blockId, header.idMode);
-        if (step <= 0 && !IsRestart(header, step, now))
+        if (step <= 0 && !IsRestart(packet, step, now))
             return nullptr;
         if (step <= 0) {
             while (m_openCount > 0)
-                FinishOldest();
+                FinishOldest(now);
             m_lastFinished.reset();
         }
     }
     return &Open(packet, now);
 }
 
-bool BlockAssembler::IsRestart(const gvsp::PacketHeader& header, std::int64_t step, Time now) const
+bool BlockAssembler::IsRestart(const gvsp::Packet& packet, std::int64_t step, Time now) const
 {
-    const bool isLeader = header.format == PacketFormat::Leader;
-    return isLeader && (step < -kLateBlocks || now - m_lastPacketTime >= kRestartPause);
+    const gvsp::PacketHeader& header = packet.header;
+    const bool isSentAgain =
+        header.status == gvsp::Status::PacketResend || (header.flags & gvsp::kFlagIsResend) != 0;
+    if (!HasLeader(header.format) || isSentAgain)
+        return false;
+    const bool isTheFinished =
+        step == 0 && m_lastTimestamp != 0 && ReadGeometry(packet.data).timestampTicks == m_lastTimestamp;
+    return !isTheFinished && (step < -kLateBlocks || now - m_lastPacketTime >= kRestartPause);
 }
 
 OpenBlock& BlockAssembler::Open(const gvsp::Packet& packet, Time now)
 {
-    if (m_openCount == kMostOpen)
-        FinishOldest();
+    if (m_openCount >= m_mostOpen)
+        FinishOldest(now);
     const gvsp::PacketHeader& header = packet.header;
     m_idMode = header.idMode;
 
     OpenBlock* const block = m_open[m_openCount];
-    block->Begin({header.blockId, m_stepBytes, now});
-    const bool isLeader = header.format == PacketFormat::Leader;
-    const BlockGeometry geometry = isLeader ? ReadGeometry(packet.data) : m_lastGeometry;
+    block->Begin({header.blockId, header.idMode, m_stepBytes, m_lastGeometry, m_lastEndId, now});
+    const BlockGeometry geometry = HasLeader(header.format) ? ReadGeometry(packet.data) : m_lastGeometry;
     block->SetBuffer(m_sink.TakeFree(geometry.code == VxError::Ok ? geometry.imageBytes : 0));
 
     // Sorted in: a block that was overtaken comes in front of the one that overtook it.
@@ -175,20 +273,64 @@ OpenBlock& BlockAssembler::Open(const gvsp::Packet& packet, Time now)
     return *block;
 }
 
+std::size_t BlockAssembler::Expect(std::span<ExpectedPacket> expected) const
+{
+    if (m_openCount == 0)
+        return 0;
+    const OpenBlock& block = *m_open[m_openCount - 1];
+    std::size_t count = 0;
+    std::uint32_t packetId = block.HighestId();
+    while (count < expected.size()) {
+        const auto place = block.PlaceOf(++packetId);
+        if (place.empty())
+            break;
+        expected[count++] = {block.BlockId(), packetId, place};
+    }
+    return count;
+}
+
 void BlockAssembler::FinishWhatIsDue(Time now)
 {
+    MarkOvertaken(now);
     while (m_openCount > 0 && IsOldestDue(now))
-        FinishOldest();
+        FinishOldest(now);
+}
+
+/// Notes which blocks should be complete because a newer one has gone far enough.
+void BlockAssembler::MarkOvertaken(Time now)
+{
+    bool isOvertaken = false;
+    for (std::size_t i = m_openCount; i-- > 0;) {
+        OpenBlock& block = *m_open[i];
+        if (block.overtakenAt)
+            return; // and so are those before it
+        if (isOvertaken)
+            block.overtakenAt = now;
+        isOvertaken = isOvertaken || block.IsDone() || block.PayloadPackets() >= m_settings.reorderPackets;
+    }
+}
+
+bool BlockAssembler::IsAsking() const
+{
+    return m_resend != nullptr && m_settings.resend.isOn && m_resend->IsOpen();
+}
+
+/// Whether packets of the block are on their way, or may be.
+bool BlockAssembler::IsHoped(const OpenBlock& block, Time now) const
+{
+    return IsAsking() && block.IsStored() && !m_policy.IsHopeless(block.Missing(), block.asking, now);
 }
 
 bool BlockAssembler::IsOldestDue(Time now) const
 {
-    if (m_open[0]->IsDone())
+    const OpenBlock& block = *m_open[0];
+    if (block.IsDone())
         return true;
-    for (std::size_t i = 1; i < m_openCount; ++i) {
-        if (m_open[i]->IsDone() || m_open[i]->PayloadPackets() >= m_settings.reorderPackets)
-            return true;
-    }
+    if (block.overtakenAt && block.IsPictureWhole())
+        return true;
+    const bool isEnded = block.overtakenAt || (block.IsEnded() && block.asking.isGivenUp);
+    if (isEnded && !IsHoped(block, now))
+        return true;
     const auto deadline = DeadlineOf(0);
     return deadline && now >= *deadline;
 }
@@ -202,20 +344,79 @@ std::optional<BlockAssembler::Time> BlockAssembler::DeadlineOf(std::size_t index
         return block.LastPacketTime() + m_settings.trailerTimeout;
     if (block.IsLeaderOnly() && index + 1 == m_openCount)
         return std::nullopt;
-    return block.LastPacketTime() + m_settings.blockTimeout;
+    const Time bySilence = block.LastPacketTime() + m_settings.blockTimeout;
+    return block.overtakenAt ? std::min(bySilence, *block.overtakenAt + m_settings.resendTimeout) : bySilence;
+}
+
+BlockAssembler::Time::duration BlockAssembler::TailTimeout() const
+{
+    return std::clamp(2 * m_longestPause, kLeastTailTimeout, kLongestTailTimeout);
+}
+
+/// @return  when what is missing at the end of the block counts as lost; none when that is known, or cannot
+/// be
+std::optional<BlockAssembler::Time> BlockAssembler::EndExpectedAt(std::size_t index) const
+{
+    const OpenBlock& block = *m_open[index];
+    const bool isNewest = index + 1 == m_openCount;
+    if (block.IsEnded() || block.EndId() == 0 || !block.IsStored() || (block.IsLeaderOnly() && isNewest))
+        return std::nullopt;
+    const Time bySilence = block.LastAdvance() + TailTimeout();
+    return block.overtakenAt ? std::min(bySilence, *block.overtakenAt) : bySilence;
+}
+
+void BlockAssembler::AskForMissing(Time now)
+{
+    if (!IsAsking())
+        return;
+    for (std::size_t i = 0; i < m_openCount; ++i) {
+        OpenBlock& block = *m_open[i];
+        if (!block.IsStored())
+            continue;
+        if (const auto due = EndExpectedAt(i); due && now >= *due)
+            block.ExpectEnd(now);
+        if (block.Missing().IsEmpty())
+            continue;
+        BlockRequests requests(*m_resend, block, m_counters);
+        m_policy.Ask(block.Missing(), block.asking, block.EndId(), now, requests);
+    }
+}
+
+std::optional<BlockAssembler::Time> BlockAssembler::NextAsking(Time now) const
+{
+    std::optional<Time> next;
+    const auto consider = [&next](std::optional<Time> time) {
+        if (time)
+            next = std::min(next.value_or(*time), *time);
+    };
+    for (std::size_t i = 0; i < m_openCount; ++i) {
+        const OpenBlock& block = *m_open[i];
+        if (!block.IsStored())
+            continue;
+        consider(EndExpectedAt(i));
+        consider(m_policy.NextDue(block.Missing(), block.asking, now));
+    }
+    return next;
 }
 
 void BlockAssembler::OnTime(Time now)
 {
+    AskForMissing(now);
     FinishWhatIsDue(now);
 }
 
-std::optional<BlockAssembler::Time> BlockAssembler::NextDeadline() const
+std::optional<BlockAssembler::Time> BlockAssembler::NextDeadline(Time now) const
 {
-    return m_openCount > 0 ? DeadlineOf(0) : std::nullopt; // blocks are finished in order
+    if (m_openCount == 0)
+        return std::nullopt;
+    const auto deadline = DeadlineOf(0); // blocks are finished in order
+    const auto asking = IsAsking() ? NextAsking(now) : std::nullopt;
+    if (!deadline || !asking)
+        return deadline ? deadline : asking;
+    return std::min(*deadline, *asking);
 }
 
-void BlockAssembler::FinishOldest()
+void BlockAssembler::FinishOldest(Time now)
 {
     OpenBlock* const block = m_open[0];
     std::rotate(m_open.begin(), m_open.begin() + 1,
@@ -228,19 +429,31 @@ void BlockAssembler::FinishOldest()
             m_counters.blocksLost.Add(static_cast<std::uint64_t>(step - 1)); // positive
     }
     m_lastFinished = block->BlockId();
+    m_lastTimestamp = block->Geometry().timestampTicks;
     m_counters.packetsWrongSize.Add(block->WithdrawnPackets());
-    if (block->PayloadPackets() > 0)
-        m_stepBytes = block->StepBytes();
-    if (block->HasLeader() && block->Geometry().code == VxError::Ok)
-        m_lastGeometry = block->Geometry();
+    LearnFrom(*block);
 
     BlockBuffer* const buffer = block->Finish(m_lastGeometry);
     if (buffer == nullptr) {
         m_counters.blocksUnbuffered.Add();
         return;
     }
+    buffer->info.took = now - block->FirstPacketTime();
     CountBlock(buffer->info);
     m_sink.Deliver(*buffer);
+}
+
+void BlockAssembler::LearnFrom(const OpenBlock& block)
+{
+    if (block.PayloadPackets() > 0 && block.IsStored())
+        m_stepBytes = block.StepBytes();
+    if (block.HasLeader() && block.Geometry().code == VxError::Ok)
+        m_lastGeometry = block.Geometry();
+    if (!block.HasLeader() || !block.IsStored() || !block.IsDone())
+        return;
+    m_lastEndId = block.EndId();
+    constexpr int kForgetting = 8; // chosen: after some dozen blocks a long pause counts no more
+    m_longestPause = std::max(block.LongestPause(), m_longestPause - m_longestPause / kForgetting);
 }
 
 void BlockAssembler::CountBlock(const BlockInfo& info)

@@ -3,6 +3,7 @@
 #include "VxBase/VxClock.h"
 #include "VxCamera/receive/IBlockSink.h"
 #include "VxCamera/receive/OpenBlock.h"
+#include "VxCamera/receive/ResendPolicy.h"
 #include "VxCamera/receive/StreamCounters.h"
 #include "VxCamera/wire/gvsp/PacketHeader.h"
 
@@ -17,20 +18,50 @@ namespace receive {
 
 /// When an incomplete block is given up.
 struct AssemblySettings {
-    /// Chosen: longer than any camera pauses inside a block, and well below the second for which a consumer
-    /// waits.
+    /// After its last packet. Chosen: longer than any camera pauses inside a block, and well below the second
+    /// for which a consumer waits.
     std::chrono::milliseconds blockTimeout{250};
+    /// After a newer block has gone far enough, while packets are asked for again. Chosen: longer than
+    /// cameras keep packets.
+    std::chrono::milliseconds resendTimeout{100};
     /// Chosen: how long the trailer of a block may take whose picture is whole.
     std::chrono::milliseconds trailerTimeout{20};
     /// Chosen: how many packets of a newer block prove that an older one gets no more; networks reorder far
     /// fewer.
     std::uint64_t reorderPackets = 32;
+    ResendSettings resend;
+};
+
+/// Asks the camera for packets.
+///
+/// Owner:  borrowed by BlockAssembler.
+/// Thread: the receiver's; must not wait.
+class IResendChannel {
+public:
+    IResendChannel() = default;
+    IResendChannel(const IResendChannel&) = delete;
+    IResendChannel& operator=(const IResendChannel&) = delete;
+    virtual ~IResendChannel() = default;
+
+    /// Whether the camera is asked at all: this host controls it, and it offers to send packets again.
+    [[nodiscard]] virtual bool IsOpen() const = 0;
+
+    virtual void Ask(gvsp::IdMode idMode, std::uint64_t blockId, std::uint32_t firstPacketId,
+                     std::uint32_t lastPacketId) = 0;
+};
+
+/// A payload packet that is expected, and where its data belong.
+struct ExpectedPacket {
+    std::uint64_t blockId = 0;
+    std::uint32_t packetId = 0;
+    std::span<std::byte> place; ///< as long as the data will be
 };
 
 /// Puts the packets of a stream together to blocks and delivers these in order.
 ///
-/// Several blocks can be open at once, because packets overtake each other. An incomplete block is delivered,
-/// too, and says so. Nothing is written outside a buffer, whatever the packets say.
+/// Several blocks can be open at once, because packets overtake each other or are sent again. Blocks are
+/// delivered in order; an incomplete one is delivered, too, and says so. Nothing is written outside a buffer,
+/// whatever the packets say.
 ///
 /// Owner:  StreamReceiver. Borrows sink and counters.
 /// Thread: the receiver's; the counters can be read from any.
@@ -38,48 +69,89 @@ class BlockAssembler {
 public:
     using Time = IVxClock::Time;
 
-    BlockAssembler(const AssemblySettings& settings, IBlockSink& sink, StreamCounters& counters);
+    /// @param resend  borrowed; null: packets are never asked for
+    BlockAssembler(const AssemblySettings& settings, IBlockSink& sink, StreamCounters& counters,
+                   IResendChannel* resend = nullptr);
+
+    void SetSettings(const AssemblySettings& settings);
+
+    /// @param blocks  how many are filled at the same time, at most; 1 to 64
+    void SetMostOpen(std::size_t blocks);
 
     /// @param datagram  of the camera
     void OnPacket(std::span<const std::byte> datagram, Time now);
+
+    struct Received {
+        std::size_t datagramBytes = 0; ///< header included
+        Arrival arrival = Arrival::InDatagram;
+    };
+    /// A packet whose header has been read, and whose data may lie at their place already.
+    void OnPacket(const gvsp::Packet& packet, const Received& received, Time now);
+
+    /// Tells which payload packets should come next, so that they can be received at their places.
+    /// @param expected  the first N are filled
+    /// @return  N; 0 while the next packets are not certain
+    [[nodiscard]] std::size_t Expect(std::span<ExpectedPacket> expected) const;
+
+    /// @return  which kind of ids, and so which header, the stream has
+    [[nodiscard]] gvsp::IdMode IdMode() const { return m_idMode; }
 
     /// Gives up what has waited for too long.
     void OnTime(Time now);
 
     /// @return  when OnTime must be called unless a packet comes before; none = not at all
-    [[nodiscard]] std::optional<Time> NextDeadline() const;
+    [[nodiscard]] std::optional<Time> NextDeadline(Time now) const;
 
     /// Gives all buffers back and forgets the stream: the next block may have any id.
     void Abort();
 
+    /// What was learnt about the camera that sends again.
+    [[nodiscard]] const ResendPolicy& Resend() const { return m_policy; }
+
 private:
-    void OnBlockPacket(const gvsp::Packet& packet, Time now);
+    // Chosen: 64 blocks are more than a second of any camera whose blocks are still being completed.
+    static constexpr std::size_t kMostOpen = 64;
+
+    void OnBlockPacket(const gvsp::Packet& packet, Arrival arrival, Time now);
+    [[nodiscard]] OpenBlock::Effect Take(OpenBlock& block, const gvsp::Packet& packet, Arrival arrival,
+                                         Time now);
     [[nodiscard]] OpenBlock* BlockOf(const gvsp::Packet& packet, Time now);
-    [[nodiscard]] bool IsRestart(const gvsp::PacketHeader& header, std::int64_t step, Time now) const;
+    [[nodiscard]] bool IsRestart(const gvsp::Packet& packet, std::int64_t step, Time now) const;
     [[nodiscard]] OpenBlock& Open(const gvsp::Packet& packet, Time now);
     void Count(OpenBlock::Effect effect);
-    void CountStatus(gvsp::Status status, OpenBlock& block);
+    void TakeStatus(const gvsp::PacketHeader& header, OpenBlock& block);
     void FinishWhatIsDue(Time now);
+    void MarkOvertaken(Time now);
     [[nodiscard]] bool IsOldestDue(Time now) const;
+    [[nodiscard]] bool IsHoped(const OpenBlock& block, Time now) const;
     [[nodiscard]] std::optional<Time> DeadlineOf(std::size_t index) const;
-    void FinishOldest();
+    [[nodiscard]] bool IsAsking() const;
+    void AskForMissing(Time now);
+    [[nodiscard]] std::optional<Time> EndExpectedAt(std::size_t index) const;
+    [[nodiscard]] std::optional<Time> NextAsking(Time now) const;
+    [[nodiscard]] Time::duration TailTimeout() const;
+    void FinishOldest(Time now);
+    void LearnFrom(const OpenBlock& block);
     void CountBlock(const BlockInfo& info);
 
-    // Chosen: packets of more blocks than this never mix.
-    static constexpr std::size_t kMostOpen = 4;
-
-    const AssemblySettings m_settings;
+    AssemblySettings m_settings;
     IBlockSink& m_sink;
     StreamCounters& m_counters;
+    IResendChannel* const m_resend; // borrowed, see the constructor
+    ResendPolicy m_policy;
 
     std::array<OpenBlock, kMostOpen> m_blocks;
     std::array<OpenBlock*, kMostOpen>
         m_open{}; // the first m_openCount ones, oldest first; the others are unused
     std::size_t m_openCount = 0;
+    std::size_t m_mostOpen = kMostOpen;
     std::optional<std::uint64_t> m_lastFinished; // block id
+    std::uint64_t m_lastTimestamp = 0;           // ticks, of that block
     gvsp::IdMode m_idMode = gvsp::IdMode::Standard;
     BlockGeometry m_lastGeometry;
     std::size_t m_stepBytes = 0;
+    std::uint32_t m_lastEndId = 0;   // of a block that was complete; 0: none was
+    Time::duration m_longestPause{}; // inside such blocks, lately
     Time m_lastPacketTime;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VxBase/VxClock.h"
 #include "VxBase/VxError.h"
 #include "VxCamera/receive/BlockGeometry.h"
 
@@ -19,6 +20,7 @@ struct BlockInfo {
     BlockGeometry geometry; ///< of the leader; of an earlier block when this one's leader is missing
     std::uint64_t packetsMissing = 0; ///< as far as is known
     std::size_t receivedBytes = 0;    ///< of payload, at their places in the memory
+    IVxClock::Time::duration took{};  ///< from its first packet to its delivery
 };
 
 /// Memory for one block, and what was received into it.

@@ -2,7 +2,9 @@
 
 #include "VxCamera/pixel/VxPixelFormat.h"
 #include "VxCamera/wire/gvsp/ImageLeader.h"
+#include "VxCamera/wire/gvsp/MultiPart.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace receive {
@@ -40,7 +42,54 @@ void SetSizes(BlockGeometry& geometry, std::size_t imagePaddingBytes)
     geometry.leastImageBytes = LeastBytes(geometry, layout->totalBytes) + imagePaddingBytes;
 }
 
+/// For the leader of an image as for the descriptor of a part: both have the same fields.
+template <typename Fields>
+void TakeFields(BlockGeometry& geometry, const Fields& fields)
+{
+    geometry.pixelFormat = fields.pixelFormat;
+    geometry.widthPx = fields.widthPx;
+    geometry.heightPx = fields.heightPx;
+    geometry.offsetXPx = fields.offsetXPx;
+    geometry.offsetYPx = fields.offsetYPx;
+    geometry.linePaddingBytes = fields.linePaddingBytes;
+    SetSizes(geometry, fields.imagePaddingBytes);
+}
+
+void TakeImage(BlockGeometry& geometry, std::span<const std::byte> leader)
+{
+    const auto image = gvsp::ParseImageLeader(leader);
+    if (image)
+        TakeFields(geometry, *image);
+    else
+        geometry.code = VxError::Truncated;
+}
+
+void TakeFirstImage(BlockGeometry& geometry, std::span<const std::byte> leader)
+{
+    constexpr std::size_t kMostParts = 256; // fixed: packets name their part with 8 bits
+    const std::size_t parts = std::min(gvsp::PartCount(leader), kMostParts);
+    geometry.code = VxError::NotAnImage;
+    for (std::size_t i = 0; i < parts; ++i) {
+        const auto part = gvsp::ParsePartDescriptor(leader, i);
+        if (!part || part->dataType != gvsp::PartDescriptor::kImage2D)
+            continue;
+        TakeFields(geometry, *part);
+        geometry.partId = static_cast<std::uint8_t>(i); // below 256
+        if (geometry.code == VxError::Ok && part->lengthBytes > geometry.imageBytes)
+            geometry.imageBytes =
+                static_cast<std::size_t>(part->lengthBytes); // 48 bits: it says how much comes
+        return;
+    }
+}
+
 } // namespace
+
+bool IsSameShape(const BlockGeometry& a, const BlockGeometry& b)
+{
+    BlockGeometry later = b;
+    later.timestampTicks = a.timestampTicks;
+    return a == later;
+}
 
 BlockGeometry ReadGeometry(std::span<const std::byte> leader)
 {
@@ -52,22 +101,12 @@ BlockGeometry ReadGeometry(std::span<const std::byte> leader)
     }
     geometry.payloadType = start->payloadType;
     geometry.timestampTicks = start->timestampTicks;
-    if (!start->payloadType.HasImageLeader()) {
+    if (start->payloadType.Type() == gvsp::PayloadType::kMultiPart)
+        TakeFirstImage(geometry, leader);
+    else if (start->payloadType.HasImageLeader())
+        TakeImage(geometry, leader);
+    else
         geometry.code = VxError::NotAnImage;
-        return geometry;
-    }
-    const auto image = gvsp::ParseImageLeader(leader);
-    if (!image) {
-        geometry.code = VxError::Truncated;
-        return geometry;
-    }
-    geometry.pixelFormat = image->pixelFormat;
-    geometry.widthPx = image->widthPx;
-    geometry.heightPx = image->heightPx;
-    geometry.offsetXPx = image->offsetXPx;
-    geometry.offsetYPx = image->offsetYPx;
-    geometry.linePaddingBytes = image->linePaddingBytes;
-    SetSizes(geometry, image->imagePaddingBytes);
     return geometry;
 }
 

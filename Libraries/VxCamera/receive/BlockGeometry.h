@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace receive {
@@ -13,6 +14,8 @@ namespace receive {
 struct BlockGeometry {
     /// Ok; NotAnImage: a payload of another kind; InvalidData: sizes that no picture can have
     VxError code = VxError::NotInitialized;
+    /// Which part of a multi-part payload is the picture; none for any other payload
+    std::optional<std::uint8_t> partId;
     gvsp::PayloadType payloadType;
     std::uint64_t timestampTicks = 0;
     std::uint32_t pixelFormat = 0;
@@ -29,6 +32,10 @@ struct BlockGeometry {
     bool operator==(const BlockGeometry&) const = default;
 };
 
+/// Whether both announce pictures that take the same packets.
+[[nodiscard]] bool IsSameShape(const BlockGeometry& a, const BlockGeometry& b);
+
+/// The first image of a multi-part payload is its picture.
 /// @param leader  data of a leader packet
 /// @return  code Truncated when the leader is cut
 [[nodiscard]] BlockGeometry ReadGeometry(std::span<const std::byte> leader);

@@ -1,7 +1,9 @@
 #include "VxCamera/receive/OpenBlock.h"
 
 #include "VxCamera/wire/gvsp/BlockLayout.h"
+#include "VxCamera/wire/gvsp/ImageLeader.h"
 #include "VxCamera/wire/gvsp/ImageTrailer.h"
+#include "VxCamera/wire/gvsp/MultiPart.h"
 
 #include <algorithm>
 #include <cstring>
@@ -10,17 +12,25 @@ namespace receive {
 
 namespace {
 
+using gvsp::PacketFormat;
+
 // Chosen: far below what any camera sends. It bounds the number of packets that a buffer can have.
 constexpr std::size_t kSmallestStepBytes = 64;
+
+// Chosen: more than 1 GiB in packets of 1,500 bytes. Parts that are no picture are not bounded by the buffer.
+constexpr std::uint32_t kMostPartPackets = 1 << 20;
 
 } // namespace
 
 void OpenBlock::Begin(const Start& start)
 {
-    m_blockId = start.blockId;
+    m_start = start;
     m_buffer = nullptr;
     m_stepBytes = start.stepBytes;
     m_lastPacketTime = start.now;
+    m_lastAdvance = start.now;
+    asking = {};
+    overtakenAt.reset();
     Forget();
 }
 
@@ -29,6 +39,8 @@ void OpenBlock::Forget()
 {
     m_geometry = {};
     m_received.Reset(0);
+    m_missing.Clear();
+    m_lastFound.reset();
     m_payloadPackets = 0;
     m_withdrawnPackets = 0;
     m_payloadBytes = 0;
@@ -37,22 +49,39 @@ void OpenBlock::Forget()
     m_shortBytes = 0;
     m_trailerId = 0;
     m_trailerHeightPx = 0;
+    m_longestPause = {};
     m_hasLeader = false;
     m_hasTrailer = false;
     m_isDamaged = false;
 }
 
+/// Keeps account of what is missing.
+void OpenBlock::Follow(std::uint32_t packetId, Time now)
+{
+    m_lastPacketTime = now;
+    const std::uint64_t next = m_missing.Next();
+    m_lastFound = m_missing.Arrived(packetId, now);
+    if (packetId < next)
+        return;
+    m_longestPause = next > 0 ? std::max(m_longestPause, now - m_lastAdvance) : m_longestPause;
+    m_lastAdvance = now;
+}
+
 OpenBlock::Effect OpenBlock::OnLeader(const BlockGeometry& geometry, Time now)
 {
+    m_lastFound.reset();
     if (geometry.code == VxError::Truncated)
         return Effect::Malformed;
-    m_lastPacketTime = now;
-    if (m_hasLeader && geometry == m_geometry)
+    if (m_hasLeader && geometry == m_geometry) {
+        m_lastPacketTime = now;
         return Effect::Duplicate;
-    if (m_hasLeader)
-        Forget(); // another block under the same id: the camera began anew
+    }
+    const bool isOtherPart = !m_hasLeader && m_payloadPackets > 0 && PartId() != geometry.partId;
+    if (m_hasLeader || isOtherPart)
+        Forget(); // another block under the same id, or not the kind that it was taken for without its leader
     m_geometry = geometry;
     m_hasLeader = true;
+    Follow(0, now);
     return Effect::Stored;
 }
 
@@ -64,33 +93,81 @@ bool OpenBlock::IsStored() const
     return m_buffer != nullptr && fits;
 }
 
-OpenBlock::Effect OpenBlock::OnPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now)
+/// The part of a multi-part block that is the picture. A block whose leader is late is taken for one like the
+/// block before.
+std::optional<std::uint8_t> OpenBlock::PartId() const
 {
-    if (packetId == 0 || data.empty())
+    return m_hasLeader ? m_geometry.partId : m_start.lastGeometry.partId;
+}
+
+std::span<std::byte> OpenBlock::PlaceOf(std::uint32_t packetId) const
+{
+    const bool isCertain = m_hasLeader && m_payloadPackets > 0 && IsStored() && !PartId();
+    if (!isCertain || (packetId < m_received.Size() && m_received.IsSet(packetId)))
+        return {};
+    const std::uint64_t offset = gvsp::PayloadOffset(packetId, m_stepBytes);
+    const std::size_t end = std::min(m_geometry.imageBytes, Capacity());
+    if (offset >= end)
+        return {};
+    return m_buffer->memory.subspan(static_cast<std::size_t>(offset), // below the capacity
+                                    std::min(m_stepBytes, end - static_cast<std::size_t>(offset)));
+}
+
+OpenBlock::Effect OpenBlock::OnPayload(const gvsp::Packet& packet, Arrival arrival, Time now)
+{
+    m_lastFound.reset();
+    const std::uint32_t packetId = packet.header.packetId;
+    if (packetId == 0 || packet.data.empty())
         return Effect::Malformed;
-    m_lastPacketTime = now;
     if (!IsStored()) {
+        m_lastPacketTime = now;
         ++m_payloadPackets;
         return Effect::Stored;
     }
+    const bool isPart = packet.header.format == PacketFormat::PayloadMultiPart;
+    if (isPart != PartId().has_value() || (!isPart && packet.header.format != PacketFormat::Payload))
+        return Effect::Unsupported;
     if (m_hasTrailer && packetId >= m_trailerId)
         return Effect::OutOfRange;
-    if (packetId < m_received.Size() && m_received.IsSet(packetId))
+    if (packetId < m_received.Size() && m_received.IsSet(packetId)) {
+        m_lastPacketTime = now;
         return Effect::Duplicate;
-    if (!FitStep(packetId, data.size()))
+    }
+    if (arrival == Arrival::AtPlace && PlaceOf(packetId).data() != packet.data.data())
+        return Effect::OutOfRange; // the block is not the one any more for which the place was told
+    return isPart ? OnPartPayload(packetId, packet.data, now) : OnPlainPayload(packetId, packet.data, now);
+}
+
+OpenBlock::Effect OpenBlock::OnPlainPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now)
+{
+    if (!FitStep(packetId, data.size(), now))
         return Effect::WrongSize;
     const std::uint64_t offset = gvsp::PayloadOffset(packetId, m_stepBytes);
     if (offset >= Capacity())
         return Effect::OutOfRange;
-    if (!FitLength(packetId, data.size()))
+    if (!FitLength(packetId, data.size(), now))
         return Effect::WrongSize;
-    Store(packetId, static_cast<std::size_t>(offset), data); // below the capacity
+    Store(static_cast<std::size_t>(offset), data); // below the capacity
+    Count(packetId, now);
+    return Effect::Stored;
+}
+
+OpenBlock::Effect OpenBlock::OnPartPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now)
+{
+    const auto part = gvsp::ParsePartPayload(data);
+    if (!part)
+        return Effect::Malformed;
+    if (packetId > kMostPartPackets)
+        return Effect::OutOfRange;
+    if (part->partId == *PartId() && part->offsetBytes < Capacity())
+        Store(static_cast<std::size_t>(part->offsetBytes), part->data); // below the capacity
+    Count(packetId, now);
     return Effect::Stored;
 }
 
 /// Learns the step from the packets.
 /// @return  false for a packet that is longer than those before it
-bool OpenBlock::FitStep(std::uint32_t packetId, std::size_t bytes)
+bool OpenBlock::FitStep(std::uint32_t packetId, std::size_t bytes, Time now)
 {
     const bool isFirst = m_payloadPackets == 0;
     if (isFirst && (bytes > m_stepBytes || packetId == 1)) {
@@ -104,17 +181,17 @@ bool OpenBlock::FitStep(std::uint32_t packetId, std::size_t bytes)
     if (m_payloadPackets != 1 || m_highestId != 1)
         return false;
     // The only packet so far is the shorter one, so it was cut. Its bytes, at the very beginning, do no harm.
-    Withdraw(1, m_payloadBytes);
+    Withdraw(1, m_payloadBytes, now);
     m_stepBytes = bytes;
     return true;
 }
 
 /// Keeps packets out that were cut: none but the last one of a block is shorter than the step.
 /// @return  false for a packet that was cut
-bool OpenBlock::FitLength(std::uint32_t packetId, std::size_t bytes)
+bool OpenBlock::FitLength(std::uint32_t packetId, std::size_t bytes, Time now)
 {
     if (m_shortId != 0 && packetId > m_shortId) {
-        Withdraw(m_shortId, m_shortBytes);
+        Withdraw(m_shortId, m_shortBytes, now);
         m_shortId = 0;
     }
     if (bytes >= m_stepBytes)
@@ -127,20 +204,27 @@ bool OpenBlock::FitLength(std::uint32_t packetId, std::size_t bytes)
     return true;
 }
 
-void OpenBlock::Store(std::uint32_t packetId, std::size_t offset, std::span<const std::byte> data)
+void OpenBlock::Store(std::size_t offset, std::span<const std::byte> data)
 {
     const auto place = m_buffer->memory.subspan(offset);
-    std::memcpy(place.data(), data.data(), std::min(data.size(), place.size()));
+    if (place.data() != data.data())
+        std::memcpy(place.data(), data.data(), std::min(data.size(), place.size()));
+    m_payloadBytes += data.size();
+}
+
+void OpenBlock::Count(std::uint32_t packetId, Time now)
+{
     m_received.Grow(std::size_t{packetId} + 1);
     m_received.Set(packetId);
     m_highestId = std::max(m_highestId, packetId);
     ++m_payloadPackets;
-    m_payloadBytes += data.size();
+    Follow(packetId, now);
 }
 
-void OpenBlock::Withdraw(std::uint32_t packetId, std::size_t bytes)
+void OpenBlock::Withdraw(std::uint32_t packetId, std::size_t bytes, Time now)
 {
     m_received.Clear(packetId);
+    m_missing.Lost(packetId, now);
     --m_payloadPackets;
     ++m_withdrawnPackets;
     m_payloadBytes -= bytes;
@@ -148,20 +232,46 @@ void OpenBlock::Withdraw(std::uint32_t packetId, std::size_t bytes)
 
 OpenBlock::Effect OpenBlock::OnTrailer(std::uint32_t packetId, std::span<const std::byte> data, Time now)
 {
+    m_lastFound.reset();
     if (packetId == 0 || !gvsp::ParseTrailerPayloadType(data))
         return Effect::Malformed;
-    m_lastPacketTime = now;
-    if (m_hasTrailer)
+    if (m_hasTrailer) {
+        m_lastPacketTime = now;
         return Effect::Duplicate;
+    }
     m_hasTrailer = true;
     m_trailerId = packetId;
     if (const auto trailer = gvsp::ParseImageTrailer(data))
         m_trailerHeightPx = trailer->heightPx;
     if (m_shortId != 0 && m_shortId + std::uint64_t{1} < m_trailerId) {
-        Withdraw(m_shortId, m_shortBytes);
+        Withdraw(m_shortId, m_shortBytes, now);
         m_shortId = 0;
     }
+    Follow(packetId, now);
+    m_missing.EndAt(packetId);
     return Effect::Stored;
+}
+
+OpenBlock::Effect OpenBlock::OnAllIn(std::span<const std::byte> data, Time now)
+{
+    const BlockGeometry geometry = ReadGeometry(data);
+    const Effect leader = OnLeader(geometry, now);
+    if (leader != Effect::Stored || !geometry.payloadType.HasImageLeader()) {
+        m_hasTrailer = leader == Effect::Stored || m_hasTrailer; // nothing more comes
+        return leader;
+    }
+    const auto behindLeader = data.subspan(std::min(data.size(), gvsp::kImageLeaderBytes));
+    const std::size_t trailerBytes = gvsp::ImageTrailerBytes(geometry.payloadType);
+    if (behindLeader.size() <= trailerBytes)
+        return Effect::Malformed;
+    gvsp::Packet payload;
+    payload.header.packetId = 1;
+    payload.data = behindLeader.subspan(trailerBytes);
+    const Effect stored = OnPayload(payload, Arrival::InDatagram, now);
+    if (stored != Effect::Stored)
+        return stored;
+    constexpr std::uint32_t kTrailerId = 2; // as if they had come one by one
+    return OnTrailer(kTrailerId, behindLeader.first(trailerBytes), now);
 }
 
 bool OpenBlock::IsPictureWhole() const
@@ -175,13 +285,40 @@ bool OpenBlock::IsDone() const
     return m_hasTrailer && (!IsStored() || PacketsMissing() == 0);
 }
 
+std::uint32_t OpenBlock::EndId() const
+{
+    if (m_hasTrailer)
+        return m_trailerId;
+    if (m_start.lastEndId != 0 && (!m_hasLeader || IsSameShape(m_geometry, m_start.lastGeometry)))
+        return m_start.lastEndId;
+    const bool isPlainPicture = m_hasLeader && m_geometry.code == VxError::Ok && !PartId();
+    if (!isPlainPicture || m_stepBytes == 0 || m_geometry.payloadType.HasChunks())
+        return 0;
+    const std::uint64_t packets = gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes);
+    constexpr std::uint64_t kMostPackets = 0xFF'FFFF; // fixed by the standard header; more is no picture
+    return packets < kMostPackets ? static_cast<std::uint32_t>(packets + 1) : 0;
+}
+
+void OpenBlock::ExpectEnd(Time now)
+{
+    const std::uint32_t end = EndId();
+    if (end != 0)
+        m_missing.ExpectUpTo(end, now);
+}
+
+bool OpenBlock::IsEnded() const
+{
+    const std::uint32_t end = EndId();
+    return m_hasTrailer || (end != 0 && m_missing.Next() > end);
+}
+
 std::uint64_t OpenBlock::PacketsMissing() const
 {
-    std::uint64_t expected = 0;
+    std::uint64_t expected = m_highestId;
     if (m_hasTrailer)
         expected = m_trailerId - 1;
-    else if (m_hasLeader && m_stepBytes > 0)
-        expected = gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes);
+    else if (const std::uint32_t end = EndId(); end > 0)
+        expected = end - 1;
     const std::uint64_t payload = expected > m_payloadPackets ? expected - m_payloadPackets : 0;
     return payload + (m_hasLeader ? 0 : 1);
 }
@@ -219,7 +356,7 @@ BlockBuffer* OpenBlock::Finish(const BlockGeometry& lastGeometry)
     const BlockGeometry sent = GeometryAsSent();
     BlockInfo& info = buffer->info;
     info.code = Code(sent);
-    info.blockId = m_blockId;
+    info.blockId = m_start.blockId;
     info.timestampTicks = m_geometry.timestampTicks;
     info.geometry = m_hasLeader ? sent : lastGeometry;
     info.packetsMissing = info.code == VxError::MissingPackets ? PacketsMissing() : 0;

@@ -3,19 +3,26 @@
 #include "VxBase/VxClock.h"
 #include "VxCamera/receive/BlockBuffer.h"
 #include "VxCamera/receive/BlockGeometry.h"
+#include "VxCamera/receive/MissingRanges.h"
 #include "VxCamera/receive/PacketBitmap.h"
+#include "VxCamera/receive/ResendPolicy.h"
+#include "VxCamera/wire/gvsp/PacketHeader.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace receive {
+
+/// Where the data of a payload packet are.
+enum class Arrival { InDatagram, AtPlace };
 
 /// One block while its packets arrive, in any order.
 ///
 /// Every payload packet but the last carries equally many bytes, the step; a packet's place is its id times
 /// that. The step is that of the block before, until the packets tell another one. A packet cut short never
-/// counts as received.
+/// counts as received. Packets of a multi-part block tell their place themselves.
 ///
 /// Owner:  BlockAssembler, which uses the same few objects again and again.
 /// Thread: one.
@@ -23,11 +30,14 @@ class OpenBlock {
 public:
     using Time = IVxClock::Time;
 
-    enum class Effect { Stored, Duplicate, OutOfRange, WrongSize, Malformed };
+    enum class Effect { Stored, Duplicate, OutOfRange, WrongSize, Malformed, Unsupported };
 
     struct Start {
         std::uint64_t blockId = 0;
-        std::size_t stepBytes = 0; ///< of the block before; 0 = not known
+        gvsp::IdMode idMode = gvsp::IdMode::Standard;
+        std::size_t stepBytes = 0;   ///< of the block before; 0 = not known
+        BlockGeometry lastGeometry;  ///< of the block before
+        std::uint32_t lastEndId = 0; ///< of the trailer of the block before; 0 = not known
         Time now;
     };
 
@@ -38,11 +48,21 @@ public:
     void SetBuffer(BlockBuffer* buffer) { m_buffer = buffer; }
 
     Effect OnLeader(const BlockGeometry& geometry, Time now);
-    Effect OnPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now);
+    /// @param arrival  AtPlace: the data lie where PlaceOf said, and are not copied
+    Effect OnPayload(const gvsp::Packet& packet, Arrival arrival, Time now);
     Effect OnTrailer(std::uint32_t packetId, std::span<const std::byte> data, Time now);
+    /// A block in one packet: leader, trailer and payload, one behind the other.
+    Effect OnAllIn(std::span<const std::byte> data, Time now);
 
     /// The camera says that it lost data of this block itself.
     void MarkDamaged() { m_isDamaged = true; }
+
+    /// @return  where the data of this packet go, as many bytes as it will have; empty when it is not wanted
+    /// or not certain
+    [[nodiscard]] std::span<std::byte> PlaceOf(std::uint32_t packetId) const;
+
+    /// Whether payload goes into the buffer.
+    [[nodiscard]] bool IsStored() const;
 
     /// Everything is here, the trailer included; or nothing more is wanted of a block without picture.
     [[nodiscard]] bool IsDone() const;
@@ -53,49 +73,86 @@ public:
     /// A camera that waits for its exposure has sent no more than this.
     [[nodiscard]] bool IsLeaderOnly() const { return m_hasLeader && !m_hasTrailer && m_payloadPackets == 0; }
 
+    /// The camera has sent the end of the block, or should have: whatever is not here is missing.
+    void ExpectEnd(Time now);
+
+    /// Whether the end of the block has come, or counts as lost.
+    [[nodiscard]] bool IsEnded() const;
+
     /// Fills in the buffer's info and lets go of it.
     /// @param lastGeometry  for a block whose leader is missing
     /// @return  the buffer; null when there was none
     BlockBuffer* Finish(const BlockGeometry& lastGeometry);
 
-    [[nodiscard]] std::uint64_t BlockId() const { return m_blockId; }
+    /// What the assembler keeps with the block.
+    BlockAsking asking;
+    std::optional<Time>
+        overtakenAt; ///< since when a newer block has gone so far that this one should be done
+
+    [[nodiscard]] std::uint64_t BlockId() const { return m_start.blockId; }
+    [[nodiscard]] gvsp::IdMode IdMode() const { return m_start.idMode; }
     [[nodiscard]] bool HasBuffer() const { return m_buffer != nullptr; }
     [[nodiscard]] bool HasLeader() const { return m_hasLeader; }
+    [[nodiscard]] bool HasTrailer() const { return m_hasTrailer; }
     [[nodiscard]] const BlockGeometry& Geometry() const { return m_geometry; }
     [[nodiscard]] std::size_t StepBytes() const { return m_stepBytes; }
+    [[nodiscard]] Time FirstPacketTime() const { return m_start.now; }
     [[nodiscard]] Time LastPacketTime() const { return m_lastPacketTime; }
     [[nodiscard]] std::uint64_t PayloadPackets() const { return m_payloadPackets; }
+    [[nodiscard]] std::uint32_t HighestId() const { return m_highestId; }
+
+    /// When a packet came that no later one had overtaken, and the longest time between two such packets.
+    [[nodiscard]] Time LastAdvance() const { return m_lastAdvance; }
+    [[nodiscard]] Time::duration LongestPause() const { return m_longestPause; }
+
+    /// Whether packets can be missing of which the block knows.
+    [[nodiscard]] MissingRanges& Missing() { return m_missing; }
+    [[nodiscard]] const MissingRanges& Missing() const { return m_missing; }
+
+    /// The missing packet that the last packet was, as it stood before; none when it had not been missing.
+    [[nodiscard]] const std::optional<MissingRange>& LastFound() const { return m_lastFound; }
+
+    /// @return  id of the trailer; 0 while it can only be guessed and there is nothing to guess from
+    [[nodiscard]] std::uint32_t EndId() const;
 
     /// How many packets were stored before it showed that they were cut.
     [[nodiscard]] std::uint64_t WithdrawnPackets() const { return m_withdrawnPackets; }
 
 private:
     [[nodiscard]] std::size_t Capacity() const { return m_buffer != nullptr ? m_buffer->memory.size() : 0; }
-    [[nodiscard]] bool IsStored() const;
-    [[nodiscard]] bool FitStep(std::uint32_t packetId, std::size_t bytes);
-    [[nodiscard]] bool FitLength(std::uint32_t packetId, std::size_t bytes);
-    void Store(std::uint32_t packetId, std::size_t offset, std::span<const std::byte> data);
-    void Withdraw(std::uint32_t packetId, std::size_t bytes);
+    [[nodiscard]] std::optional<std::uint8_t> PartId() const;
+    Effect OnPlainPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now);
+    Effect OnPartPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now);
+    [[nodiscard]] bool FitStep(std::uint32_t packetId, std::size_t bytes, Time now);
+    [[nodiscard]] bool FitLength(std::uint32_t packetId, std::size_t bytes, Time now);
+    void Store(std::size_t offset, std::span<const std::byte> data);
+    void Count(std::uint32_t packetId, Time now);
+    void Withdraw(std::uint32_t packetId, std::size_t bytes, Time now);
+    void Follow(std::uint32_t packetId, Time now);
     [[nodiscard]] std::uint64_t PacketsMissing() const;
     [[nodiscard]] BlockGeometry GeometryAsSent() const;
     [[nodiscard]] VxError Code(const BlockGeometry& sent) const;
     void Forget();
 
-    std::uint64_t m_blockId = 0;
+    Start m_start;
     BlockBuffer* m_buffer = nullptr; // borrowed from the sink
     BlockGeometry m_geometry;
     PacketBitmap m_received; // by packet id
+    MissingRanges m_missing;
+    std::optional<MissingRange> m_lastFound;
     std::size_t m_stepBytes = 0;
     std::uint64_t m_payloadPackets = 0;
     std::uint64_t m_withdrawnPackets = 0;
-    std::size_t m_payloadBytes = 0;
-    std::uint32_t m_highestId = 0; // of the payload packets stored
+    std::size_t m_payloadBytes = 0; // of the picture's part
+    std::uint32_t m_highestId = 0;  // of the payload packets stored
     std::uint32_t m_shortId =
         0; // of the one that is shorter than the step, which only the last may be; 0 = none
     std::size_t m_shortBytes = 0;
-    std::uint64_t m_trailerId = 0;
+    std::uint32_t m_trailerId = 0;
     std::uint32_t m_trailerHeightPx = 0; // 0: not told
     Time m_lastPacketTime;
+    Time m_lastAdvance;
+    Time::duration m_longestPause{};
     bool m_hasLeader = false;
     bool m_hasTrailer = false;
     bool m_isDamaged = false;

@@ -11,12 +11,17 @@ SenderFilter::SenderFilter(std::optional<Ipv4Address> camera)
 {
 }
 
-bool SenderFilter::Accepts(const transport::Ipv4Endpoint& sender, std::span<const std::byte> datagram)
+bool SenderFilter::IsCamera(const transport::Ipv4Endpoint& sender) const
+{
+    const std::uint32_t camera = m_camera.load(std::memory_order_relaxed);
+    return camera != 0 && sender.address.Value() == camera;
+}
+
+bool SenderFilter::Accepts(const transport::Ipv4Endpoint& sender, const VxExpected<gvsp::Packet>& packet)
 {
     const std::uint32_t camera = m_camera.load(std::memory_order_relaxed);
     if (camera != 0)
         return sender.address.Value() == camera;
-    const auto packet = gvsp::ParsePacket(datagram);
     const bool isLeader = packet && packet->header.format == gvsp::PacketFormat::Leader &&
                           packet->header.blockId != gvsp::kTestBlockId;
     if (isLeader)

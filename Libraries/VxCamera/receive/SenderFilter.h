@@ -1,12 +1,12 @@
 #pragma once
 
+#include "VxBase/VxExpected.h"
 #include "VxCamera/transport/Ipv4Endpoint.h"
+#include "VxCamera/wire/gvsp/PacketHeader.h"
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 
 namespace receive {
 
@@ -22,7 +22,14 @@ public:
     /// @param camera  none: to be learnt
     explicit SenderFilter(std::optional<transport::Ipv4Address> camera);
 
-    [[nodiscard]] bool Accepts(const transport::Ipv4Endpoint& sender, std::span<const std::byte> datagram);
+    /// @param packet  as parsed; a failure when it is none
+    [[nodiscard]] bool Accepts(const transport::Ipv4Endpoint& sender, const VxExpected<gvsp::Packet>& packet);
+
+    /// Whether it is the camera, as far as that is known; learns nothing.
+    [[nodiscard]] bool IsCamera(const transport::Ipv4Endpoint& sender) const;
+
+    /// Whether the camera's address was given.
+    [[nodiscard]] bool IsGiven() const { return m_given.has_value(); }
 
     /// Forgets a camera that was learnt; one that was given stays.
     void Forget();

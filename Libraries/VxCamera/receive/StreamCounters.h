@@ -36,6 +36,12 @@ struct StreamCounters {
     Counter packetsWrongSize;   ///< longer or shorter than the others of their block
     Counter packetsUnbuffered;  ///< of a block for which no buffer was free
 
+    // Resend.
+    Counter resendRequests;        ///< datagrams to the camera
+    Counter packetsRequestedAgain; ///< packets in them, repetitions included
+    Counter packetsRecovered;      ///< that arrived after they had been asked for
+    Counter packetsRefused;        ///< that the camera could not send again
+
     // Blocks.
     Counter blocksComplete;
     Counter blocksIncomplete;     ///< delivered with packets missing

@@ -1,9 +1,14 @@
 #include "VxCamera/receive/StreamReceiver.h"
 
+#include "VxCamera/receive/Landing.h"
+#include "VxCamera/transport/ThreadPriority.h"
+
 #include <algorithm>
 #include <array>
 #include <new>
 #include <system_error>
+#include <tuple>
+#include <utility>
 
 #include "VxBase/VxRunningThread.h"
 
@@ -12,12 +17,6 @@ namespace receive {
 namespace {
 
 using namespace std::chrono_literals;
-
-// Fixed by UDP: no datagram is longer.
-constexpr std::size_t kSlotBytes = 64 * 1024;
-
-// Chosen: more per call than a fast camera sends while one call is at work.
-constexpr std::size_t kSlots = 32;
 
 // Chosen: nothing happens by time while no block is open.
 constexpr std::chrono::microseconds kIdleWait = 1s;
@@ -28,22 +27,11 @@ constexpr auto kPauseAfterError = 50ms;
 // Chosen: more than any socket buffer holds, so that a sender that does not pause cannot hold up a start.
 constexpr int kMostDropped = 100'000;
 
+// Chosen: so many leaders without a single payload packet are no accident: the packets are too large for the
+// network.
+constexpr unsigned kBlocksWithoutPayload = 3;
+
 } // namespace
-
-/// Room for the datagrams of one call. Not cleared: pages that no packet reaches are never touched.
-class StreamReceiver::Slots {
-public:
-    Slots() : m_memory(new std::byte[kSlots * kSlotBytes])
-    {
-        for (std::size_t i = 0; i < kSlots; ++i)
-            m_datagrams[i].memory = {m_memory.get() + i * kSlotBytes, kSlotBytes};
-    }
-    [[nodiscard]] std::span<transport::Datagram> Datagrams() { return m_datagrams; }
-
-private:
-    std::unique_ptr<std::byte[]> m_memory;
-    std::array<transport::Datagram, kSlots> m_datagrams{};
-};
 
 StreamReceiver::StreamReceiver(std::unique_ptr<transport::IUdpSocket> socket, const IVxClock& clock,
                                std::optional<transport::Ipv4Address> camera)
@@ -66,9 +54,9 @@ VxResult StreamReceiver::Start(IBlockSink& sink)
     m_isStopping = false;
     m_filter.Forget();
     try {
-        auto slots = std::make_unique<Slots>();
-        DropWhatIsThere(*slots);
-        m_thread = std::thread([this, owned = std::move(slots)] {
+        auto landing = std::make_unique<Landing>();
+        DropWhatIsThere(*landing);
+        m_thread = std::thread([this, owned = std::move(landing)] {
             const VxRunningThread counted;
             Run(*owned);
         });
@@ -81,12 +69,58 @@ VxResult StreamReceiver::Start(IBlockSink& sink)
 }
 
 /// Packets of an earlier acquisition would be taken for late ones of the next.
-void StreamReceiver::DropWhatIsThere(Slots& slots)
+void StreamReceiver::DropWhatIsThere(Landing& landing)
 {
     for (int i = 0; i < kMostDropped; ++i) {
-        if (m_socket->Receive(slots.Datagrams(), 0us).Result().Code() == VxError::Timeout)
+        if (m_socket->Receive(landing.Plain(), 0us).Result().Code() == VxError::Timeout)
             return;
     }
+}
+
+void StreamReceiver::SetSettings(const AssemblySettings& settings)
+{
+    const VxLock lock(m_ordersMutex);
+    m_orders.settings = settings;
+    m_hasOrders = true;
+}
+
+AssemblySettings StreamReceiver::Settings() const
+{
+    const VxLock lock(m_ordersMutex);
+    return m_orders.settings;
+}
+
+void StreamReceiver::SetLink(std::shared_ptr<const StreamLink> link)
+{
+    {
+        const VxLock lock(m_ordersMutex);
+        m_orders.link.swap(link); // the one before ends outside of the lock
+        m_hasOrders = true;
+    }
+    m_socket->Wake(); // the way through a firewall is opened at once
+}
+
+bool StreamReceiver::CanResend() const
+{
+    const VxLock lock(m_ordersMutex);
+    return m_orders.link != nullptr && m_orders.link->resend != nullptr;
+}
+
+/// Takes over what other threads want.
+void StreamReceiver::TakeOrders()
+{
+    if (!m_hasOrders.exchange(false))
+        return;
+    Orders orders;
+    {
+        const VxLock lock(m_ordersMutex);
+        orders = m_orders;
+    }
+    m_assembler.SetSettings(orders.settings);
+    if (orders.link.get() == m_resend.Link())
+        return;
+    m_resend.SetLink(std::move(orders.link));
+    m_silence.OpenWayAgain();
 }
 
 void StreamReceiver::Stop()
@@ -105,18 +139,23 @@ void StreamReceiver::Stop(const IBlockSink& sink)
         Stop();
 }
 
-void StreamReceiver::Run(Slots& slots)
+void StreamReceiver::Run(Landing& landing)
 {
+    const auto priority = transport::RaiseThreadPriority();
+    m_silence.Start(m_clock.Now());
+    m_blocksWithoutPayload = 0;
     while (!m_isStopping) {
-        const auto received = m_socket->Receive(slots.Datagrams(), WaitingTime());
+        TakeOrders();
+        const auto received = m_socket->Receive(landing.Prepare(m_assembler), WaitingTime());
         try {
             if (received)
-                Take(std::span(slots.Datagrams()).first(*received));
+                Take(landing, *received);
             m_assembler.OnTime(m_clock.Now());
         } catch (const std::bad_alloc&) {
             m_lastError = VxError::OutOfMemory;
             m_assembler.Abort();
         }
+        WatchSilence();
         const VxError code = received.Result().Code();
         if (code != VxError::Ok && code != VxError::Timeout && code != VxError::Aborted) {
             m_lastError = code;
@@ -126,24 +165,53 @@ void StreamReceiver::Run(Slots& slots)
     m_assembler.Abort();
 }
 
-void StreamReceiver::Take(std::span<const transport::Datagram> datagrams)
+void StreamReceiver::Take(Landing& landing, std::size_t received)
 {
     const auto now = m_clock.Now();
-    for (const transport::Datagram& datagram : datagrams) {
-        if (!m_filter.Accepts(datagram.sender, datagram.Bytes()))
+    landing.Settle(received,
+                   [&](const transport::Ipv4Endpoint& sender) { return m_filter.IsCamera(sender); });
+    for (std::size_t i = 0; i < received; ++i) {
+        const transport::Datagram& datagram = landing.Slot(i);
+        const auto& packet = landing.Packet(i);
+        if (!m_filter.Accepts(datagram.sender, packet)) {
             m_counters.packetsForeign.Add();
+            continue;
+        }
+        m_silence.OnPacket(now);
+        if (packet)
+            m_assembler.OnPacket(*packet, {datagram.size, landing.ArrivalOf(i)}, now);
         else
-            m_assembler.OnPacket(datagram.Bytes(), now);
+            m_assembler.OnPacket(datagram.Head(), now); // to be counted
     }
+}
+
+void StreamReceiver::WatchSilence()
+{
+    const auto due = m_silence.OnTime(m_clock.Now());
+    if (due.isSilent)
+        m_lastError = VxError::Timeout;
+    if (due.opensWay)
+        OpenWay();
+}
+
+/// Firewalls let those in whom somebody inside has spoken to.
+void StreamReceiver::OpenWay()
+{
+    const StreamLink* const link = m_resend.Link();
+    if (link == nullptr || link->sourcePort == 0)
+        return;
+    // Chosen: what no camera takes for a command; the content counts for nothing.
+    constexpr std::array<std::byte, 4> kNothing{};
+    std::ignore = m_socket->SendTo(kNothing, {link->command.address, link->sourcePort}); // comes again
 }
 
 std::chrono::microseconds StreamReceiver::WaitingTime() const
 {
-    const auto deadline = m_assembler.NextDeadline();
-    if (!deadline)
-        return kIdleWait;
-    const auto rest = std::chrono::ceil<std::chrono::microseconds>(*deadline - m_clock.Now());
-    return std::clamp(rest, 0us, kIdleWait);
+    const auto now = m_clock.Now();
+    auto due = m_silence.NextDue();
+    if (const auto deadline = m_assembler.NextDeadline(now))
+        due = std::min(due, *deadline);
+    return std::clamp(std::chrono::ceil<std::chrono::microseconds>(due - now), 0us, kIdleWait);
 }
 
 BlockBuffer* StreamReceiver::TakeFree(std::size_t wantedBytes)
@@ -155,6 +223,9 @@ void StreamReceiver::Deliver(BlockBuffer& buffer)
 {
     if (buffer.info.code != VxError::Ok)
         m_lastError = buffer.info.code;
+    m_latest = std::chrono::duration_cast<std::chrono::microseconds>(buffer.info.took);
+    m_longest = std::max(m_longest.load(), m_latest.load());
+    CountPayload(buffer.info);
     m_rates.OnBlock(m_clock.Now(), m_counters.bytes.Value());
     m_sink->Deliver(buffer);
 }
@@ -164,11 +235,27 @@ void StreamReceiver::GiveBack(BlockBuffer& buffer)
     m_sink->GiveBack(buffer);
 }
 
+/// Small packets come and large ones do not: tells whoever can make them smaller.
+void StreamReceiver::CountPayload(const BlockInfo& info)
+{
+    const bool isEmpty =
+        info.code == VxError::MissingPackets && info.receivedBytes == 0 && info.geometry.imageBytes > 0;
+    m_blocksWithoutPayload = isEmpty ? m_blocksWithoutPayload + 1 : 0;
+    if (m_blocksWithoutPayload < kBlocksWithoutPayload)
+        return;
+    m_blocksWithoutPayload = 0;
+    const StreamLink* const link = m_resend.Link();
+    if (link != nullptr && link->onPayloadMissing)
+        link->onPayloadMissing();
+}
+
 void StreamReceiver::ResetStatistics()
 {
     m_counters.Reset();
     m_rates.Reset();
     m_lastError = VxError::Ok;
+    m_latest = 0us;
+    m_longest = 0us;
 }
 
 } // namespace receive

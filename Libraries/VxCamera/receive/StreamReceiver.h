@@ -1,14 +1,19 @@
 #pragma once
 
 #include "VxBase/VxClock.h"
+#include "VxBase/VxMutex.h"
 #include "VxBase/VxResult.h"
 #include "VxCamera/receive/BlockAssembler.h"
 #include "VxCamera/receive/RateMeter.h"
+#include "VxCamera/receive/ResendSender.h"
 #include "VxCamera/receive/SenderFilter.h"
+#include "VxCamera/receive/SilenceWatch.h"
 #include "VxCamera/receive/StreamCounters.h"
+#include "VxCamera/receive/StreamLink.h"
 #include "VxCamera/transport/IUdpSocket.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -16,20 +21,39 @@
 
 namespace receive {
 
+class Landing;
+
 /// Receives a stream from a socket and puts its blocks into buffers.
 ///
-/// The thread waits in the socket's receive, for a packet or until a block must be given up; Stop wakes it
-/// there.
+/// The thread waits in the socket's receive, for a packet or until a block must be given up or asked for;
+/// Stop wakes it there. The only locks it takes are held by others for a few instructions: m_ordersMutex, and
+/// what the sink takes.
 ///
 /// Owner:  the stream. Borrows the clock.
-/// Thread: Start and Stop from one thread at a time; statistics from any; runs a thread of its own between
-/// them.
+/// Thread: Start and Stop from one thread at a time; settings, link and statistics from any; runs a thread of
+/// its own between them.
 class StreamReceiver final : private IBlockSink {
 public:
     /// @param camera  whose packets count; none: to be learnt
     StreamReceiver(std::unique_ptr<transport::IUdpSocket> socket, const IVxClock& clock,
                    std::optional<transport::Ipv4Address> camera);
     ~StreamReceiver() override;
+
+    /// @param blocks  how many are filled at the same time, at most; before Start
+    void SetMostOpen(std::size_t blocks) { m_assembler.SetMostOpen(blocks); }
+
+    /// The socket has joined a multicast group: others receive the same, and this host asks for nothing.
+    void SetGroup() { m_isGroup = true; }
+    [[nodiscard]] bool IsGroup() const { return m_isGroup; }
+
+    /// From now on; at once, also while it runs.
+    void SetSettings(const AssemblySettings& settings);
+    [[nodiscard]] AssemblySettings Settings() const;
+
+    /// @param link  null: this host does not control the camera (any more)
+    void SetLink(std::shared_ptr<const StreamLink> link);
+    /// Whether packets are asked for again: this host controls the camera, and it offers that.
+    [[nodiscard]] bool CanResend() const;
 
     /// @param sink  borrowed until Stop
     /// @return  OUT_OF_MEMORY; BUSY when it serves another sink. OK when it serves this one already.
@@ -49,34 +73,65 @@ public:
     [[nodiscard]] RateMeter::Rates Rates() const { return m_rates.Read(m_clock.Now()); }
     [[nodiscard]] std::optional<transport::Ipv4Address> Camera() const { return m_filter.Camera(); }
 
-    /// The latest failure of a block or of the network; Ok when there was none since the last reset.
+    /// Whether the camera's address was given, and not learnt from the stream.
+    [[nodiscard]] bool IsCameraGiven() const { return m_filter.IsGiven(); }
+
+    /// The latest failure of a block or of the network; TIMEOUT: no packet came for a second; Ok when there
+    /// was none since the last reset.
     [[nodiscard]] VxError LastError() const { return m_lastError; }
+
+    /// From the first packet of a block to its delivery: of the latest block, and the longest since the last
+    /// reset.
+    struct Latency {
+        std::chrono::microseconds latest{};
+        std::chrono::microseconds longest{};
+    };
+    [[nodiscard]] Latency Latencies() const { return {m_latest.load(), m_longest.load()}; }
 
     /// Sets counters, rates and last error back.
     void ResetStatistics();
 
 private:
-    class Slots;
-
-    void Run(Slots& slots);
-    void Take(std::span<const transport::Datagram> datagrams);
-    void DropWhatIsThere(Slots& slots);
+    void Run(Landing& landing);
+    void Take(Landing& landing, std::size_t received);
+    void TakeOrders();
+    void WatchSilence();
+    void OpenWay();
+    void DropWhatIsThere(Landing& landing);
     [[nodiscard]] std::chrono::microseconds WaitingTime() const;
+    void CountPayload(const BlockInfo& info);
 
     // IBlockSink: passes on to the pipeline and measures on the way.
     [[nodiscard]] BlockBuffer* TakeFree(std::size_t wantedBytes) override;
     void Deliver(BlockBuffer& buffer) override;
     void GiveBack(BlockBuffer& buffer) override;
 
+    /// What other threads want of the receiver's.
+    struct Orders {
+        AssemblySettings settings;
+        std::shared_ptr<const StreamLink> link; // shared with the thread, see StreamLink
+    };
+
     const std::unique_ptr<transport::IUdpSocket> m_socket;
     const IVxClock& m_clock;
     SenderFilter m_filter;
     StreamCounters m_counters;
     RateMeter m_rates;
-    BlockAssembler m_assembler{{}, *this, m_counters};
-    IBlockSink* m_sink = nullptr; // borrowed from Start to Stop
+    ResendSender m_resend;
+    BlockAssembler m_assembler{{}, *this, m_counters, &m_resend};
+    SilenceWatch m_silence;
+    bool m_isGroup = false;              // constant once it is set up
+    unsigned m_blocksWithoutPayload = 0; // one after the other
+    IBlockSink* m_sink = nullptr;        // borrowed from Start to Stop
+
+    mutable VxMutex m_ordersMutex; // held for a few instructions only
+    Orders m_orders VX_GUARDED_BY(m_ordersMutex);
+    std::atomic<bool> m_hasOrders = false;
+
     std::atomic<bool> m_isStopping = false;
     std::atomic<VxError> m_lastError = VxError::Ok;
+    std::atomic<std::chrono::microseconds> m_latest{};
+    std::atomic<std::chrono::microseconds> m_longest{};
     std::thread m_thread;
 };
 

@@ -131,6 +131,7 @@ bool GevDevice::IsConnected() const
 
 VxResult GevDevice::Disconnect()
 {
+    m_streamControl.Disconnect();
     if (m_session == nullptr || !m_session->IsAlive()) {
         if (m_heartbeat != nullptr)
             m_heartbeat->Stop();
@@ -201,6 +202,9 @@ VxResult GevDevice::SetStreamDestination(const VxString& ipAddress, std::uint16_
     const auto target = address->IsUnspecified() ? m_found.via.address : *address;
     if (const VxResult written = client.WriteRegister(destination, target.Value()); !written.IsOK())
         return written;
+    // Before the camera sends, so that the way through a firewall is open.
+    m_streamControl.Connect({*m_session, m_network->Sockets(), m_found.via.address}, {target, port}, channel,
+                            [] {});
     // The port comes last: the camera starts to send once it is set.
     return client.WriteRegister(bootstrap::StreamChannelRegister(bootstrap::kStreamChannelPort, channel),
                                 port);

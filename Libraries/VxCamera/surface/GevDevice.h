@@ -6,6 +6,7 @@
 #include "VxCamera/surface/CameraNetwork.h"
 #include "VxCamera/surface/NodeParameterArray.h"
 #include "VxCamera/surface/ParameterList.h"
+#include "VxCamera/surface/StreamControl.h"
 #include "VxDSSource/camera/VxDeviceGEV.h"
 
 #include "VxBase/VxExpected.h"
@@ -47,4 +48,5 @@ private:
     std::unique_ptr<control::HeartbeatThread> m_heartbeat;
     std::unique_ptr<NodeParameterArray> m_features; // its node map borrows the session
     ParameterList m_link;                           // its features borrow the session
+    StreamControl m_streamControl;                  // its thread uses all of the above
 };

@@ -20,6 +20,11 @@ public:
     VxResult SetValue(double value) override;
     VxResult GetMin(double& minimum) const override;
     VxResult GetMax(double& maximum) const override;
+    VxResult GetUnit(VxString& unit) const override
+    {
+        unit = Unit();
+        return VxResult::Ok();
+    }
 
 private:
     const std::function<double()> m_get;

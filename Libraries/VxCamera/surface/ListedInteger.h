@@ -31,6 +31,11 @@ public:
     VxResult GetMin(std::int64_t& minimum) const override;
     VxResult GetMax(std::int64_t& maximum) const override;
     VxResult GetIncrement(std::int64_t& increment) const override;
+    VxResult GetUnit(VxString& unit) const override
+    {
+        unit = Unit();
+        return VxResult::Ok();
+    }
 
 private:
     const Access m_access;

@@ -29,6 +29,7 @@ public:
 protected:
     explicit ListedParameter(ParameterFacts facts) : m_facts(std::move(facts)) {}
 
+    [[nodiscard]] const VxString& Unit() const { return m_facts.unit; }
     [[nodiscard]] VxResult NotWritable() const
     {
         return VxResult(VxError::NotWritable, m_facts.name.Narrow() + " can only be read");

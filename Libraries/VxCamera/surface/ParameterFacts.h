@@ -8,4 +8,5 @@ struct ParameterFacts {
     VxString name;
     VxString category; ///< as VxGenParameter::GetCategory gives it
     VxGenVisibility visibility = VxGenVisibility::Beginner;
+    VxString unit{}; ///< of a number; "" for none
 };

@@ -45,6 +45,7 @@ public:
 
     /// All memory behind the picture, for a receiver to write into; empty before Reserve.
     [[nodiscard]] std::span<std::uint8_t> Memory() { return m_memory; }
+    [[nodiscard]] std::span<const std::uint8_t> Memory() const { return m_memory; }
 
     /// Says what was written into the memory.
     /// @return  BUFFER_TOO_SMALL when the geometry needs more memory than there is, INVALID_PARAMETER when it

@@ -12,8 +12,8 @@ namespace {
 using transport::Ipv4Address;
 using transport::IUdpSocket;
 
-// Chosen: a camera on the network answers within a few milliseconds. One that does not is no error here, and a
-// connect may have waited for it before, so that both together stay below half a second.
+// Chosen: a camera on the network answers within a few milliseconds. One that does not is no error here, and
+// a connect may have waited for it before, so that both together stay below half a second.
 constexpr std::chrono::milliseconds kFindTimeout{100};
 
 // Measured: with the system's default 62 % of the frames of a 26 MB/s stream were lost on a two-core machine,
@@ -45,20 +45,26 @@ StreamEnds FindEnds(CameraNetwork& network, const VxString& connectionId)
 }
 
 /// Joins on the interface through which the camera is reached, else on every interface.
-VxResult JoinEverywhere(CameraNetwork& network, IUdpSocket& socket, Ipv4Address group, Ipv4Address local)
+/// @return  the own address of the first interface joined on
+VxExpected<Ipv4Address> JoinEverywhere(CameraNetwork& network, IUdpSocket& socket, Ipv4Address group,
+                                       Ipv4Address local)
 {
-    if (!local.IsUnspecified())
-        return socket.JoinGroup(group, local);
+    if (!local.IsUnspecified()) {
+        const VxResult joined = socket.JoinGroup(group, local);
+        return joined.IsOK() ? VxExpected<Ipv4Address>(local) : joined;
+    }
     const auto interfaces = network.Parts().interfaces.Interfaces();
     if (!interfaces)
         return interfaces.Error();
     VxResult last(VxError::NetworkError, "no network interface is up");
-    bool isJoined = false;
+    Ipv4Address first;
     for (const transport::NetworkInterface& each : *interfaces) {
         last = socket.JoinGroup(group, each.address);
-        isJoined = isJoined || last.IsOK();
+        // Loopback carries no camera but a simulated one.
+        if (last.IsOK() && (first.IsUnspecified() || (first.IsLoopback() && !each.isLoopback)))
+            first = each.address;
     }
-    return isJoined ? VxResult::Ok() : last;
+    return first.IsUnspecified() ? last : VxExpected<Ipv4Address>(first);
 }
 
 transport::UdpSocketOptions SocketOptions(const ReceiverRequest& request, Ipv4Address local)
@@ -74,8 +80,7 @@ transport::UdpSocketOptions SocketOptions(const ReceiverRequest& request, Ipv4Ad
 
 } // namespace
 
-VxExpected<std::unique_ptr<receive::StreamReceiver>> OpenReceiver(CameraNetwork& network,
-                                                                  const ReceiverRequest& request)
+VxExpected<OpenedReceiver> OpenReceiver(CameraNetwork& network, const ReceiverRequest& request)
 {
     StreamEnds ends = FindEnds(network, request.connectionId);
     if (!request.localIpAddress.IsEmpty()) {
@@ -88,10 +93,19 @@ VxExpected<std::unique_ptr<receive::StreamReceiver>> OpenReceiver(CameraNetwork&
     auto socket = network.Sockets().OpenUdp(SocketOptions(request, ends.local));
     if (!socket)
         return socket.Error();
-    if (request.group)
-        if (const VxResult joined = JoinEverywhere(network, **socket, *request.group, ends.local);
-            !joined.IsOK())
-            return joined;
+    OpenedReceiver opened;
+    opened.reachedAt = (*socket)->LocalEndpoint().address;
+    if (request.group) {
+        const auto joined = JoinEverywhere(network, **socket, *request.group, ends.local);
+        if (!joined)
+            return joined.Error();
+        opened.reachedAt = *joined;
+    }
     const auto camera = ends.camera.IsUnspecified() ? std::nullopt : std::optional(ends.camera);
-    return std::make_unique<receive::StreamReceiver>(*std::move(socket), network.Clock(), camera);
+    opened.receiver = std::make_unique<receive::StreamReceiver>(*std::move(socket), network.Clock(), camera);
+    if (request.group)
+        opened.receiver->SetGroup();
+    if (request.mostOpenBlocks > 0)
+        opened.receiver->SetMostOpen(request.mostOpenBlocks);
+    return opened;
 }

@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <string_view>
 #include <vector>
 
+#include "VxCamera/surface/ListedBoolean.h"
 #include "VxCamera/surface/ListedCommand.h"
 #include "VxCamera/surface/ListedEnum.h"
 #include "VxCamera/surface/ListedFloat.h"
@@ -16,56 +19,81 @@
 
 namespace {
 
+using receive::AssemblySettings;
 using receive::Counter;
 using receive::StreamCounters;
 using receive::StreamReceiver;
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using enum VxGenVisibility;
 
 constexpr const char* kStatistics = "root\\Statistics";
+constexpr const char* kResend = "root\\Resend";
 constexpr const char* kReceiver = "root\\Receiver";
 
-/// What "LastError" can say.
+/// What "LastError" can say, and what it means. A number that is not in the list counts as the last one.
+struct StreamError {
+    VxError code;
+    const char* meaning;
+};
 constexpr std::array kStreamErrors{
-    VxError::Ok,          VxError::MissingPackets, VxError::BufferTooSmall, VxError::NotAnImage,
-    VxError::CameraError, VxError::InvalidData,    VxError::NetworkError,   VxError::Failed,
+    StreamError{VxError::Ok, ""},
+    StreamError{VxError::MissingPackets, "a block arrived incomplete"},
+    StreamError{VxError::BufferTooSmall,
+                "a block carried a picture that is larger than the pipeline's buffers"},
+    StreamError{VxError::NotAnImage, "a block carried something else than an image"},
+    StreamError{VxError::CameraError, "the camera lost data of a block itself"},
+    StreamError{VxError::InvalidData, "a block announced a picture that cannot be"},
+    StreamError{VxError::NetworkError, "the system refused to receive"},
+    StreamError{
+        VxError::Timeout,
+        "no packet arrived for one second. Likely causes: a firewall on this machine holds them back; "
+        "the camera's packets are larger than the network between carries; the camera sends to another "
+        "destination; another host controls the camera; the camera is not acquiring, or waits for a "
+        "trigger"},
+    StreamError{VxError::OutOfMemory, "the system has no memory left"},
+    StreamError{VxError::Failed, "the receiver failed"},
 };
 
-/// A feature that shows one counter, or the sum of several.
+/// A feature that shows the sum of some counters; the unused ones are null.
 struct CounterRow {
     const char* name;
     VxGenVisibility visibility;
-    std::vector<Counter StreamCounters::*> counters;
+    std::array<Counter StreamCounters::*, 4> counters;
 };
 
-const std::vector<CounterRow>& CounterRows()
-{
-    using enum VxGenVisibility;
-    static const std::vector<CounterRow> rows{
-        {"BlockCount", Beginner, {&StreamCounters::blocksComplete}},
-        {"BlocksDropped", Beginner, {&StreamCounters::blocksLost}},
-        {"PipelineBlocksDropped", Beginner, {&StreamCounters::blocksUnbuffered}},
-        {"ErrorCount",
-         Beginner,
-         {&StreamCounters::blocksIncomplete, &StreamCounters::blocksBufferTooSmall,
-          &StreamCounters::blocksNotAnImage, &StreamCounters::blocksDamaged}},
-        {"BlocksIncomplete", Expert, {&StreamCounters::blocksIncomplete}},
-        {"BlocksBufferTooSmall", Expert, {&StreamCounters::blocksBufferTooSmall}},
-        {"BlocksNotAnImage", Expert, {&StreamCounters::blocksNotAnImage}},
-        {"BlocksDamaged", Expert, {&StreamCounters::blocksDamaged}},
-        {"PacketCount", Beginner, {&StreamCounters::packets}},
-        {"PacketsMissing", Beginner, {&StreamCounters::packetsMissing}},
-        {"PacketsForeign", Expert, {&StreamCounters::packetsForeign}},
-        {"PacketsDuplicate", Expert, {&StreamCounters::packetsDuplicate}},
-        {"PacketsLate", Expert, {&StreamCounters::packetsLate}},
-        {"PacketsOutOfRange", Guru, {&StreamCounters::packetsOutOfRange}},
-        {"PacketsWrongSize", Guru, {&StreamCounters::packetsWrongSize}},
-        {"PacketsMalformed", Guru, {&StreamCounters::packetsMalformed}},
-        {"PacketsUnsupported", Guru, {&StreamCounters::packetsUnsupported}},
-        {"PacketsErrorStatus", Guru, {&StreamCounters::packetsErrorStatus}},
-        {"PacketsUnbuffered", Guru, {&StreamCounters::packetsUnbuffered}},
-        {"PacketsTest", Guru, {&StreamCounters::packetsTest}},
-    };
-    return rows;
-}
+constexpr std::array kCounterRows{
+    CounterRow{"BlockCount", Beginner, {&StreamCounters::blocksComplete}},
+    CounterRow{"BlocksDropped", Beginner, {&StreamCounters::blocksLost}},
+    CounterRow{"PipelineBlocksDropped", Beginner, {&StreamCounters::blocksUnbuffered}},
+    CounterRow{"ErrorCount",
+               Beginner,
+               {&StreamCounters::blocksIncomplete, &StreamCounters::blocksBufferTooSmall,
+                &StreamCounters::blocksNotAnImage, &StreamCounters::blocksDamaged}},
+    CounterRow{"BlocksIncomplete", Expert, {&StreamCounters::blocksIncomplete}},
+    CounterRow{"BlocksBufferTooSmall", Expert, {&StreamCounters::blocksBufferTooSmall}},
+    CounterRow{"BlocksNotAnImage", Expert, {&StreamCounters::blocksNotAnImage}},
+    CounterRow{"BlocksDamaged", Expert, {&StreamCounters::blocksDamaged}},
+    CounterRow{"PacketCount", Beginner, {&StreamCounters::packets}},
+    CounterRow{"PacketsMissing", Beginner, {&StreamCounters::packetsMissing}},
+    CounterRow{"PacketsRequestedAgain", Expert, {&StreamCounters::packetsRequestedAgain}},
+    CounterRow{"PacketsRecovered", Expert, {&StreamCounters::packetsRecovered}},
+    CounterRow{"PacketsRefused", Expert, {&StreamCounters::packetsRefused}},
+    CounterRow{"PacketsDuplicate", Expert, {&StreamCounters::packetsDuplicate}},
+    CounterRow{"PacketsForeign", Expert, {&StreamCounters::packetsForeign}},
+    CounterRow{"PacketsLate", Expert, {&StreamCounters::packetsLate}},
+    CounterRow{"PacketsOutOfRange", Guru, {&StreamCounters::packetsOutOfRange}},
+    CounterRow{"PacketsWrongSize", Guru, {&StreamCounters::packetsWrongSize}},
+    CounterRow{"PacketsMalformed", Guru, {&StreamCounters::packetsMalformed}},
+    CounterRow{"PacketsUnsupported", Guru, {&StreamCounters::packetsUnsupported}},
+    CounterRow{"PacketsErrorStatus", Guru, {&StreamCounters::packetsErrorStatus}},
+    CounterRow{"PacketsUnbuffered", Guru, {&StreamCounters::packetsUnbuffered}},
+    CounterRow{"PacketsTest", Guru, {&StreamCounters::packetsTest}},
+    CounterRow{"ResendRequests", Expert, {&StreamCounters::resendRequests}},
+};
+
+/// How the receiver knows whose packets count.
+constexpr std::array<std::string_view, 3> kCameraSources{"Unknown", "ConnectionID", "FirstLeader"};
 
 /// Asks the receiver for something; a closed stream gives the value's zero.
 template <typename Value>
@@ -80,23 +108,35 @@ std::int64_t Sum(const StreamCounters& counters, const CounterRow& row)
 {
     std::uint64_t sum = 0;
     for (const auto counter : row.counters)
-        sum += (counters.*counter).Value();
+        sum += counter != nullptr ? (counters.*counter).Value() : 0;
     return static_cast<std::int64_t>(sum); // fits: 2^63 packets do not arrive
 }
 
 void ListRates(VxStreamImpl& stream, ParameterList& list)
 {
-    list.Add<ListedFloat>(ParameterFacts{"AcquisitionRate", kStatistics}, [&stream] {
+    list.Add<ListedFloat>(ParameterFacts{"AcquisitionRate", kStatistics, Beginner, "FPS"}, [&stream] {
         return Ask<double>(stream, [](const StreamReceiver& r) { return r.Rates().blocksPerSecond; });
     });
-    list.Add<ListedFloat>(ParameterFacts{"Bandwidth", kStatistics}, [&stream] {
+    list.Add<ListedFloat>(ParameterFacts{"Bandwidth", kStatistics, Beginner, "bit/s"}, [&stream] {
         return Ask<double>(stream, [](const StreamReceiver& r) { return r.Rates().bitsPerSecond; });
     });
+    const auto latency = [&stream](microseconds StreamReceiver::Latency::*which) {
+        return ListedInteger::Access{[&stream, which] {
+                                         return Ask<std::int64_t>(stream, [which](const StreamReceiver& r) {
+                                             return (r.Latencies().*which).count();
+                                         });
+                                     },
+                                     {}};
+    };
+    list.Add<ListedInteger>(ParameterFacts{"Latency", kStatistics, Expert, "us"},
+                            latency(&StreamReceiver::Latency::latest));
+    list.Add<ListedInteger>(ParameterFacts{"LatencyMax", kStatistics, Expert, "us"},
+                            latency(&StreamReceiver::Latency::longest));
 }
 
 void ListCounters(VxStreamImpl& stream, ParameterList& list)
 {
-    for (const CounterRow& row : CounterRows()) {
+    for (const CounterRow& row : kCounterRows) {
         const auto get = [&stream, &row]() -> std::int64_t {
             return Ask<std::int64_t>(stream, [&](const StreamReceiver& r) { return Sum(r.Counters(), row); });
         };
@@ -105,49 +145,107 @@ void ListCounters(VxStreamImpl& stream, ParameterList& list)
     }
 }
 
+std::size_t LastErrorIndex(const VxStreamImpl& stream)
+{
+    const auto code = Ask<VxError>(stream, [](const StreamReceiver& r) { return r.LastError(); });
+    const auto* const found = std::ranges::find(kStreamErrors, code, &StreamError::code);
+    const auto* const known = found != kStreamErrors.end() ? found : kStreamErrors.end() - 1;
+    return static_cast<std::size_t>(known - kStreamErrors.begin());
+}
+
 void ListLastError(VxStreamImpl& stream, ParameterList& list)
 {
     std::vector<std::string_view> names;
-    for (const VxError code : kStreamErrors)
-        names.push_back(VxErrorName(code));
-    list.Add<ListedEnum>(ParameterFacts{"LastError", kStatistics}, names, [&stream] {
-        const auto code = Ask<VxError>(stream, [](const StreamReceiver& r) { return r.LastError(); });
-        const auto* const found = std::ranges::find(kStreamErrors, code);
-        const auto* const known = found != kStreamErrors.end() ? found : kStreamErrors.end() - 1;
-        return static_cast<std::size_t>(known - kStreamErrors.begin());
-    });
+    for (const StreamError& error : kStreamErrors)
+        names.push_back(VxErrorName(error.code));
+    list.Add<ListedEnum>(ParameterFacts{"LastError", kStatistics}, names,
+                         [&stream] { return LastErrorIndex(stream); });
+    list.Add<ListedString>(ParameterFacts{"LastErrorDescription", kStatistics},
+                           [&stream] { return VxString(kStreamErrors[LastErrorIndex(stream)].meaning); });
 }
 
-void ListReceiver(VxStreamImpl& stream, ParameterList& list)
+/// A time that can be set, in the unit of Duration.
+template <typename Duration, typename Get>
+ListedInteger::Access TimeAccess(VxStreamImpl& stream, const Get& member, std::int64_t longest)
 {
-    list.Add<ListedString>(ParameterFacts{"LocalIPAddress", kReceiver}, [&stream] {
-        return Ask<VxString>(stream, [](const StreamReceiver& r) {
-            return VxString(r.Socket().LocalEndpoint().address.ToString());
+    return {[&stream, member]() -> std::int64_t {
+                AssemblySettings settings = stream.Settings();
+                return member(settings).count();
+            },
+            [&stream, member](std::int64_t value) {
+                stream.ChangeSettings(
+                    [&](AssemblySettings& settings) { member(settings) = Duration(value); });
+            },
+            0, longest};
+}
+
+void ListResend(VxStreamImpl& stream, ParameterList& list)
+{
+    // Chosen: more than this is no live picture any more.
+    constexpr std::int64_t kLongestMs = 10'000;
+    constexpr std::int64_t kLongestUs = 1'000'000;
+    list.Add<ListedBoolean>(
+        ParameterFacts{"ResendEnabled", kResend, Expert}, [&stream] { return stream.Settings().resend.isOn; },
+        [&stream](bool isOn) {
+            stream.ChangeSettings([isOn](AssemblySettings& settings) { settings.resend.isOn = isOn; });
         });
-    });
-    list.Add<ListedInteger>(ParameterFacts{"LocalPort", kReceiver},
-                            ListedInteger::Access{[&stream] {
-                                                      return Ask<std::int64_t>(
-                                                          stream, [](const StreamReceiver& r) {
-                                                              return r.Socket().LocalEndpoint().port;
-                                                          });
-                                                  },
-                                                  {}});
+    list.Add<ListedBoolean>(
+        ParameterFacts{"ResendPossible", kResend, Expert},
+        [&stream] { return Ask<bool>(stream, [](const StreamReceiver& r) { return r.CanResend(); }); },
+        nullptr);
+    list.Add<ListedInteger>(
+        ParameterFacts{"ResendGapTimeout", kResend, Expert, "us"},
+        TimeAccess<microseconds>(
+            stream, [](AssemblySettings & s) -> auto& { return s.resend.gapTimeout; }, kLongestUs));
+    list.Add<ListedInteger>(
+        ParameterFacts{"ResendAnswerTimeout", kResend, Expert, "us"},
+        TimeAccess<microseconds>(
+            stream, [](AssemblySettings & s) -> auto& { return s.resend.answerTimeout; }, kLongestUs));
+    list.Add<ListedInteger>(
+        ParameterFacts{"ResendTimeout", kResend, Expert, "ms"},
+        TimeAccess<milliseconds>(
+            stream, [](AssemblySettings & s) -> auto& { return s.resendTimeout; }, kLongestMs));
+    list.Add<ListedInteger>(
+        ParameterFacts{"BlockTimeout", kReceiver, Expert, "ms"},
+        TimeAccess<milliseconds>(
+            stream, [](AssemblySettings & s) -> auto& { return s.blockTimeout; }, kLongestMs));
+}
+
+void ListCamera(VxStreamImpl& stream, ParameterList& list)
+{
     list.Add<ListedString>(ParameterFacts{"CameraIPAddress", kReceiver}, [&stream] {
         return Ask<VxString>(stream, [](const StreamReceiver& r) {
             const auto camera = r.Camera();
             return camera ? VxString(camera->ToString()) : VxString();
         });
     });
+    list.Add<ListedEnum>(ParameterFacts{"CameraIPAddressSource", kReceiver, Expert},
+                         std::vector<std::string_view>(kCameraSources.begin(), kCameraSources.end()),
+                         [&stream] {
+                             return Ask<std::size_t>(stream, [](const StreamReceiver& r) -> std::size_t {
+                                 if (r.IsCameraGiven())
+                                     return 1;
+                                 return r.Camera() ? 2 : 0;
+                             });
+                         });
+}
+
+void ListReceiver(VxStreamImpl& stream, ParameterList& list)
+{
+    list.Add<ListedString>(ParameterFacts{"LocalIPAddress", kReceiver}, [&stream] {
+        return stream.IsOpen() ? VxString(stream.ReachedAt().ToString()) : VxString();
+    });
+    const auto number = [&stream](std::int64_t (*question)(const StreamReceiver&)) {
+        return ListedInteger::Access{[&stream, question] { return Ask<std::int64_t>(stream, question); }, {}};
+    };
     list.Add<ListedInteger>(
-        ParameterFacts{"SocketBufferSize", kReceiver, VxGenVisibility::Expert},
-        ListedInteger::Access{[&stream] {
-                                  return Ask<std::int64_t>(stream, [](const StreamReceiver& r) {
-                                      return static_cast<std::int64_t>(
-                                          r.Socket().ReceiveBufferBytes()); // some MiB
-                                  });
-                              },
-                              {}});
+        ParameterFacts{"LocalPort", kReceiver},
+        number([](const StreamReceiver& r) -> std::int64_t { return r.Socket().LocalEndpoint().port; }));
+    ListCamera(stream, list);
+    list.Add<ListedInteger>(ParameterFacts{"SocketBufferSize", kReceiver, Expert, "B"},
+                            number([](const StreamReceiver& r) {
+                                return static_cast<std::int64_t>(r.Socket().ReceiveBufferBytes()); // some MiB
+                            }));
 }
 
 } // namespace
@@ -157,6 +255,7 @@ void ListStreamStatistics(VxStreamImpl& stream, ParameterList& list)
     ListRates(stream, list);
     ListCounters(stream, list);
     ListLastError(stream, list);
+    ListResend(stream, list);
     ListReceiver(stream, list);
     list.Add<ListedCommand>(ParameterFacts{"Reset", kStatistics}, [&stream] {
         stream.WithReceiver([](StreamReceiver& receiver) { receiver.ResetStatistics(); });

@@ -11,7 +11,7 @@ VxBuffer::~VxBuffer() = default;
 
 VxResult VxBuffer::GetOperationResult() const
 {
-    return m_impl->operationResult;
+    return m_impl->OperationResult();
 }
 
 VxImage* VxBuffer::GetImage()

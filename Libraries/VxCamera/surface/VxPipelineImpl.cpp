@@ -6,7 +6,6 @@
 #include <tuple>
 #include <utility>
 
-#include "VxCamera/surface/NoThrow.h"
 #include "VxCamera/surface/VxBufferImpl.h"
 #include "VxCamera/surface/VxStreamImpl.h"
 
@@ -20,20 +19,6 @@ constexpr std::size_t kMostBuffers = 4096;
 
 // Chosen: 16 times a picture of 8192 x 8192 pixels; a leader that announces more is not believed.
 constexpr std::size_t kLargestGrownBytes = std::size_t{1} << 30;
-
-VxString DescriptionOf(const receive::BlockInfo& info)
-{
-    switch (info.code) {
-    case VxError::Ok:
-        return {};
-    case VxError::MissingPackets:
-        return std::to_string(info.packetsMissing) + " packets are missing";
-    case VxError::BufferTooSmall:
-        return "the picture takes " + std::to_string(info.geometry.memoryBytes) + " bytes";
-    default:
-        return "block " + std::to_string(info.blockId);
-    }
-}
 
 } // namespace
 
@@ -50,7 +35,9 @@ void VxPipelineImpl::Slot::Describe()
     VxBufferImpl& state = buffer.Impl();
     state.blockId = info.blockId;
     state.timestampTicks = info.timestampTicks;
-    state.operationResult = VxResult(info.code, DescriptionOf(info));
+    state.operationCode = info.code;
+    state.packetsMissing = info.packetsMissing;
+    state.neededBytes = info.geometry.memoryBytes;
     state.payloadType = info.code == VxError::NotAnImage ? VxPayloadType::Other : VxPayloadType::Image;
     const receive::BlockGeometry& geometry = info.geometry;
     const bool hasPicture =
@@ -63,7 +50,7 @@ void VxPipelineImpl::Slot::Describe()
         state.picture.Describe({geometry.widthPx, geometry.heightPx, geometry.pixelFormat,
                                 geometry.linePaddingBytes, geometry.offsetXPx, geometry.offsetYPx});
     if (!described.IsOK())
-        state.operationResult = described;
+        state.operationCode = described.Code();
 }
 
 VxPipelineImpl::VxPipelineImpl(VxStreamImpl& stream) : m_stream(stream), m_bufferCount(kDefaultBuffers) {}
@@ -238,14 +225,7 @@ receive::BlockBuffer* VxPipelineImpl::TakeFree(std::size_t wantedBytes)
 void VxPipelineImpl::Deliver(receive::BlockBuffer& block)
 {
     auto& slot = static_cast<Slot&>(block); // every block buffer here is the base of a slot
-    const VxResult described = NoThrow([&]() -> VxResult {
-        slot.Describe();
-        return VxResult::Ok();
-    });
-    if (!described.IsOK()) {
-        GiveBack(block); // no memory for a few words: the block is lost
-        return;
-    }
+    slot.Describe();
     const VxLock lock(m_mutex);
     slot.place = Place::Ready;
     m_ready.push_back(&slot);

@@ -1,6 +1,5 @@
 #include "VxDSSource/camera/VxStreamGEV.h"
 
-#include <string>
 #include <utility>
 
 #include "VxCamera/surface/NoThrow.h"
@@ -14,10 +13,10 @@ VxResult OpenWith(VxStreamImpl& stream, const ReceiverRequest& request)
     return NoThrow([&]() -> VxResult {
         if (stream.IsOpen())
             return VxResult(VxError::AlreadyOpen, "the stream is open; close it first");
-        auto receiver = OpenReceiver(stream.Network(), request);
-        if (!receiver)
-            return receiver.Error();
-        return stream.Attach(*std::move(receiver));
+        auto opened = OpenReceiver(stream.Network(), request);
+        if (!opened)
+            return opened.Error();
+        return stream.Attach(std::move(opened->receiver), opened->reachedAt);
     });
 }
 
@@ -29,36 +28,32 @@ VxStreamGEV::~VxStreamGEV() = default;
 
 VxResult VxStreamGEV::Open(const VxString& connectionId)
 {
-    return OpenWith(Impl(), {connectionId, 0, {}, std::nullopt});
+    return OpenWith(Impl(), {connectionId, 0, {}, std::nullopt, 0});
 }
 
-// Channel and capacity need no place here: packets of one channel come to one port, and the receiver takes
-// buffers from the pipeline one by one, so that there is no queue of its own whose size could be set.
+// The channel needs no place here: packets of one channel come to one port, and whoever asks for packets
+// again knows the channel from the device.
 VxResult VxStreamGEV::Open(const VxString& connectionId, std::uint16_t localPort, std::uint16_t /*channel*/,
-                           const VxString& localIpAddress, std::uint32_t /*bufferCapacity*/)
+                           const VxString& localIpAddress, std::uint32_t bufferCapacity)
 {
-    return OpenWith(Impl(), {connectionId, localPort, localIpAddress, std::nullopt});
+    return OpenWith(Impl(), {connectionId, localPort, localIpAddress, std::nullopt, bufferCapacity});
 }
 
 VxResult VxStreamGEV::Open(const VxString& connectionId, const VxString& multicastAddress,
                            std::uint16_t dataPort, std::uint16_t /*channel*/, const VxString& localIpAddress,
-                           std::uint32_t /*bufferCapacity*/)
+                           std::uint32_t bufferCapacity)
 {
     const auto group = transport::Ipv4Address::Parse(multicastAddress.Narrow());
     if (!group || !group->IsMulticast())
         return VxResult(VxError::InvalidParameter,
                         "\"" + multicastAddress.Narrow() +
                             "\" is no multicast group (224.0.0.0 to 239.255.255.255)");
-    return OpenWith(Impl(), {connectionId, dataPort, localIpAddress, group});
+    return OpenWith(Impl(), {connectionId, dataPort, localIpAddress, group, bufferCapacity});
 }
 
 VxString VxStreamGEV::GetLocalIPAddress() const
 {
-    VxString address;
-    Impl().WithReceiver([&](receive::StreamReceiver& receiver) {
-        address = receiver.Socket().LocalEndpoint().address.ToString();
-    });
-    return address;
+    return Impl().IsOpen() ? VxString(Impl().ReachedAt().ToString()) : VxString();
 }
 
 std::uint16_t VxStreamGEV::GetLocalPort() const

@@ -2,14 +2,19 @@
 
 #include <utility>
 
+#include "VxCamera/surface/StreamLinks.h"
 #include "VxCamera/surface/StreamStatistics.h"
 
 VxStreamImpl::VxStreamImpl()
 {
     ListStreamStatistics(*this, m_parameters);
+    StreamLinks::Add(*this);
 }
 
-VxStreamImpl::~VxStreamImpl() = default;
+VxStreamImpl::~VxStreamImpl()
+{
+    StreamLinks::Remove(*this);
+}
 
 bool VxStreamImpl::IsOpen() const
 {
@@ -19,17 +24,71 @@ bool VxStreamImpl::IsOpen() const
 
 VxResult VxStreamImpl::Attach(std::unique_ptr<receive::StreamReceiver> receiver)
 {
+    const auto local = receiver->Socket().LocalEndpoint().address;
+    return Attach(std::move(receiver), local);
+}
+
+VxResult VxStreamImpl::Attach(std::unique_ptr<receive::StreamReceiver> receiver,
+                              transport::Ipv4Address reachedAt)
+{
     const VxLock lock(m_mutex);
     if (m_receiver != nullptr)
         return VxResult(VxError::AlreadyOpen, "the stream is open; close it first");
     m_receiver = std::move(receiver);
+    m_receiver->SetSettings(m_settings);
+    m_reachedAt = reachedAt;
     return VxResult::Ok();
+}
+
+transport::Ipv4Address VxStreamImpl::ReachedAt() const
+{
+    const VxLock lock(m_mutex);
+    return m_reachedAt;
+}
+
+receive::AssemblySettings VxStreamImpl::Settings() const
+{
+    const VxLock lock(m_mutex);
+    return m_settings;
+}
+
+void VxStreamImpl::ChangeSettings(const std::function<void(receive::AssemblySettings&)>& change)
+{
+    const VxLock lock(m_mutex);
+    change(m_settings);
+    if (m_receiver != nullptr)
+        m_receiver->SetSettings(m_settings);
+}
+
+void VxStreamImpl::TakeLink(const transport::Ipv4Endpoint& receiver,
+                            const std::shared_ptr<const receive::StreamLink>& link)
+{
+    const VxLock lock(m_mutex);
+    if (m_receiver == nullptr || m_receiver->IsGroup())
+        return;
+    const auto local = m_receiver->Socket().LocalEndpoint();
+    if (local.port != receiver.port || (local.address != receiver.address && !local.address.IsUnspecified()))
+        return;
+    m_link = link;
+    m_receiver->SetLink(link);
+}
+
+void VxStreamImpl::DropLink(const std::shared_ptr<const receive::StreamLink>& link)
+{
+    const VxLock lock(m_mutex);
+    if (m_link != link)
+        return;
+    m_link.reset();
+    if (m_receiver != nullptr)
+        m_receiver->SetLink(nullptr);
 }
 
 void VxStreamImpl::Close()
 {
     const VxLock lock(m_mutex);
     m_receiver.reset();
+    m_link.reset();
+    m_reachedAt = {};
 }
 
 VxResult VxStreamImpl::StartReceiver(receive::IBlockSink& sink)

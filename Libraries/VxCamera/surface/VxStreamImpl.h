@@ -5,6 +5,7 @@
 #include "VxCamera/receive/StreamReceiver.h"
 #include "VxCamera/surface/CameraNetwork.h"
 #include "VxCamera/surface/ParameterList.h"
+#include "VxCamera/transport/Ipv4Endpoint.h"
 
 #include <functional>
 #include <memory>
@@ -27,7 +28,11 @@ public:
     [[nodiscard]] bool IsOpen() const;
 
     /// @return  ALREADY_OPEN
+    VxResult Attach(std::unique_ptr<receive::StreamReceiver> receiver, transport::Ipv4Address reachedAt);
     VxResult Attach(std::unique_ptr<receive::StreamReceiver> receiver);
+
+    /// The own address at which the camera reaches the receiver; 0.0.0.0: every one, or closed.
+    [[nodiscard]] transport::Ipv4Address ReachedAt() const;
 
     /// Ends reception and closes the socket; allowed when nothing is open.
     void Close();
@@ -37,6 +42,18 @@ public:
     VxResult StartReceiver(receive::IBlockSink& sink);
     void StopReceiver(const receive::IBlockSink& sink);
 
+    /// Takes a link if the stream is open and receives there.
+    void TakeLink(const transport::Ipv4Endpoint& receiver,
+                  const std::shared_ptr<const receive::StreamLink>& link);
+    void DropLink(const std::shared_ptr<const receive::StreamLink>& link);
+
+    /// The next one in the chain of StreamLinks, which guards it.
+    VxStreamImpl* nextStream = nullptr;
+
+    /// How packets are waited for and asked for again; also of a stream that is not open yet.
+    [[nodiscard]] receive::AssemblySettings Settings() const;
+    void ChangeSettings(const std::function<void(receive::AssemblySettings&)>& change);
+
     /// Calls a function with the receiver, if the stream is open; it stays open meanwhile.
     void WithReceiver(const std::function<void(receive::StreamReceiver&)>& use) const;
 
@@ -44,5 +61,8 @@ private:
     CameraNetwork m_network;
     mutable VxMutex m_mutex; // never taken by the receiver's thread, so it may be held while that thread ends
     std::unique_ptr<receive::StreamReceiver> m_receiver VX_GUARDED_BY(m_mutex);
-    ParameterList m_parameters; // its features borrow this object
+    transport::Ipv4Address m_reachedAt VX_GUARDED_BY(m_mutex);
+    std::shared_ptr<const receive::StreamLink> m_link VX_GUARDED_BY(m_mutex); // shared, see StreamLink
+    receive::AssemblySettings m_settings VX_GUARDED_BY(m_mutex); // kept from one receiver to the next
+    ParameterList m_parameters;                                  // its features borrow this object
 };

@@ -15,4 +15,11 @@ public:
     virtual VxResult GetMin(std::int64_t& minimum) const = 0;
     virtual VxResult GetMax(std::int64_t& maximum) const = 0;
     virtual VxResult GetIncrement(std::int64_t& increment) const = 0;
+
+    /// @param[out] unit  for people: "ms", "Mbit/s"; "" for a number without one
+    virtual VxResult GetUnit(VxString& unit) const
+    {
+        unit = VxString();
+        return VxResult::Ok();
+    }
 };

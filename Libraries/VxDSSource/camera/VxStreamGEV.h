@@ -14,13 +14,17 @@ public:
 
     /// Opens a unicast receiver.
     ///
-    /// @param connectionId    the camera; only its packets count. A camera that cannot be found is no error: the
+    /// @param connectionId    the camera; only its packets count. A camera that cannot be found is no error:
+    /// the
     ///                        first sender of a leader is then taken for it.
     /// @param localPort       UDP port to listen on; 0 = any free one
     /// @param channel         stream channel of the camera, from 0
-    /// @param localIpAddress  dotted address to listen on; empty = that of the interface through which the camera
+    /// @param localIpAddress  dotted address to listen on; empty = that of the interface through which the
+    /// camera
     ///                        is reached
-    /// @param bufferCapacity  how many buffers can be queued for filling
+    /// @param bufferCapacity  how many buffers can be filled at the same time, that is how many blocks can be
+    /// waited
+    ///                        for; 0 = no wish, more than 64 count as 64
     /// @return  ALREADY_OPEN, PORT_IN_USE, NETWORK_ERROR; nothing stays open on failure
     VxResult Open(const VxString& connectionId, std::uint16_t localPort, std::uint16_t channel,
                   const VxString& localIpAddress, std::uint32_t bufferCapacity);
@@ -33,7 +37,9 @@ public:
     VxResult Open(const VxString& connectionId, const VxString& multicastAddress, std::uint16_t dataPort,
                   std::uint16_t channel, const VxString& localIpAddress, std::uint32_t bufferCapacity);
 
-    /// @return  dotted address on which the receiver listens; empty while closed
+    /// @return  own dotted address on which the receiver listens, for a group that of the (first) interface
+    /// on which
+    ///          it was joined; "0.0.0.0" = every address; empty while closed
     [[nodiscard]] VxString GetLocalIPAddress() const;
 
     /// @return  UDP port on which the receiver listens; 0 while closed

@@ -23,16 +23,44 @@ public:
         m_changed.notify_all();
     }
 
-    VxResult SendTo(std::span<const std::byte>, const transport::Ipv4Endpoint&) override
+    VxResult SendTo(std::span<const std::byte> bytes, const transport::Ipv4Endpoint& destination) override
     {
+        const std::scoped_lock lock(m_mutex);
+        m_sent.push_back({destination, {bytes.begin(), bytes.end()}});
+        m_changed.notify_all();
         return VxResult::Ok();
+    }
+
+    /// While it is held back, nothing arrives.
+    void Hold(bool isHeld)
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isHeld = isHeld;
+        m_changed.notify_all();
+    }
+
+    struct Sent {
+        transport::Ipv4Endpoint destination;
+        std::vector<std::byte> bytes;
+    };
+    /// Waits until so many datagrams have been sent.
+    std::vector<Sent> WaitForSent(std::size_t count)
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&] { return m_sent.size() >= count; });
+        return m_sent;
+    }
+    [[nodiscard]] std::size_t SentCount()
+    {
+        const std::scoped_lock lock(m_mutex);
+        return m_sent.size();
     }
     VxExpected<std::size_t> Receive(std::span<transport::Datagram> datagrams,
                                     std::chrono::microseconds timeout) override
     {
         std::unique_lock lock(m_mutex);
         if (timeout.count() > 0)
-            m_changed.wait(lock, [&] { return m_isWoken || !m_arrived.empty(); });
+            m_changed.wait(lock, [&] { return m_isWoken || (!m_arrived.empty() && !m_isHeld); });
         if (std::exchange(m_isWoken, false))
             return VxError::Aborted;
         if (m_arrived.empty())
@@ -41,8 +69,7 @@ public:
         for (; count < datagrams.size() && !m_arrived.empty(); ++count) {
             const auto& [sender, bytes] = m_arrived.front();
             datagrams[count].sender = sender;
-            datagrams[count].size = bytes.size();
-            std::ranges::copy(bytes, datagrams[count].memory.begin());
+            datagrams[count].Fill(bytes);
             m_arrived.pop_front();
         }
         return count;
@@ -66,7 +93,9 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Arrival> m_arrived;
+    std::vector<Sent> m_sent;
     bool m_isWoken = false;
+    bool m_isHeld = false;
 };
 
 } // namespace receive

@@ -17,9 +17,9 @@ TEST(SenderFilterTest, OnlyTheCameraItWasGivenCounts)
 {
     SenderFilter filter(kCamera);
 
-    EXPECT_TRUE(filter.Accepts({kCamera, 1}, kPayload));
-    EXPECT_TRUE(filter.Accepts({kCamera, 2}, kPayload)); // from any port
-    EXPECT_FALSE(filter.Accepts({kStranger, 1}, kLeader));
+    EXPECT_TRUE(filter.Accepts({kCamera, 1}, gvsp::ParsePacket(kPayload)));
+    EXPECT_TRUE(filter.Accepts({kCamera, 2}, gvsp::ParsePacket(kPayload))); // from any port
+    EXPECT_FALSE(filter.Accepts({kStranger, 1}, gvsp::ParsePacket(kLeader)));
 }
 
 TEST(SenderFilterTest, TheFirstSenderOfALeaderIsLearnt)
@@ -27,21 +27,21 @@ TEST(SenderFilterTest, TheFirstSenderOfALeaderIsLearnt)
     SenderFilter filter(std::nullopt);
     EXPECT_EQ(filter.Camera(), std::nullopt);
 
-    EXPECT_FALSE(filter.Accepts({kStranger, 1}, kPayload));
-    EXPECT_FALSE(filter.Accepts({kStranger, 1}, kTestPacket));
-    EXPECT_FALSE(filter.Accepts({kStranger, 1}, bytes::First(kLeader, 3)));
-    EXPECT_TRUE(filter.Accepts({kCamera, 1}, kLeader));
+    EXPECT_FALSE(filter.Accepts({kStranger, 1}, gvsp::ParsePacket(kPayload)));
+    EXPECT_FALSE(filter.Accepts({kStranger, 1}, gvsp::ParsePacket(kTestPacket)));
+    EXPECT_FALSE(filter.Accepts({kStranger, 1}, gvsp::ParsePacket(bytes::First(kLeader, 3))));
+    EXPECT_TRUE(filter.Accepts({kCamera, 1}, gvsp::ParsePacket(kLeader)));
 
     EXPECT_EQ(filter.Camera(), kCamera);
-    EXPECT_TRUE(filter.Accepts({kCamera, 1}, kPayload));
-    EXPECT_FALSE(filter.Accepts({kStranger, 1}, kLeader));
+    EXPECT_TRUE(filter.Accepts({kCamera, 1}, gvsp::ParsePacket(kPayload)));
+    EXPECT_FALSE(filter.Accepts({kStranger, 1}, gvsp::ParsePacket(kLeader)));
 }
 
 TEST(SenderFilterTest, ForgetsWhatItLearntButNotWhatItWasGiven)
 {
     SenderFilter learning(std::nullopt);
     SenderFilter given(kCamera);
-    ASSERT_TRUE(learning.Accepts({kCamera, 1}, kLeader));
+    ASSERT_TRUE(learning.Accepts({kCamera, 1}, gvsp::ParsePacket(kLeader)));
 
     learning.Forget();
     given.Forget();

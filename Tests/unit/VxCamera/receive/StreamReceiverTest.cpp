@@ -3,11 +3,13 @@
 #include "QueueSocket.h"
 #include "StreamPackets.h"
 
+#include "support/Bytes.h"
 #include "support/Latch.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 
 namespace receive {
 namespace {
@@ -150,6 +152,97 @@ TEST_F(StreamReceiverTest, StatisticsCanBeReset)
     EXPECT_EQ(m_receiver.LastError(), VxError::Ok);
     EXPECT_EQ(m_receiver.Counters().packets.Value(), 0u);
     EXPECT_EQ(m_receiver.Counters().blocksBufferTooSmall.Value(), 0u);
+}
+
+/// A link whose requests go into a queue.
+struct LinkUnderTest {
+    LinkUnderTest()
+    {
+        auto owned = std::make_unique<QueueSocket>();
+        requests = owned.get();
+        link->command = {kCamera.address, 3956};
+        link->channel = 1;
+        link->sourcePort = 40'000;
+        link->resend = std::move(owned);
+        link->onPayloadMissing = [this] { isPayloadMissing = true; };
+    }
+
+    std::atomic<bool> isPayloadMissing = false;
+    QueueSocket* requests = nullptr; // borrowed from the link
+    std::shared_ptr<StreamLink> link = std::make_shared<StreamLink>();
+};
+
+TEST_F(StreamReceiverTest, ALostPacketIsAskedForOverTheLinkAndOnlyThere)
+{
+    OneBufferSink sink(1);
+    LinkUnderTest link;
+    link.link->sourcePort = 0;
+    m_receiver.SetLink(link.link);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    auto packets = m_stream.Block(0x1234);
+    for (const std::size_t i : {0u, 1u, 4u})
+        m_socket->Put(kCamera, packets[i]);
+
+    // The queue has no time: any later packet lets the receiver look at its clock.
+    while (link.requests->SentCount() == 0)
+        m_socket->Put(kCamera, packets[1]);
+    const auto request = link.requests->WaitForSent(1)[0];
+    for (const std::size_t i : {2u, 3u, 5u, 6u, 7u, 8u})
+        m_socket->Put(kCamera, packets[i]);
+    sink.delivered.wait();
+    m_receiver.Stop();
+
+    EXPECT_EQ(request.destination, (transport::Ipv4Endpoint{kCamera.address, 3956}));
+    EXPECT_EQ(request.bytes, bytes::FromHex("42 00 0040 000C 0001 | 0001 1234 00000002 00000003"));
+    EXPECT_EQ(sink.last.code, VxError::Ok);
+    EXPECT_EQ(m_receiver.Counters().packetsRecovered.Value(), 2u);
+    EXPECT_EQ(m_socket->SentCount(), 0u);
+}
+
+TEST_F(StreamReceiverTest, TheWayThroughAFirewallIsOpenedFromTheStreamsOwnSocket)
+{
+    OneBufferSink sink(1);
+    LinkUnderTest link;
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    EXPECT_EQ(m_socket->SentCount(), 0u); // a passive receiver never sends
+
+    m_receiver.SetLink(link.link); // also while it runs
+    const auto sent = m_socket->WaitForSent(1);
+    m_receiver.Stop();
+
+    EXPECT_EQ(sent[0].destination, (transport::Ipv4Endpoint{kCamera.address, 40'000}));
+}
+
+TEST_F(StreamReceiverTest, LeadersWithoutPayloadAreTold)
+{
+    OneBufferSink sink(3);
+    LinkUnderTest link;
+    m_receiver.SetLink(link.link);
+    m_receiver.SetMostOpen(1); // each leader ends the block before
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    for (std::uint64_t id = 1; id <= 4; ++id) {
+        EXPECT_FALSE(link.isPayloadMissing);
+        m_socket->Put(kCamera, m_stream.Leader(id));
+        m_socket->Put(kCamera, m_stream.Trailer(id));
+    }
+    sink.delivered.wait();
+    m_receiver.Stop();
+
+    EXPECT_EQ(sink.last.code, VxError::MissingPackets);
+    EXPECT_TRUE(link.isPayloadMissing);
+}
+
+TEST_F(StreamReceiverTest, SettingsAreTakenOverWhileItRuns)
+{
+    AssemblySettings settings = m_receiver.Settings();
+    EXPECT_TRUE(settings.resend.isOn);
+    settings.resend.isOn = false;
+    settings.blockTimeout = std::chrono::milliseconds(7);
+
+    m_receiver.SetSettings(settings);
+
+    EXPECT_FALSE(m_receiver.Settings().resend.isOn);
+    EXPECT_EQ(m_receiver.Settings().blockTimeout, std::chrono::milliseconds(7));
 }
 
 TEST_F(StreamReceiverTest, IsStoppedByItsEnd)

@@ -3,9 +3,12 @@
 #include "VxBase/VxClock.h"
 #include "VxCamera/surface/VxStreamImpl.h"
 #include "VxDSSource/camera/VxBuffer.h"
+#include "VxDSSource/camera/VxGenInteger.h"
+#include "VxDSSource/camera/VxGenParameter.h"
 #include "VxDSSource/camera/VxGenParameterArray.h"
 #include "VxDSSource/camera/VxImage.h"
 #include "VxDSSource/camera/VxStream.h"
+#include "unit/VxCamera/pixel/AllocationCount.h"
 #include "unit/VxCamera/receive/QueueSocket.h"
 #include "unit/VxCamera/receive/StreamPackets.h"
 
@@ -14,7 +17,10 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 #include <thread>
+#include <tuple>
+#include <utility>
 
 namespace {
 
@@ -327,6 +333,123 @@ TEST_F(VxPipelineTest, AStreamThatClosesUnderItEndsReceptionOnly)
 
     EXPECT_EQ(m_pipeline.RetrieveNextBuffer(&buffer, 0).Code(), VxError::Timeout);
     EXPECT_TRUE(m_pipeline.Stop().IsOK());
+}
+
+TEST_F(VxPipelineTest, NoMemoryIsTakenFrameAfterFrame)
+{
+    constexpr std::uint64_t kBatch = 50;
+    constexpr std::uint64_t kFrames = 100'000;
+    m_packets.leader = StreamPackets::Mono8(8, 8);
+    m_packets.payloadBytes = 64;
+    m_packets.stepBytes = 64;
+    Start(kBatch + 10, 64);
+
+    std::size_t taken = 0;
+    std::uint64_t id = 0;
+    std::uint64_t complete = 0;
+    for (std::uint64_t frame = 0; frame < kFrames; frame += kBatch) {
+        m_stream.socket->Hold(true); // the packets themselves take memory
+        for (std::uint64_t i = 0; i < kBatch; ++i) {
+            id = id == UINT16_MAX ? 1 : id + 1;
+            m_stream.Put(m_packets, id);
+        }
+        const std::size_t before = AllocationCount();
+        m_stream.socket->Hold(false);
+        for (std::uint64_t i = 0; i < kBatch; ++i) {
+            VxBuffer* buffer = nullptr;
+            if (!m_pipeline.RetrieveNextBuffer(&buffer, kForEverMs).IsOK())
+                continue;
+            complete += buffer->GetOperationResult().IsOK() ? 1 : 0;
+            std::ignore = m_pipeline.ReleaseBuffer(buffer);
+        }
+        if (frame >= kFrames / 10) // everything has grown to its size by then
+            taken += AllocationCount() - before;
+    }
+
+    EXPECT_EQ(complete, kFrames);
+    EXPECT_EQ(taken, 0u);
+}
+
+TEST_F(VxPipelineTest, IncompleteFramesTakeNoMemoryEither)
+{
+    constexpr std::uint64_t kBlocks = 50;
+    Start(kBlocks + 10);
+    std::size_t taken = 0;
+    for (std::uint64_t round = 0; round < 10; ++round) {
+        m_stream.socket->Hold(true);
+        for (std::uint64_t i = 1; i <= kBlocks; ++i) {
+            auto packets = m_packets.Block(round * kBlocks + i);
+            if (i != kBlocks)
+                packets.erase(packets.begin() + 3);
+            for (auto& packet : packets)
+                m_stream.socket->Put(kCamera, std::move(packet));
+        }
+        const std::size_t before = AllocationCount();
+        m_stream.socket->Hold(false);
+        for (std::uint64_t i = 0; i < kBlocks; ++i) {
+            VxBuffer* buffer = nullptr;
+            if (m_pipeline.RetrieveNextBuffer(&buffer, kForEverMs).IsOK())
+                std::ignore = m_pipeline.ReleaseBuffer(buffer);
+        }
+        if (round >= 3) // everything has grown to its size by then
+            taken += AllocationCount() - before;
+    }
+
+    EXPECT_EQ(Statistic("BlocksIncomplete"), 10 * 49);
+    EXPECT_EQ(taken, 0u);
+}
+
+TEST_F(VxPipelineTest, AnIncompleteBlockTellsHowManyPacketsAreMissing)
+{
+    Start();
+    auto packets = m_packets.Block(1);
+    packets.erase(packets.begin() + 2, packets.begin() + 5);
+    for (auto& packet : packets)
+        m_stream.socket->Put(kCamera, std::move(packet));
+    m_stream.Put(m_packets, 2);
+
+    const VxResult result = Next()->GetOperationResult();
+
+    EXPECT_EQ(result.GetCodeString(), "MISSING_PACKETS");
+    EXPECT_NE(result.GetDescription().Narrow().find("3 packets are missing"), std::string::npos);
+}
+
+TEST_F(VxPipelineTest, TheStreamsParametersHaveCategoriesAndUnits)
+{
+    VxGenParameterArray& parameters = *m_stream.GetParameters();
+    for (const char* name :
+         {"AcquisitionRate", "Bandwidth", "BlocksDropped", "PipelineBlocksDropped", "ErrorCount", "LastError",
+          "Reset", "PacketsRequestedAgain", "PacketsRecovered", "PacketsDuplicate", "PacketsForeign",
+          "Latency", "SocketBufferSize", "ResendEnabled"}) {
+        ASSERT_NE(parameters.Get(name), nullptr) << name;
+        EXPECT_EQ(parameters.Get(name)->GetCategory().Narrow().rfind("root\\", 0), 0u) << name;
+    }
+    VxString unit;
+    EXPECT_TRUE(parameters.GetInteger("ResendGapTimeout")->GetUnit(unit).IsOK());
+    EXPECT_EQ(unit, "us");
+    EXPECT_TRUE(parameters.GetInteger("BlockTimeout")->GetUnit(unit).IsOK());
+    EXPECT_EQ(unit, "ms");
+}
+
+TEST_F(VxPipelineTest, ResendAndItsTimeoutsCanBeSetAlsoBeforeTheStreamIsOpen)
+{
+    FedStream stream;
+    VxGenParameterArray& parameters = *stream.GetParameters();
+    EXPECT_TRUE(parameters.Get("ResendEnabled")->FromString("false").IsOK());
+    EXPECT_TRUE(parameters.SetIntegerValue("ResendGapTimeout", 700).IsOK());
+    EXPECT_EQ(parameters.SetIntegerValue("ResendGapTimeout", -1).Code(), VxError::OutOfRange);
+    EXPECT_TRUE(parameters.SetIntegerValue("BlockTimeout", 80).IsOK());
+
+    ASSERT_TRUE(stream.Open("camera").IsOK());
+
+    VxString isOn;
+    std::int64_t value = 0;
+    EXPECT_TRUE(parameters.Get("ResendEnabled")->ToString(isOn).IsOK());
+    EXPECT_EQ(isOn, "false");
+    EXPECT_TRUE(parameters.GetIntegerValue("ResendGapTimeout", value).IsOK());
+    EXPECT_EQ(value, 700);
+    EXPECT_TRUE(parameters.GetIntegerValue("BlockTimeout", value).IsOK());
+    EXPECT_EQ(value, 80);
 }
 
 } // namespace

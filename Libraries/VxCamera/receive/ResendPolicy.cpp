@@ -1,0 +1,201 @@
+#include "VxCamera/receive/ResendPolicy.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace receive {
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::microseconds;
+using std::chrono::nanoseconds;
+
+// Chosen: with one packet in ten lost, both ways, one in 10^16 is then still missing.
+constexpr unsigned kMostAsks = 16;
+
+// Chosen: before the camera has answered for the first time.
+constexpr microseconds kFirstAnswerTimeout = 5ms;
+
+// Chosen: a request needs its way through two queues of the system even where the network takes no time.
+constexpr microseconds kLeastAnswerTimeout = 2ms;
+
+// Chosen: small blocks may lose all of their packets at once.
+constexpr double kLeastBlockBudget = 32;
+
+// Chosen: a budget of the second is not saved up for longer than this share of it.
+constexpr double kSavedSeconds = 0.25;
+
+// Chosen: one question in 64 remains, to notice when a camera answers again.
+constexpr double kLeastScale = 1.0 / 64;
+
+// Chosen: over which time, and how many packets at least, answers are counted.
+constexpr auto kJudgingTime = 250ms;
+constexpr std::uint64_t kJudgedPackets = 16;
+
+// Chosen: when the budgets allow too little to be judged by, they grow again after this time: the camera may
+// answer now.
+constexpr auto kForgivingTime = 2s;
+
+// Chosen: below the first share the budgets are halved, above the second one doubled.
+constexpr double kFewAnswers = 0.5;
+constexpr double kManyAnswers = 0.75;
+
+// Weights of a new measurement in the running mean and spread of the answer time, and how many spreads are
+// waited for: those that TCP uses for the same purpose.
+constexpr int kMeanWeight = 8;
+constexpr int kSpreadWeight = 4;
+constexpr int kSpreads = 4;
+
+// Chosen: an answer may be late by this, however regular the ones before were.
+constexpr nanoseconds kLeastSpread = 1ms;
+
+// Chosen: how soon a request that the second's budget did not allow is tried again.
+constexpr auto kBudgetPause = 1ms;
+
+} // namespace
+
+void ResendPolicy::Reset()
+{
+    m_meanAnswer.reset();
+    m_answerSpread = {};
+    m_scale = 1;
+    m_tokens = 0;
+    m_refilledAt.reset();
+    m_askedSince = 0;
+    m_answeredSince = 0;
+}
+
+microseconds ResendPolicy::AnswerTimeout() const
+{
+    const nanoseconds learnt =
+        m_meanAnswer ? *m_meanAnswer + std::max<nanoseconds>(kSpreads * m_answerSpread, kLeastSpread)
+                     : nanoseconds(kFirstAnswerTimeout);
+    const nanoseconds least = std::min(kLeastAnswerTimeout, m_settings.answerTimeout);
+    return std::chrono::ceil<microseconds>(
+        std::clamp<nanoseconds>(learnt, least, nanoseconds(m_settings.answerTimeout)));
+}
+
+ResendPolicy::Time ResendPolicy::DueTime(const MissingRange& range) const
+{
+    return range.asks == 0 ? range.since + m_settings.gapTimeout : range.askedAt + AnswerTimeout();
+}
+
+void ResendPolicy::Refill(Time now)
+{
+    const double perSecond = m_settings.packetsPerSecond * m_scale;
+    const double most = std::max(perSecond * kSavedSeconds, kLeastBlockBudget);
+    if (!m_refilledAt)
+        m_tokens = most;
+    else
+        m_tokens += perSecond * std::chrono::duration<double>(now - *m_refilledAt).count();
+    m_tokens = std::min(m_tokens, most);
+    m_refilledAt = now;
+}
+
+void ResendPolicy::JudgeAnswers(Time now)
+{
+    const bool isJudged = now - m_judgedAt >= kJudgingTime && m_askedSince >= kJudgedPackets;
+    const bool isForgiven = now - m_judgedAt >= kForgivingTime;
+    if (!isJudged && !isForgiven)
+        return;
+    const double share =
+        isJudged ? static_cast<double>(m_answeredSince) / static_cast<double>(m_askedSince) : 1.0;
+    if (share < kFewAnswers)
+        m_scale = std::max(m_scale / 2, kLeastScale);
+    else if (share > kManyAnswers)
+        m_scale = std::min(m_scale * 2, 1.0);
+    m_judgedAt = now;
+    m_askedSince = 0;
+    m_answeredSince = 0;
+}
+
+ResendPolicy::Verdict ResendPolicy::Spend(std::uint64_t packets, BlockAsking& asking,
+                                          std::uint64_t blockPackets)
+{
+    const auto wanted = static_cast<double>(packets);
+    const double ofBlock =
+        std::max(m_settings.blockShare * static_cast<double>(blockPackets), kLeastBlockBudget) * m_scale;
+    if (static_cast<double>(asking.asked) + wanted > std::max(ofBlock, 1.0))
+        return Verdict::TooMuch;
+    if (wanted > m_tokens)
+        return Verdict::NotNow;
+    m_tokens -= wanted;
+    asking.asked += packets;
+    m_askedSince += packets;
+    return Verdict::Asked;
+}
+
+void ResendPolicy::Ask(MissingRanges& missing, BlockAsking& asking, std::uint64_t blockPackets, Time now,
+                       IResendRequests& requests)
+{
+    if (asking.isGivenUp || !m_settings.isOn)
+        return;
+    if (missing.IsOverfull()) {
+        asking.isGivenUp = true;
+        return;
+    }
+    JudgeAnswers(now);
+    Refill(now);
+    for (MissingRange& range : missing.All()) {
+        if (range.asks >= kMostAsks || now < DueTime(range))
+            continue;
+        const Verdict verdict = Spend(range.Packets(), asking, blockPackets);
+        if (verdict == Verdict::TooMuch)
+            asking.isGivenUp = true;
+        if (verdict != Verdict::Asked)
+            return;
+        range.askedAt = now;
+        if (range.asks++ == 0)
+            range.firstAskedAt = now;
+        requests.Ask(range.first, range.last);
+    }
+}
+
+std::optional<ResendPolicy::Time> ResendPolicy::NextDue(const MissingRanges& missing,
+                                                        const BlockAsking& asking, Time now) const
+{
+    if (asking.isGivenUp || !m_settings.isOn)
+        return std::nullopt;
+    std::optional<Time> next;
+    for (const MissingRange& range : missing.All()) {
+        if (range.asks >= kMostAsks)
+            continue;
+        // What is due and was not asked for has met the second's budget.
+        const Time due = std::max(DueTime(range), now + kBudgetPause);
+        next = std::min(next.value_or(due), due);
+    }
+    return next;
+}
+
+bool ResendPolicy::IsHopeless(const MissingRanges& missing, const BlockAsking& asking, Time now) const
+{
+    if (asking.isGivenUp || !m_settings.isOn)
+        return true;
+    return !missing.IsEmpty() && std::ranges::all_of(missing.All(), [&](const MissingRange& range) {
+        return range.asks >= kMostAsks && now >= DueTime(range);
+    });
+}
+
+bool ResendPolicy::OnArrival(const MissingRange& was, Time now)
+{
+    if (was.asks == 0)
+        return false;
+    ++m_answeredSince;
+    // Which of several questions it answers is not known, unless it comes too soon after the last one.
+    const bool isTooSoon = !m_meanAnswer || now - was.askedAt < *m_meanAnswer / 2;
+    if (was.asks > 1 && !isTooSoon)
+        return true;
+    const nanoseconds took = now - was.firstAskedAt;
+    if (!m_meanAnswer) {
+        m_meanAnswer = took;
+        m_answerSpread = took / 2;
+        return true;
+    }
+    const nanoseconds error = took - *m_meanAnswer;
+    m_meanAnswer = *m_meanAnswer + error / kMeanWeight;
+    m_answerSpread += (std::chrono::abs(error) - m_answerSpread) / kSpreadWeight;
+    return true;
+}
+
+} // namespace receive

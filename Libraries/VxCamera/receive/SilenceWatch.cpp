@@ -1,0 +1,52 @@
+#include "VxCamera/receive/SilenceWatch.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace receive {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// Chosen: the time after which a user asks what is wrong.
+constexpr auto kSilence = 1s;
+
+// Chosen: firewalls keep a way open for half a minute and more, and the first packet may get lost.
+constexpr auto kOpeningPause = 3s;
+
+} // namespace
+
+void SilenceWatch::Start(Time now)
+{
+    m_lastPacket = now;
+    m_openedAt.reset();
+    m_isTold = false;
+}
+
+void SilenceWatch::OnPacket(Time now)
+{
+    m_lastPacket = now;
+    m_isTold = false;
+}
+
+SilenceWatch::Due SilenceWatch::OnTime(Time now)
+{
+    Due due;
+    due.isSilent = !m_isTold && now - m_lastPacket >= kSilence;
+    m_isTold = m_isTold || due.isSilent;
+    due.opensWay = !m_openedAt || (now - *m_openedAt >= kOpeningPause && now - m_lastPacket >= kOpeningPause);
+    if (due.opensWay)
+        m_openedAt = now;
+    return due;
+}
+
+SilenceWatch::Time SilenceWatch::NextDue() const
+{
+    if (!m_openedAt)
+        return m_lastPacket; // at once
+    const Time opening = std::max(m_lastPacket, *m_openedAt) + kOpeningPause;
+    return m_isTold ? opening : std::min(opening, m_lastPacket + kSilence);
+}
+
+} // namespace receive

@@ -1,0 +1,67 @@
+#include "VxCamera/surface/StreamControl.h"
+
+#include <utility>
+
+#include "VxCamera/surface/StreamLinks.h"
+#include "VxCamera/wire/registers/BootstrapBits.h"
+#include "VxCamera/wire/registers/BootstrapRegisters.h"
+
+namespace {
+
+/// @return  the port from which the camera sends a channel; 0 when it does not tell
+std::uint16_t SourcePortOf(control::DeviceSession& session, std::uint32_t channel)
+{
+    if ((session.Facts().streamChannelCapability & bootstrap::kCapabilitySourcePort) == 0)
+        return 0;
+    const auto port = session.Client().ReadRegister(
+        bootstrap::StreamChannelRegister(bootstrap::kStreamChannelSourcePort, channel));
+    return port ? static_cast<std::uint16_t>(*port & bootstrap::kStreamPortMask)
+                : std::uint16_t{0}; // 16 bits
+}
+
+/// @return  a socket for requests; null when the camera sends nothing again
+std::unique_ptr<transport::IUdpSocket> ResendSocket(const StreamControl::Camera& camera)
+{
+    if ((camera.session.Facts().capability & bootstrap::kCapabilityPacketResend) == 0)
+        return nullptr;
+    // Not the one for commands: a request must neither wait for a command nor delay one.
+    transport::UdpSocketOptions options;
+    options.local.address = camera.local;
+    options.isSendingAtOnce = true;
+    auto socket = camera.sockets.OpenUdp(options);
+    return socket ? *std::move(socket) : nullptr;
+}
+
+} // namespace
+
+StreamControl::~StreamControl()
+{
+    Disconnect();
+}
+
+void StreamControl::Connect(const Camera& camera, const transport::Ipv4Endpoint& receiver,
+                            std::uint32_t channel, std::function<void()> stepDown)
+{
+    Disconnect();
+    if (receiver.address.IsMulticast() || receiver.port == 0)
+        return; // what is received by many is asked for by none
+    auto link = std::make_shared<receive::StreamLink>();
+    link->command = camera.session.Client().Device();
+    link->channel = static_cast<std::uint16_t>(channel); // cameras have far fewer
+    link->sourcePort = SourcePortOf(camera.session, channel);
+    link->resend = ResendSocket(camera);
+    m_smaller = std::make_shared<SmallerPackets>(std::move(stepDown));
+    link->onPayloadMissing = [smaller = m_smaller] { smaller->Ask(); };
+    m_link = std::move(link);
+    StreamLinks::Connect(receiver, m_link);
+}
+
+void StreamControl::Disconnect()
+{
+    if (m_link)
+        StreamLinks::Disconnect(m_link);
+    m_link.reset();
+    if (m_smaller)
+        m_smaller->End();
+    m_smaller.reset();
+}

@@ -1,0 +1,27 @@
+#include "VxCamera/surface/VxBufferImpl.h"
+
+#include <string>
+
+VxResult VxBufferImpl::OperationResult() const
+{
+    switch (operationCode) {
+    case VxError::Ok:
+        return VxResult::Ok();
+    case VxError::NotInitialized:
+        return {};
+    case VxError::MissingPackets:
+        return {operationCode, "block " + std::to_string(blockId) + ": " + std::to_string(packetsMissing) +
+                                   (packetsMissing == 1 ? " packet is missing" : " packets are missing")};
+    case VxError::BufferTooSmall:
+        return {operationCode, "the picture takes " + std::to_string(neededBytes) +
+                                   " bytes, the buffer has " + std::to_string(picture.Memory().size())};
+    case VxError::NotAnImage:
+        return {operationCode, "block " + std::to_string(blockId) + " carries no image"};
+    case VxError::CameraError:
+        return {operationCode, "the camera lost data of block " + std::to_string(blockId)};
+    case VxError::InvalidData:
+        return {operationCode, "block " + std::to_string(blockId) + " announces a picture that cannot be"};
+    default:
+        return {operationCode, "block " + std::to_string(blockId)};
+    }
+}

@@ -1,0 +1,220 @@
+#include "VxCamera/receive/ResendPolicy.h"
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace receive {
+namespace {
+
+using namespace std::chrono_literals;
+using Asked = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
+
+class Requests final : public IResendRequests {
+public:
+    void Ask(std::uint32_t first, std::uint32_t last) override { asked.emplace_back(first, last); }
+    Asked asked;
+};
+
+class ResendPolicyTest : public testing::Test {
+protected:
+    ResendPolicyTest() { std::ignore = m_missing.Arrived(0, m_now); }
+
+    /// Lets a packet arrive, so that those before it are missing.
+    void Arrive(std::uint32_t id)
+    {
+        if (const auto was = m_missing.Arrived(id, m_now))
+            std::ignore = m_policy.OnArrival(*was, m_now);
+    }
+    Asked AskAfter(IVxClock::Time::duration duration)
+    {
+        m_now += duration;
+        Requests requests;
+        m_policy.Ask(m_missing, m_asking, m_blockPackets, m_now, requests);
+        return requests.asked;
+    }
+
+    ResendPolicy m_policy;
+    MissingRanges m_missing;
+    BlockAsking m_asking;
+    std::uint64_t m_blockPackets = 1000;
+    IVxClock::Time m_now{1h};
+};
+
+TEST_F(ResendPolicyTest, AHoleIsAskedForAfterAShortTimeAsOneRange)
+{
+    Arrive(5);
+    EXPECT_EQ(m_policy.NextDue(m_missing, m_asking, m_now), m_now + 1ms);
+
+    EXPECT_EQ(AskAfter(999us), Asked{});
+    EXPECT_EQ(AskAfter(1us), (Asked{{1, 4}}));
+    EXPECT_EQ(AskAfter(1ms), Asked{}); // the answer is on its way
+}
+
+TEST_F(ResendPolicyTest, PacketsThatOvertookEachOtherAreNotAskedFor)
+{
+    Arrive(2);
+    m_now += 500us;
+    Arrive(1);
+
+    EXPECT_EQ(AskAfter(1ms), Asked{});
+    EXPECT_EQ(m_policy.NextDue(m_missing, m_asking, m_now), std::nullopt);
+}
+
+TEST_F(ResendPolicyTest, WithoutAnAnswerItAsksAgainUntilItGivesUp)
+{
+    Arrive(2);
+    ASSERT_EQ(AskAfter(1ms).size(), 1u);
+    int asks = 1;
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_FALSE(asks < 16 && m_policy.IsHopeless(m_missing, m_asking, m_now)) << i;
+        asks += static_cast<int>(AskAfter(5ms).size()); // the first answer's time
+    }
+
+    EXPECT_EQ(asks, 16);
+    EXPECT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now));
+}
+
+TEST_F(ResendPolicyTest, TheTimeOfAnswersIsLearnt)
+{
+    EXPECT_EQ(m_policy.AnswerTimeout(), 5ms);
+    for (std::uint32_t id = 2; id < 100; id += 2) {
+        Arrive(id);
+        ASSERT_EQ(AskAfter(1ms).size(), 1u);
+        m_now += 8ms;
+        Arrive(id - 1);
+    }
+
+    EXPECT_GT(m_policy.AnswerTimeout(), 8ms);
+    EXPECT_LT(m_policy.AnswerTimeout(), 10ms);
+}
+
+TEST_F(ResendPolicyTest, TheTimeOfAnswersStaysWithinItsLimits)
+{
+    for (std::uint32_t id = 2; id < 100; id += 2) {
+        Arrive(id);
+        std::ignore = AskAfter(1ms);
+        m_now += id < 50 ? 10us : 90ms;
+        Arrive(id - 1);
+        EXPECT_GE(m_policy.AnswerTimeout(), 2ms);
+        EXPECT_LE(m_policy.AnswerTimeout(), 20ms);
+    }
+    EXPECT_EQ(m_policy.AnswerTimeout(), 20ms);
+}
+
+TEST_F(ResendPolicyTest, ABlockHasABudget)
+{
+    Arrive(200); // 199 of 1000
+    EXPECT_EQ(AskAfter(1ms).size(), 1u);
+    Arrive(300); // with these it is more than a quarter
+
+    EXPECT_EQ(AskAfter(1ms), Asked{});
+    EXPECT_TRUE(m_asking.isGivenUp);
+    EXPECT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now));
+    EXPECT_EQ(m_policy.NextDue(m_missing, m_asking, m_now), std::nullopt);
+}
+
+TEST_F(ResendPolicyTest, ASmallBlockMayLoseAll)
+{
+    m_blockPackets = 12;
+    Arrive(11);
+
+    EXPECT_EQ(AskAfter(1ms), (Asked{{1, 10}}));
+}
+
+TEST_F(ResendPolicyTest, ASecondHasABudget)
+{
+    ResendSettings settings;
+    settings.packetsPerSecond = 1000;
+    m_policy.SetSettings(settings);
+    std::uint64_t asked = 0;
+    for (int block = 0; block < 1000; ++block) { // one in a millisecond
+        m_missing.Clear();
+        m_asking = {};
+        Arrive(0);
+        Arrive(11);
+        for (const auto& [first, last] : AskAfter(1ms))
+            asked += last - first + 1;
+        for (std::uint32_t id = 1; id < 11; ++id)
+            Arrive(id);
+    }
+
+    EXPECT_GE(asked, 600u);
+    EXPECT_LE(asked, 1250u); // with what was saved up before
+}
+
+TEST_F(ResendPolicyTest, WhatTheSecondDoesNotAllowIsTriedAgain)
+{
+    ResendSettings settings;
+    settings.packetsPerSecond = 128; // 32 can be saved up
+    m_policy.SetSettings(settings);
+    Arrive(30);
+    ASSERT_EQ(AskAfter(1ms).size(), 1u);
+    Arrive(40);
+
+    EXPECT_EQ(AskAfter(1ms), Asked{});
+    EXPECT_FALSE(m_asking.isGivenUp);
+    EXPECT_EQ(m_policy.NextDue(m_missing, m_asking, m_now), m_now + 1ms);
+}
+
+TEST_F(ResendPolicyTest, FewAnswersShrinkTheBudgetsAndManyRestoreThem)
+{
+    const auto ask = [&](int blocks, bool isAnswered) {
+        for (int i = 0; i < blocks; ++i) {
+            m_missing.Clear();
+            m_asking = {};
+            Arrive(0);
+            Arrive(2);
+            std::ignore = AskAfter(20ms);
+            if (isAnswered)
+                Arrive(1);
+        }
+    };
+    EXPECT_EQ(m_policy.BudgetScale(), 1.0);
+    ask(200, false);
+    EXPECT_EQ(m_policy.BudgetScale(), 1.0 / 64);
+    ask(300, true);
+    EXPECT_EQ(m_policy.BudgetScale(), 1.0);
+}
+
+TEST_F(ResendPolicyTest, ABudgetThatAllowsNothingGrowsAgain)
+{
+    for (int i = 0; i < 200; ++i) {
+        m_missing.Clear();
+        m_asking = {};
+        Arrive(0);
+        Arrive(101); // a hundred packets at once
+        std::ignore = AskAfter(20ms);
+    }
+    EXPECT_LT(m_policy.BudgetScale(), 1.0);
+
+    std::size_t asked = 0;
+    for (int i = 0; i < 300; ++i) {
+        m_missing.Clear();
+        m_asking = {};
+        Arrive(0);
+        Arrive(101);
+        asked += AskAfter(20ms).size();
+        for (std::uint32_t id = 1; id < 101; ++id)
+            Arrive(id);
+    }
+
+    EXPECT_GT(asked, 0u);
+    EXPECT_EQ(m_policy.BudgetScale(), 1.0);
+}
+
+TEST_F(ResendPolicyTest, SwitchedOffItAsksForNothing)
+{
+    ResendSettings settings;
+    settings.isOn = false;
+    m_policy.SetSettings(settings);
+    Arrive(5);
+
+    EXPECT_EQ(AskAfter(1s), Asked{});
+    EXPECT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now));
+}
+
+} // namespace
+} // namespace receive

@@ -1,0 +1,234 @@
+#include "VxCamera/receive/BlockAssembler.h"
+
+#include "FakeSink.h"
+#include "LossyCamera.h"
+#include "StreamPackets.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+// The whole of resend against a camera in a time of its own.
+
+namespace receive {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Keeps what was delivered, but not the pictures.
+class CheckingSink final : public IBlockSink {
+public:
+    explicit CheckingSink(std::size_t bytes) : m_bytes(bytes) {}
+
+    BlockBuffer* TakeFree(std::size_t) override
+    {
+        if (m_free.empty()) {
+            m_memory.push_back(std::make_unique<std::byte[]>(m_bytes));
+            m_buffers.push_back({{m_memory.back().get(), m_bytes}, {}});
+            return &m_buffers.back();
+        }
+        BlockBuffer* const buffer = m_free.back();
+        m_free.pop_back();
+        return buffer;
+    }
+    void Deliver(BlockBuffer& buffer) override
+    {
+        EXPECT_GT(buffer.info.blockId, lastId) << "out of order";
+        lastId = buffer.info.blockId;
+        longest = std::max(longest, buffer.info.took);
+        codes.push_back(buffer.info.code);
+        const bool isWhole = buffer.info.code == VxError::Ok;
+        for (std::size_t i = 0; isWhole && i < buffer.info.receivedBytes; i += 61) // a sample of each packet
+            ASSERT_EQ(buffer.memory[i], StreamPackets::ByteAt(lastId, i)) << lastId;
+        m_free.push_back(&buffer);
+    }
+    void GiveBack(BlockBuffer& buffer) override { m_free.push_back(&buffer); }
+
+    [[nodiscard]] std::size_t Complete() const
+    {
+        return static_cast<std::size_t>(std::ranges::count(codes, VxError::Ok)); // not negative
+    }
+
+    std::vector<VxError> codes;
+    std::uint64_t lastId = 0;
+    IVxClock::Time::duration longest{};
+
+private:
+    const std::size_t m_bytes;
+    std::vector<std::unique_ptr<std::byte[]>> m_memory;
+    std::deque<BlockBuffer> m_buffers; // borrowed by everybody, so never moved
+    std::vector<BlockBuffer*> m_free;
+};
+
+class ResendTest : public testing::Test {
+protected:
+    /// A full-HD picture in packets of 1,500 bytes has about as many packets.
+    static constexpr std::uint32_t kLines = 1417;
+
+    ResendTest()
+    {
+        m_stream.leader = StreamPackets::Mono8(64, kLines);
+        m_stream.payloadBytes = std::size_t{64} * kLines;
+        m_stream.stepBytes = 64;
+    }
+
+    void Stream(std::uint64_t frames) { m_camera.Stream(frames, m_assembler); }
+
+    StreamPackets m_stream;
+    CheckingSink m_sink{std::size_t{64} * kLines};
+    StreamCounters m_counters;
+    LossyCamera m_camera{{}, m_stream};
+    BlockAssembler m_assembler{{}, m_sink, m_counters, &m_camera};
+};
+
+TEST_F(ResendTest, NothingIsAskedForWhileNothingIsMissing)
+{
+    Stream(50);
+
+    EXPECT_EQ(m_sink.Complete(), 50u);
+    EXPECT_EQ(m_camera.requests, 0u);
+}
+
+TEST_F(ResendTest, EveryFrameIsCompleteWithOneInAHundredPacketsLost)
+{
+    m_camera.Change().dropShare = 0.01;
+    Stream(300);
+
+    EXPECT_EQ(m_sink.Complete(), 300u);
+    EXPECT_EQ(m_counters.packetsMissing.Value(), 0u);
+    EXPECT_GT(m_counters.packetsRecovered.Value(), 3000u);
+    // Hardly more is asked for than was lost.
+    EXPECT_LT(m_camera.packetsAskedFor, m_camera.packetsLost * 11 / 10);
+}
+
+TEST_F(ResendTest, EveryFrameIsCompleteWithFiveInAHundredLostAndAShortMemory)
+{
+    m_camera.Change().dropShare = 0.05;
+    m_camera.Change().keeps = 40ms;
+    Stream(300);
+
+    EXPECT_EQ(m_sink.Complete(), 300u);
+    EXPECT_LT(m_sink.longest, 45ms); // a frame takes 11 ms
+}
+
+TEST_F(ResendTest, FramesThatFollowEachOtherWithoutAPauseAreComplete)
+{
+    m_camera.Change().dropShare = 0.05;
+    m_camera.Change().framePeriod = 11'400us; // 1,419 packets of 8 us
+    Stream(200);
+
+    EXPECT_EQ(m_sink.Complete(), 200u);
+}
+
+TEST_F(ResendTest, ASlowAnswerIsLearntAndNotAskedForTwice)
+{
+    m_camera.Change().dropShare = 0.01;
+    m_camera.Change().roundTrip = 12ms;
+    Stream(100);
+
+    EXPECT_EQ(m_sink.Complete(), 100u);
+    EXPECT_LT(m_camera.packetsAskedFor, m_camera.packetsLost * 12 / 10);
+}
+
+TEST_F(ResendTest, SmallFramesAreCompleteToo)
+{
+    m_stream.leader = StreamPackets::Mono8(64, 5);
+    m_stream.payloadBytes = std::size_t{64} * 5;
+    LossyCamera camera({.dropShare = 0.05}, m_stream);
+    BlockAssembler assembler({}, m_sink, m_counters, &camera);
+
+    camera.Stream(2000, assembler);
+
+    // Of a frame of which not one packet arrives nobody knows: 1 in 20^7.
+    EXPECT_EQ(m_sink.Complete(), 2000u);
+}
+
+TEST_F(ResendTest, ACameraThatDoesNotOfferItIsNotAsked)
+{
+    m_camera.Change().dropShare = 0.01;
+    m_camera.Change().resends = false;
+    Stream(50);
+
+    EXPECT_EQ(m_camera.requests, 0u);
+    EXPECT_LT(m_sink.Complete(), 5u);
+    EXPECT_GT(m_counters.packetsMissing.Value(), 0u);
+}
+
+TEST_F(ResendTest, NothingIsAskedForWhenItIsSwitchedOff)
+{
+    m_camera.Change().dropShare = 0.01;
+    AssemblySettings settings;
+    settings.resend.isOn = false;
+    m_assembler.SetSettings(settings);
+    Stream(20);
+
+    EXPECT_EQ(m_camera.requests, 0u);
+    EXPECT_GT(m_counters.blocksIncomplete.Value(), 0u);
+}
+
+TEST_F(ResendTest, ACameraThatDoesNotAnswerIsAskedLessAndLess)
+{
+    m_camera.Change().dropShare = 0.01;
+    m_camera.Change().answers = false;
+    Stream(30);
+    const std::uint64_t inTheFirstSecond = m_camera.packetsAskedFor;
+    Stream(120);
+    const std::uint64_t before = m_camera.packetsAskedFor;
+    Stream(30);
+    const std::uint64_t inTheLastSecond = m_camera.packetsAskedFor - before;
+
+    EXPECT_GT(inTheFirstSecond, 0u);
+    EXPECT_LT(inTheLastSecond, inTheFirstSecond / 8);
+    EXPECT_GT(inTheLastSecond, 0u); // it may answer again
+    EXPECT_EQ(m_sink.codes.size(), 180u);
+    EXPECT_LT(m_sink.longest, 150ms); // blocks are given up after their time
+}
+
+TEST_F(ResendTest, ACameraThatAnswersAgainIsAskedAgain)
+{
+    m_camera.Change().dropShare = 0.01;
+    m_camera.Change().answers = false;
+    Stream(100);
+    m_camera.Change().answers = true;
+    Stream(200); // to learn it
+    const std::size_t before = m_sink.Complete();
+    Stream(50);
+
+    EXPECT_EQ(m_sink.Complete() - before, 50u);
+}
+
+TEST_F(ResendTest, ABlockWhosePacketsAreRefusedIsGivenUpAtOnce)
+{
+    m_camera.Change().dropShare = 0.01;
+    m_camera.Change().keeps = 0us; // nothing can be sent again
+    Stream(50);
+
+    EXPECT_GT(m_counters.packetsRefused.Value(), 0u);
+    EXPECT_EQ(m_sink.codes.size(), 50u);
+    EXPECT_LT(m_sink.longest, 20ms); // a frame takes 11 ms
+}
+
+TEST_F(ResendTest, ANetworkThatLosesHalfIsNotMadeWorse)
+{
+    m_camera.Change().dropShare = 0.5;
+    Stream(50);
+
+    EXPECT_EQ(m_sink.codes.size(), 50u);
+    EXPECT_LT(m_camera.packetsAskedFor, 50u * kLines / 4);
+}
+
+TEST_F(ResendTest, OneHourOfStreamingLosesNothing)
+{
+    m_stream.leader = StreamPackets::Mono8(64, 2);
+    m_stream.payloadBytes = std::size_t{64} * 2;
+    LossyCamera camera({.dropShare = 0.001, .framePeriod = 40ms}, m_stream);
+    BlockAssembler assembler({}, m_sink, m_counters, &camera);
+
+    camera.Stream(3600 * 25, assembler);
+
+    EXPECT_EQ(m_sink.Complete(), 3600u * 25);
+    EXPECT_EQ(m_counters.packetsLate.Value(), 0u);
+}
+
+} // namespace
+} // namespace receive

@@ -1,0 +1,75 @@
+#include "VxCamera/receive/SilenceWatch.h"
+
+#include <gtest/gtest.h>
+
+namespace receive {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr IVxClock::Time kStart{1h};
+
+TEST(SilenceWatchTest, ASecondWithoutAPacketIsToldOnce)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+    EXPECT_EQ(watch.NextDue(), kStart); // the way has to be opened
+    EXPECT_FALSE(watch.OnTime(kStart).isSilent);
+
+    EXPECT_EQ(watch.NextDue(), kStart + 1s);
+    EXPECT_FALSE(watch.OnTime(kStart + 999ms).isSilent);
+    EXPECT_TRUE(watch.OnTime(kStart + 1s).isSilent);
+    EXPECT_FALSE(watch.OnTime(kStart + 2s).isSilent);
+}
+
+TEST(SilenceWatchTest, APacketEndsASilence)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+    EXPECT_TRUE(watch.OnTime(kStart + 1s).isSilent);
+
+    watch.OnPacket(kStart + 2s);
+
+    EXPECT_FALSE(watch.OnTime(kStart + 2500ms).isSilent);
+    EXPECT_TRUE(watch.OnTime(kStart + 3s).isSilent);
+}
+
+TEST(SilenceWatchTest, TheWayIsOpenedAtOnceAndAgainWhileNothingComes)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+
+    EXPECT_TRUE(watch.OnTime(kStart).opensWay);
+    EXPECT_FALSE(watch.OnTime(kStart + 2999ms).opensWay); // the second of silence is told, too
+    EXPECT_EQ(watch.NextDue(), kStart + 3s);
+    EXPECT_TRUE(watch.OnTime(kStart + 3s).opensWay);
+    EXPECT_FALSE(watch.OnTime(kStart + 4s).opensWay);
+    EXPECT_TRUE(watch.OnTime(kStart + 6s).opensWay);
+}
+
+TEST(SilenceWatchTest, TheWayStaysAloneWhilePacketsCome)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+    ASSERT_TRUE(watch.OnTime(kStart).opensWay);
+
+    for (auto time = kStart; time < kStart + 20s; time += 500ms) {
+        watch.OnPacket(time);
+        EXPECT_FALSE(watch.OnTime(time).opensWay);
+    }
+}
+
+TEST(SilenceWatchTest, ANewEndOfTheWayIsOpenedAtOnce)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+    ASSERT_TRUE(watch.OnTime(kStart).opensWay);
+
+    watch.OpenWayAgain();
+
+    EXPECT_LE(watch.NextDue(), kStart + 1ms);
+    EXPECT_TRUE(watch.OnTime(kStart + 1ms).opensWay);
+}
+
+} // namespace
+} // namespace receive
