@@ -24,8 +24,11 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <span>
+#include <string>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -469,6 +472,7 @@ TEST_F(SimulatedCameraTest, AFrameWithLostPacketsIsNeverPassedAsGood)
     StartCamera(options);
     m_link.Connect(kAddress);
     m_link.OpenStream(kAddress);
+    ASSERT_TRUE(m_link.stream.GetParameters()->Get("ResendEnabled")->FromString("false").IsOK());
     m_link.Start();
 
     int whole = 0;
@@ -491,6 +495,112 @@ TEST_F(SimulatedCameraTest, AFrameWithLostPacketsIsNeverPassedAsGood)
     EXPECT_GT(m_link.Statistic("PacketsMissing"), 0);
     EXPECT_GT(m_link.Statistic("PacketsDuplicate"), 0);
     m_link.Stop();
+}
+
+TEST_F(SimulatedCameraTest, LostPacketsAreAskedForAgainAndFramesAreWhole)
+{
+    VxSimulatorOptions options;
+    options.frameRateHz = 50;
+    options.faults.dropShare = 0.02; // those sent again included
+    StartCamera(options);
+    m_link.Connect(kAddress);
+    m_link.OpenStream(kAddress);
+    ASSERT_TRUE(m_link.Features().SetIntegerValue("GevSCPSPacketSize", 1500).IsOK());
+    VxString isPossible;
+    EXPECT_TRUE(m_link.stream.GetParameters()->Get("ResendPossible")->ToString(isPossible).IsOK());
+    EXPECT_EQ(isPossible, "true");
+    m_link.Start();
+
+    int whole = 0;
+    for (int i = 0; i < 100; ++i) // 210 packets each
+        whole += IsWholePicture(*m_link.Next()) ? 1 : 0;
+
+    EXPECT_GE(whole, 98); // all, unless the machine stands still for longer than the camera keeps packets
+    EXPECT_GT(m_link.Statistic("PacketsRecovered"), 100);
+    EXPECT_GE(m_link.Statistic("PacketsRequestedAgain"), m_link.Statistic("PacketsRecovered"));
+    m_link.Stop();
+}
+
+TEST_F(SimulatedCameraTest, WithoutControlNothingIsAskedFor)
+{
+    VxSimulatorOptions options;
+    options.frameRateHz = 100;
+    options.faults.dropShare = 0.05;
+    StartCamera(options);
+    m_link.Connect(kAddress);
+    VxStreamGEV passive;
+    ASSERT_TRUE(passive.Open("nobody", kGroup, kGroupPort, 0, kAddress, 8).IsOK());
+    EXPECT_EQ(passive.GetLocalIPAddress(), kAddress);
+    VxPipeline pipeline(&passive);
+    pipeline.SetBufferSize(m_link.device->GetPayloadSize());
+    ASSERT_TRUE(pipeline.Start().IsOK());
+    ASSERT_TRUE(m_link.Gev().SetStreamDestination(kGroup, kGroupPort, 0).IsOK());
+    ASSERT_TRUE(m_link.Features().SetIntegerValue("GevSCPSPacketSize", 1500).IsOK());
+    ASSERT_TRUE(m_link.Features().ExecuteCommand("AcquisitionStart").IsOK());
+
+    int incomplete = 0;
+    for (int i = 0; i < 30; ++i) {
+        VxBuffer* buffer = nullptr;
+        ASSERT_TRUE(pipeline.RetrieveNextBuffer(&buffer, 10'000).IsOK());
+        incomplete += buffer->GetOperationResult().IsOK() ? 0 : 1;
+        ASSERT_TRUE(pipeline.ReleaseBuffer(buffer).IsOK());
+    }
+
+    EXPECT_GT(incomplete, 0);
+    std::int64_t requests = -1;
+    EXPECT_TRUE(passive.GetParameters()->GetIntegerValue("ResendRequests", requests).IsOK());
+    EXPECT_EQ(requests, 0);
+    EXPECT_EQ(m_camera.Counters().packetsResent, 0u);
+    VxString source;
+    EXPECT_TRUE(passive.GetParameters()->GetEnumValue("CameraIPAddressSource", source).IsOK());
+    EXPECT_EQ(source, "FirstLeader");
+    EXPECT_TRUE(pipeline.Stop().IsOK());
+}
+
+#ifndef _WIN32 // the system tells who is a member of what
+/// @return  whether any socket of this network has joined the group
+bool IsJoined()
+{
+    std::ifstream memberships("/proc/net/igmp");
+    const std::string text((std::istreambuf_iterator<char>(memberships)), {});
+    return text.find("632AFFEF") != std::string::npos; // 239.255.42.99, last byte first
+}
+
+TEST_F(SimulatedCameraTest, AGroupIsJoinedWhileTheStreamIsOpen)
+{
+    VxStreamGEV stream;
+    EXPECT_FALSE(IsJoined());
+    ASSERT_TRUE(stream.Open("nobody", kGroup, kGroupPort, 0, VxString(), 64).IsOK());
+    EXPECT_TRUE(IsJoined()); // on every interface: nobody knows the camera
+    ASSERT_TRUE(stream.Close().IsOK());
+    EXPECT_FALSE(IsJoined());
+    EXPECT_TRUE(stream.GetLocalIPAddress().IsEmpty());
+}
+#endif
+
+TEST_F(SimulatedCameraTest, ASecondWithoutAPacketSaysWhatMayBeWrong)
+{
+    StartCamera();
+    m_link.Connect(kAddress);
+    m_link.OpenStream(kAddress);
+    ASSERT_TRUE(m_link.pipeline->Start().IsOK()); // the camera is not told to send
+    VxBuffer* buffer = nullptr;
+    EXPECT_EQ(m_link.pipeline->RetrieveNextBuffer(&buffer, 1300).Code(), VxError::Timeout);
+
+    VxString error;
+    VxString description;
+    EXPECT_TRUE(m_link.stream.GetParameters()->GetEnumValue("LastError", error).IsOK());
+    EXPECT_EQ(error, "TIMEOUT");
+    EXPECT_TRUE(m_link.stream.GetParameters()->Get("LastErrorDescription")->ToString(description).IsOK());
+    for (const char* cause : {"firewall", "packets are larger", "destination", "another host"})
+        EXPECT_NE(description.Narrow().find(cause), std::string::npos) << cause;
+}
+
+TEST_F(SimulatedCameraTest, TheSocketsBufferIsLargeAndToldAsGranted)
+{
+    ASSERT_TRUE(m_link.stream.Open("nobody").IsOK());
+
+    EXPECT_GE(m_link.Statistic("SocketBufferSize"), std::int64_t{1} << 20); // what every system grants
 }
 
 TEST_F(SimulatedCameraTest, FeaturesAreUsableWhileFramesArrive)
