@@ -1,0 +1,189 @@
+#!/usr/bin/env python3
+"""Measures our receiver beside an independent one, on the same streams over loopback, and prints a table.
+
+usage: bench-streams.py BUILD [--quick]      BUILD: the folder of the preset linux-release
+
+Run it in a network of its own (scripts/own-world): it starts cameras at 127.0.0.1.
+"""
+
+import json
+import pathlib
+import subprocess
+import sys
+import time
+
+GOAL_CPU = 0.5           # of the peer's, in the same run
+RATE_STEP = 1.25         # from one rate to the next, while looking for the highest one without loss
+PAUSE = 0.5              # seconds: a camera that has just been ended, or is about to listen
+HD = {"width": 1920, "height": 1080}
+FAKE = {"width": 2048, "height": 2048}  # the largest picture of the independent camera
+
+
+class Camera:
+    """A camera in a process of its own, ended with its block."""
+
+    def __init__(self, command):
+        self.command = [str(part) for part in command]
+
+    def __enter__(self):
+        self.process = subprocess.Popen(self.command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        time.sleep(PAUSE)
+        return self
+
+    def __exit__(self, *_):
+        self.process.terminate()
+        try:
+            self.process.wait(10)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            self.process.wait()
+        time.sleep(PAUSE)
+
+
+def busy_seconds():
+    """Of all processors together, since the machine was started."""
+    numbers = [int(n) for n in pathlib.Path("/proc/stat").read_text(encoding="ascii").split("\n")[0].split()[1:]]
+    idle = numbers[3] + numbers[4]
+    return (sum(numbers[:8]) - idle) / 100
+
+
+class Bench:
+    def __init__(self, build, quick):
+        self.build = pathlib.Path(build)
+        self.quick = quick
+        self.rows = []
+
+    def simulator(self, size, fps, *options):
+        return Camera([self.build / "bin/vxsim", "--width", size["width"], "--height", size["height"], "--fps", fps,
+                       "--link-speed", 100000, *options])
+
+    def fake(self):
+        return Camera(["arv-fake-gv-camera-0.8", "-i", "127.0.0.1"])
+
+    def receive(self, who, **order):
+        """What the measuring program says, and the whole machine's seconds of work meanwhile."""
+        before = busy_seconds()
+        run = subprocess.run([str(self.build / "bench-streams/StreamMeasurement"), who,
+                              *(f"{name}={value}" for name, value in order.items())],
+                             capture_output=True, text=True, timeout=300, check=False)
+        if run.returncode != 0 or not run.stdout:
+            raise RuntimeError(f"{who} {order}: {run.stderr.strip()}")
+        result = json.loads(run.stdout)
+        result["machine_s"] = busy_seconds() - before
+        result["counts"] = run.stderr.strip()
+        print(f"  {who} {order}: {run.stdout.strip()} | {result['counts']}", file=sys.stderr)
+        return result
+
+    def both(self, camera, **order):
+        results = {}
+        for who in ("ours", "aravis"):
+            with camera():
+                results[who] = self.receive(who, **order)
+        return results
+
+    def add(self, work, ours, peer, judged=""):
+        self.rows.append((work, ours, peer, judged))
+
+    def cpu(self):
+        frames = 100 if self.quick else 400
+        cases = [("simulated camera", lambda: self.simulator(HD, 100), {**HD, "fps": 100}),
+                 ("arv-fake-gv-camera", self.fake, {**FAKE, "fps": 25})]
+        for name, camera, order in cases:
+            for packet in (1500, 9000):
+                results = self.both(camera, packet=packet, frames=frames, **order)
+                per_gb, machine = {}, {}
+                for who, result in results.items():
+                    gigabytes = max(result["bytes"], 1) / 1e9
+                    per_gb[who] = result["cpu_s"] / gigabytes
+                    machine[who] = result["machine_s"] / gigabytes
+                ratio = per_gb["ours"] / per_gb["aravis"]
+                verdict = "met" if ratio <= GOAL_CPU else "missed"
+                title = f"{name}, packets of {packet} bytes"
+                self.add(f"CPU s/GB of the receiver: {title}", f"{per_gb['ours']:.3f}", f"{per_gb['aravis']:.3f}",
+                         f"{ratio:.2f} (goal {GOAL_CPU}: {verdict})")
+                self.add(f"CPU s/GB of the machine:  {title}", f"{machine['ours']:.3f}", f"{machine['aravis']:.3f}",
+                         f"{machine['ours'] / machine['aravis']:.2f}")
+                self.add(f"frames complete:          {title}", share_of(results["ours"]), share_of(results["aravis"]))
+
+    def highest_rate(self):
+        for packet in (1500, 9000):
+            rates = {who: self.highest_rate_of(who, packet) for who in ("ours", "aravis")}
+            self.add(f"highest rate without loss, MB/s: simulated camera, packets of {packet} bytes",
+                     f"{rates['ours']:.0f}", f"{rates['aravis']:.0f}",
+                     f"{rates['ours'] / max(rates['aravis'], 1):.2f}")
+
+    def highest_rate_of(self, who, packet):
+        best, fps = 0, 25.0
+        while fps < 1000:
+            with self.simulator(HD, round(fps, 1)):
+                result = self.receive(who, packet=packet, frames=int(max(fps, 30)), fps=round(fps, 1), **HD)
+            rate = result["bytes"] / result["seconds"] / 1e6
+            if result["complete"] < result["frames"] or rate <= best * 1.05:
+                break  # loss, or the sender is not faster any more
+            best = rate
+            fps *= RATE_STEP
+        return best
+
+    def losses(self):
+        size = {"width": 1280, "height": 720}
+        fps = 50
+        frames = 100 if self.quick else 1000
+        usual = {}
+        with self.simulator(size, fps, "--link-speed", 1000):
+            usual["ours"] = self.receive("ours", packet=1500, frames=frames, fps=fps, **size)
+        with self.simulator(size, fps, "--link-speed", 1000):
+            usual["aravis"] = self.receive("aravis", packet=1500, frames=frames, fps=fps, **size)
+        for memory in ((), ("--resend-memory", 40)):
+            for drop in (0.001, 0.01, 0.05):
+                results = self.both(lambda m=memory, d=drop: self.simulator(
+                    size, fps, "--link-speed", 1000, "--drop", d, *m), packet=1500, frames=frames, fps=fps, **size)
+                title = f"{drop:.1%} lost" + (", camera keeps packets for 40 ms" if memory else "")
+                goal = 1.0 if drop <= 0.01 else 0.999
+                share = results["ours"]["complete"] / results["ours"]["frames"]
+                self.add(f"frames complete: {title}", share_of(results["ours"]), share_of(results["aravis"]),
+                         f"goal {goal:.1%}: {'met' if share >= goal else 'missed'}")
+                added = {who: [a - b for a, b in zip(results[who]["latency_ms"], usual[who]["latency_ms"])]
+                         for who in results}
+                self.add(f"added latency, median / 99 %, ms: {title}",
+                         *(f"{added[who][0]:.1f} / {added[who][1]:.1f}" for who in ("ours", "aravis")))
+
+    def delivery(self):
+        run = subprocess.run([str(self.build / "bench-streams/DeliveryLatency")], capture_output=True, text=True,
+                             timeout=120, check=True)
+        result = json.loads(run.stdout)
+        print(f"  delivery: {run.stdout.strip()}", file=sys.stderr)
+        self.add("from the last packet sent to the consumer, us: median", f"{result['median_us']:.0f}", "-")
+        self.add("from the last packet sent to the consumer, us: 99.9 %", f"{result['p999_us']:.0f}", "-")
+
+
+def share_of(result):
+    return f"{result['complete'] / max(result['frames'], 1):.2%}"
+
+
+def print_table(rows):
+    rows = [("stream over loopback", "ours", "Aravis", "ours / Aravis"), *rows]
+    widths = [max(len(row[i]) for row in rows) for i in range(4)]
+    for number, row in enumerate(rows):
+        print("  ".join([f"{row[0]:<{widths[0]}}", *(f"{cell:>{width}}" for cell, width in zip(row[1:], widths[1:]))]))
+        if number == 0:
+            print("  ".join("-" * width for width in widths))
+
+
+def main():
+    if len(sys.argv) < 2:
+        print(__doc__, file=sys.stderr)
+        return 2
+    bench = Bench(sys.argv[1], "--quick" in sys.argv)
+    failed = 0
+    for part in (bench.cpu, bench.highest_rate, bench.losses, bench.delivery):
+        try:
+            part()
+        except (RuntimeError, OSError, ValueError, subprocess.SubprocessError) as error:
+            print(f"error: {error}", file=sys.stderr)
+            failed = 1
+    print_table(bench.rows)
+    return failed
+
+
+if __name__ == "__main__":
+    sys.exit(main())
