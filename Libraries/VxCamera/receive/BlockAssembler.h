@@ -101,6 +101,8 @@ public:
 
     /// @return  when OnTime must be called unless a packet comes before; none = not at all
     [[nodiscard]] std::optional<Time> NextDeadline(Time now) const;
+    /// The same, as of the last packet.
+    [[nodiscard]] std::optional<Time> NextDeadline() const { return NextDeadline(m_lastPacketTime); }
 
     /// Gives all buffers back and forgets the stream: the next block may have any id.
     void Abort();
