@@ -8,6 +8,7 @@
 namespace {
 
 constexpr double kMicrosecondsPerSecond = 1e6;
+constexpr double kSmall = 100; // microseconds; chosen: below that whole ones say too little
 constexpr int kNameWidth = 24;
 constexpr int kColumnWidth = 19;
 constexpr const char* kOurs = "ours";
@@ -69,7 +70,7 @@ void MedianTable::PrintLine(const std::string& name, const Medians& medians,
         std::ostringstream cell;
         cell << std::fixed;
         if (const auto median = medians.find(column); median != medians.end()) {
-            cell << std::setprecision(0) << median->second << " us";
+            cell << std::setprecision(median->second < kSmall ? 3 : 0) << median->second << " us";
             if (column != kOurs && ours != medians.end())
                 cell << std::setprecision(2) << " (" << ours->second / median->second << ")";
         } else {

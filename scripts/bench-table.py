@@ -11,7 +11,7 @@ import subprocess
 import sys
 
 # Whom our time is compared with, if they were measured.
-PEERS = ("memcpy", "OpenCV")
+PEERS = ("memcpy", "OpenCV", "Aravis")
 UNIT_SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 
 
