@@ -19,6 +19,8 @@ public:
     [[nodiscard]] std::uint16_t U16be() { return Load<std::uint16_t>(); }
     [[nodiscard]] std::uint32_t U32be() { return Load<std::uint32_t>(); }
     [[nodiscard]] std::uint64_t U64be() { return Load<std::uint64_t>(); }
+    [[nodiscard]] std::uint16_t U16le() { return LoadLe<std::uint16_t>(); }
+    [[nodiscard]] std::uint32_t U32le() { return LoadLe<std::uint32_t>(); }
 
     /// @return  `size` bytes, or none when there are fewer
     [[nodiscard]] std::span<const std::byte> Bytes(std::size_t size)
@@ -50,6 +52,13 @@ private:
     {
         const auto bytes = Bytes(sizeof(T));
         return m_isOk ? VxLoadBe<T>(bytes.template first<sizeof(T)>()) : T{0};
+    }
+
+    template <typename T>
+    T LoadLe()
+    {
+        const auto bytes = Bytes(sizeof(T));
+        return m_isOk ? VxLoadLe<T>(bytes.template first<sizeof(T)>()) : T{0};
     }
 
     std::span<const std::byte> m_rest;

@@ -21,6 +21,18 @@ TEST(VxByteReaderTest, ReadsOneValueAfterTheOther)
     EXPECT_TRUE(in.Ok());
 }
 
+TEST(VxByteReaderTest, ReadsLittleEndianValues)
+{
+    const auto memory = FromHex("01 02 | 03 04 05 06 | 07");
+    VxByteReader in(memory);
+
+    EXPECT_EQ(in.U16le(), 0x0201);
+    EXPECT_EQ(in.U32le(), 0x06050403u);
+    EXPECT_TRUE(in.Ok());
+    EXPECT_EQ(in.U16le(), 0u);
+    EXPECT_FALSE(in.Ok());
+}
+
 TEST(VxByteReaderTest, GivesBytesAndSkipsBytes)
 {
     const auto memory = FromHex("01 02 03 04 05");
