@@ -88,6 +88,8 @@ int main(int argc, char** argv)
     MedianTable table;
     table.AddWork("Load_2000_nodes", "");
     table.AddWork("Read_kept_integer", "");
+    table.AddGoal("Load_2000_nodes", "20 ms");
+    table.AddGoal("Read_kept_integer", "300 ns");
     Register("Load_2000_nodes/ours", benchmark::kMillisecond,
              [&](benchmark::State& state) { MeasureLoad(state, xml); });
     Register("Read_kept_integer/ours", benchmark::kNanosecond,

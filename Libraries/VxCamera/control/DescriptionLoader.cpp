@@ -54,13 +54,7 @@ VxExpected<std::string> DescriptionLoader::LoadFrom(std::uint32_t urlRegister)
     if (url->place != DescriptionUrl::Place::Device)
         return Named(VxError::NotSupported, "its description is not in its memory but at \"" + url->name +
                                                 "\", which this library does not open");
-    auto file = ReadFile(*url);
-    if (!file)
-        return file;
-    if (url->IsZip() || file->starts_with(kZipSignature))
-        return Named(VxError::NotSupported, "its description \"" + url->name +
-                                                "\" is a zip archive, which this library does not unpack");
-    return file;
+    return ReadFile(*url);
 }
 
 VxExpected<std::string> DescriptionLoader::ReadFile(const DescriptionUrl& url)
@@ -83,10 +77,12 @@ VxExpected<std::string> DescriptionLoader::ReadFile(const DescriptionUrl& url)
             break; // the camera has less than it said
         }
         file.append(wanted.data(), wanted.size());
-        if (!isLengthKnown && std::ranges::find(wanted, '\0') != wanted.end())
+        const bool isText = !file.starts_with(kZipSignature);
+        if (!isLengthKnown && isText && std::ranges::find(wanted, '\0') != wanted.end())
             break;
     }
-    file.erase(file.find_last_not_of('\0') + 1); // cameras fill the end
+    if (!file.starts_with(kZipSignature)) // an archive may end with zeros, and finds its end by itself
+        file.erase(file.find_last_not_of('\0') + 1); // cameras fill the end
     if (file.empty())
         return Named(VxError::InvalidData, "its description \"" + url.name + "\" is empty");
     return file;

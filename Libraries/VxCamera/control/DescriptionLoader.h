@@ -19,8 +19,9 @@ public:
     explicit DescriptionLoader(CommandClient& client) : m_client(client) {}
 
     /// Tries the place that the camera names first, then the second one.
-    /// @return  the XML's bytes; NOT_SUPPORTED for a place or packing that this library does not read,
-    ///          INVALID_DATA, NOT_FOUND, or what the link said; the failure of the first place when both fail
+    /// @return  the file's bytes, XML or a zip archive; NOT_SUPPORTED for a place that this library does not
+    ///          read, INVALID_DATA, NOT_FOUND, or what the link said; the failure of the first place when
+    ///          both fail
     [[nodiscard]] VxExpected<std::string> Load();
 
 private:

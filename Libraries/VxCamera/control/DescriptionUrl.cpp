@@ -22,12 +22,6 @@ bool StartsWith(std::string_view text, std::string_view lowerPrefix)
            std::ranges::equal(text.substr(0, lowerPrefix.size()), lowerPrefix, {}, Lower);
 }
 
-bool EndsWith(std::string_view text, std::string_view lowerSuffix)
-{
-    return text.size() >= lowerSuffix.size() &&
-           StartsWith(text.substr(text.size() - lowerSuffix.size()), lowerSuffix);
-}
-
 std::string_view Trimmed(std::string_view text)
 {
     constexpr std::string_view kBlanks = " \t\r\n";
@@ -73,11 +67,6 @@ VxExpected<DescriptionUrl> ParseInDevice(std::string_view rest, std::string_view
 }
 
 } // namespace
-
-bool DescriptionUrl::IsZip() const
-{
-    return EndsWith(name, ".zip");
-}
 
 VxExpected<DescriptionUrl> ParseDescriptionUrl(std::string_view text)
 {

@@ -21,9 +21,6 @@ struct DescriptionUrl {
     std::uint32_t address = 0;     ///< Device: of the first byte
     std::uint32_t lengthBytes = 0; ///< Device; 0: not told
 
-    /// Whether the file is a zip archive, by its name.
-    [[nodiscard]] bool IsZip() const;
-
     bool operator==(const DescriptionUrl&) const = default;
 };
 

@@ -7,6 +7,7 @@
 
 #include "VxCamera/control/ConnectionId.h"
 #include "VxCamera/control/DescriptionLoader.h"
+#include "VxCamera/surface/KnownDescriptions.h"
 #include "VxCamera/surface/ListedBoolean.h"
 #include "VxCamera/surface/ListedInteger.h"
 #include "VxCamera/surface/ListedString.h"
@@ -72,10 +73,14 @@ VxResult GevDevice::TakeControl(const control::FoundCamera& found)
 
 VxResult GevDevice::LoadFeatures()
 {
-    const auto xml = control::DescriptionLoader(m_session->Client()).Load();
-    if (!xml)
-        return xml.Error();
-    auto map = genapi::NodeMap::Load(*xml, *m_session, genapi::RegisterOrder::BigEndianBelowSchema11);
+    const auto file = control::DescriptionLoader(m_session->Client()).Load();
+    if (!file)
+        return file.Error();
+    auto description = KnownDescriptions().Get(*file);
+    if (!description)
+        return description.Error();
+    auto map = genapi::NodeMap::Create(*std::move(description), *m_session,
+                                       genapi::RegisterOrder::BigEndianBelowSchema11, &m_network->Clock());
     if (!map)
         return map.Error();
     m_features = NodeParameterArray::Create(*std::move(map));

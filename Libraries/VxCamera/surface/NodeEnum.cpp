@@ -4,7 +4,7 @@
 
 namespace surface {
 
-NodeEnum::NodeEnum(genapi::NodeMap& map, genapi::NodeId node, const VxString& category)
+NodeEnum::NodeEnum(genapi::NodeMap& map, genapi::NodeId node, std::string_view category)
     : NodeParameterOf(map, node, category)
 {
     for (const genapi::NodeId entry : map.Entries(node))

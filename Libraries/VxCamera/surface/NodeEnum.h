@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace surface {
@@ -15,7 +16,7 @@ namespace surface {
 /// Owner and thread: see NodeParameterOf.
 class NodeEnum final : public NodeParameterOf<VxGenEnum> {
 public:
-    NodeEnum(genapi::NodeMap& map, genapi::NodeId node, const VxString& category);
+    NodeEnum(genapi::NodeMap& map, genapi::NodeId node, std::string_view category);
 
     VxResult GetEntriesCount(std::int64_t& count) const override;
     VxResult GetEntryByIndex(std::int64_t index, const VxGenEnumEntry** entry) const override;

@@ -1,5 +1,9 @@
 #include "VxCamera/surface/NodeEnumEntry.h"
 
+#include <tuple>
+
+#include "VxCamera/surface/NoThrow.h"
+
 namespace surface {
 
 VxResult NodeEnumEntry::GetName(VxString& name) const
@@ -16,7 +20,12 @@ VxResult NodeEnumEntry::GetValue(std::int64_t& value) const
 
 bool NodeEnumEntry::IsAvailable() const
 {
-    return genapi::IsAvailable(m_map.Access(m_entry));
+    auto mode = genapi::AccessMode::NotAvailable;
+    std::ignore = NoThrow([&] {
+        mode = m_map.Access(m_entry);
+        return VxResult::Ok();
+    });
+    return genapi::IsAvailable(mode);
 }
 
 } // namespace surface

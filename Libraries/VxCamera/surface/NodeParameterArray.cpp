@@ -19,7 +19,7 @@ public:
 };
 
 std::unique_ptr<VxGenParameter> MakeParameter(genapi::NodeMap& map, genapi::NodeId node,
-                                              const VxString& category)
+                                              std::string_view category)
 {
     switch (map.Info(node).type) {
     case genapi::ValueType::Integer:

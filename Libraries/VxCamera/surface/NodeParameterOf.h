@@ -4,6 +4,7 @@
 #include "VxCamera/surface/NoThrow.h"
 #include "VxDSSource/camera/VxGenParameter.h"
 
+#include <string_view>
 #include <tuple>
 #include <utility>
 
@@ -17,13 +18,14 @@ template <typename Interface>
 class NodeParameterOf : public Interface {
 public:
     /// @param category  path of the first category that names the feature; "" for a node outside of all
-    NodeParameterOf(genapi::NodeMap& map, genapi::NodeId node, const VxString& category)
+    ///                  borrowed from the map
+    NodeParameterOf(genapi::NodeMap& map, genapi::NodeId node, std::string_view category)
         : m_map(map), m_node(node), m_category(category)
     {
     }
 
     [[nodiscard]] VxString GetName() const override { return VxString(m_map.Info(m_node).name); }
-    [[nodiscard]] VxString GetCategory() const override { return m_category; }
+    [[nodiscard]] VxString GetCategory() const override { return VxString(m_category); }
 
     VxResult GetType(VxGenType& type) const override
     {
@@ -105,7 +107,7 @@ private:
 
     genapi::NodeMap& m_map; // borrowed: the array owns both and ends this first
     const genapi::NodeId m_node;
-    const VxString m_category;
+    const std::string_view m_category; // borrowed from the map
 };
 
 } // namespace surface

@@ -3,6 +3,7 @@
 #include "VxCamera/genapi/map/NodeMap.h"
 
 #include "support/genapi/FakeRegisterPort.h"
+#include "support/network/FakeClock.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +26,7 @@ class NodeMapFixture : public ::testing::Test {
 protected:
     void Load(std::string_view nodes, genapi::RegisterOrder order = genapi::RegisterOrder::AsDescribed)
     {
-        auto loaded = genapi::NodeMap::Load(Describe(nodes), port, order);
+        auto loaded = genapi::NodeMap::Load(Describe(nodes), port, order, &clock);
         if (!loaded)
             throw std::runtime_error(loaded.Error().GetDescription().Narrow());
         map = *std::move(loaded);
@@ -56,6 +57,7 @@ protected:
     }
 
     FakeRegisterPort port;
+    FakeClock clock;
     std::unique_ptr<genapi::NodeMap> map;
 };
 

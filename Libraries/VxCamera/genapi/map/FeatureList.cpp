@@ -9,6 +9,7 @@ namespace {
 
 // Chosen: bounds the length of paths in a hostile description; real ones have up to five levels.
 constexpr std::size_t kMaxDepth = 64;
+constexpr std::size_t kMaxPathBytes = 1024;
 
 constexpr const char* kRootPath = "root";
 
@@ -58,7 +59,7 @@ private:
     {
         const NodeDescription& description = m_nodes[node];
         if (description.kind == NodeKind::Category) {
-            if (m_open.size() < kMaxDepth)
+            if (m_open.size() < kMaxDepth && path.size() + description.name.size() < kMaxPathBytes)
                 Enter(node, path + "\\" + std::string(description.name));
         } else if (HasValue(description.kind)) {
             m_isListed[node] = true;

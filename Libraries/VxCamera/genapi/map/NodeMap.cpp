@@ -56,6 +56,11 @@ VxResult IsNo(const Node& node, std::string_view kind)
     return node.Error(VxError::TypeMismatch, "it is no " + std::string(kind));
 }
 
+std::optional<NodeId> IdOf(const Node* node)
+{
+    return node != nullptr ? std::optional(node->Id()) : std::nullopt;
+}
+
 const EnumEntryNode& EntryAt(const NodeMapImpl& map, NodeId entry)
 {
     return static_cast<const EnumEntryNode&>(map.At(entry)); // Entries hands out no others
@@ -67,22 +72,23 @@ NodeMap::NodeMap(std::unique_ptr<NodeMapImpl> impl) : m_impl(std::move(impl)) {}
 
 NodeMap::~NodeMap() = default;
 
-VxExpected<std::unique_ptr<NodeMap>> NodeMap::Load(std::string_view xml, IRegisterPort& port,
-                                                   RegisterOrder order)
+VxExpected<std::unique_ptr<NodeMap>> NodeMap::Load(std::string_view file, IRegisterPort& port,
+                                                   RegisterOrder order, const IVxClock* clock)
 {
-    auto description = Description::Parse(xml);
+    auto description = Description::Parse(file);
     if (!description)
         return description.Error();
-    return Create(*std::move(description), port, order);
+    return Create(*std::move(description), port, order, clock);
 }
 
 VxExpected<std::unique_ptr<NodeMap>> NodeMap::Create(std::shared_ptr<const Description> description,
-                                                     IRegisterPort& port, RegisterOrder order)
+                                                     IRegisterPort& port, RegisterOrder order,
+                                                     const IVxClock* clock)
 {
     if (description == nullptr)
         return VxResult(VxError::InvalidParameter, "there is no camera description");
     return std::unique_ptr<NodeMap>(
-        new NodeMap(std::make_unique<NodeMapImpl>(std::move(description), port, order)));
+        new NodeMap(std::make_unique<NodeMapImpl>(std::move(description), port, order, clock)));
 }
 
 const std::vector<Feature>& NodeMap::Features() const
@@ -257,10 +263,25 @@ void NodeMap::InvalidateAll()
     m_impl->InvalidateAll();
 }
 
-void NodeMap::Poll(std::chrono::milliseconds elapsed)
+std::optional<NodeId> NodeMap::Alias(NodeId node) const
+{
+    return IdOf(m_impl->At(node).Alias());
+}
+
+std::optional<NodeId> NodeMap::CastAlias(NodeId node) const
+{
+    return IdOf(m_impl->At(node).CastAlias());
+}
+
+std::uint32_t NodeMap::PollingMs(NodeId node) const
+{
+    return m_impl->At(node).PollingMs();
+}
+
+void NodeMap::AttachEvent(std::uint64_t id, std::span<const std::byte> bytes)
 {
     const Guard guard(m_impl->m_mutex);
-    m_impl->Poll(elapsed.count());
+    m_impl->AttachEvent(id, bytes);
 }
 
 void NodeMap::AttachChunks(std::span<const Chunk> chunks)

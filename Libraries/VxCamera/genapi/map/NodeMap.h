@@ -1,11 +1,11 @@
 #pragma once
 
+#include "VxBase/VxClock.h"
 #include "VxBase/VxExpected.h"
 #include "VxBase/VxResult.h"
 #include "VxCamera/genapi/node/NodeTypes.h"
 #include "VxCamera/genapi/xml/Description.h"
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -45,21 +45,26 @@ struct Chunk {
 /// A node that is broken in the description (a reference to a node that is not there, a number that is none)
 /// is not implemented, and a notice says why; the rest of the map works.
 ///
-/// Owner:  whoever loaded it. Borrows the port.
+/// Values are kept as the description says (Cachable, PollingTime, invalidators): one whose polling time has
+/// passed is read from the camera again when it is asked for.
+///
+/// Owner:  whoever loaded it. Borrows the port and the clock.
 /// Thread: any. One recursive lock per map; it is held while the port works, so a slow camera makes other
 ///         users of the same map wait, and nothing else.
 class NodeMap {
 public:
     /// Reads a description and makes its node map. No register is read.
-    /// @param xml  the file's bytes: UTF-8, UTF-16 or Latin-1; trailing NULs are ignored
+    /// @param file  the file's bytes, see Description::Parse
+    /// @param clock  null: values with a polling time are never kept
     /// @return  INVALID_DATA with the place of the fault for a text that is no camera description
     [[nodiscard]] static VxExpected<std::unique_ptr<NodeMap>>
-    Load(std::string_view xml, IRegisterPort& port, RegisterOrder order = RegisterOrder::AsDescribed);
+    Load(std::string_view file, IRegisterPort& port, RegisterOrder order = RegisterOrder::AsDescribed,
+         const IVxClock* clock = nullptr);
 
     /// The same for a description that was read before.
     [[nodiscard]] static VxExpected<std::unique_ptr<NodeMap>>
     Create(std::shared_ptr<const Description> description, IRegisterPort& port,
-           RegisterOrder order = RegisterOrder::AsDescribed);
+           RegisterOrder order = RegisterOrder::AsDescribed, const IVxClock* clock = nullptr);
 
     ~NodeMap();
     NodeMap(const NodeMap&) = delete;
@@ -124,7 +129,7 @@ public:
 
     /// Value of any type as text and back: integers as their representation asks, floats in the shortest form
     /// that reads back the same, "true" and "false", entry names, hexadecimal bytes; "" for commands, which
-    /// any text executes.
+    /// any text executes; of a category its name.
     [[nodiscard]] VxExpected<std::string> ToText(NodeId node);
     [[nodiscard]] VxResult FromText(NodeId node, std::string_view text);
 
@@ -132,16 +137,24 @@ public:
     [[nodiscard]] std::span<const NodeId> Selected(NodeId selector) const;
     [[nodiscard]] std::span<const NodeId> Selectors(NodeId selected) const;
 
+    /// A node that describes the same in another way, such as the raw number of a float, and one that gives
+    /// the value as another type.
+    [[nodiscard]] std::optional<NodeId> Alias(NodeId node) const;
+    [[nodiscard]] std::optional<NodeId> CastAlias(NodeId node) const;
+
+    /// @return  how often the value is worth reading again, in milliseconds; 0: the description does not say
+    [[nodiscard]] std::uint32_t PollingMs(NodeId node) const;
+
     /// Forgets every value read so far, for instance after the link was lost.
     void InvalidateAll();
-
-    /// Forgets the values whose polling time has passed. Until the first call they are never kept at all.
-    /// @param elapsed  since the previous call
-    void Poll(std::chrono::milliseconds elapsed);
 
     /// Puts the chunks of an image behind the chunk ports, instead of those of the image before. Copies the
     /// bytes.
     void AttachChunks(std::span<const Chunk> chunks);
+
+    /// Puts the data of an event behind the ports for it, and forgets the values that change with it. Copies
+    /// the bytes.
+    void AttachEvent(std::uint64_t id, std::span<const std::byte> bytes);
 
 private:
     explicit NodeMap(std::unique_ptr<NodeMapImpl> impl);

@@ -12,10 +12,13 @@ namespace {
 
 constexpr std::size_t kMaxNotices = 2'000; // bounds the memory that a broken description can take
 
+// Chosen: real descriptions need some thousand steps to what lies below nodes; hostile ones end here.
+constexpr std::size_t kMaxGraphSteps = 2'000'000;
+
 WordOrder OrderFor(const Description& description, RegisterOrder order)
 {
-    const bool isOld =
-        description.SchemaMajor() < 1 || (description.SchemaMajor() == 1 && description.SchemaMinor() < 1);
+    const DescriptionHeader& header = description.Header();
+    const bool isOld = header.schemaMajor < 1 || (header.schemaMajor == 1 && header.schemaMinor < 1);
     return order == RegisterOrder::BigEndianBelowSchema11 && isOld ? WordOrder::FourBytesBigEndian
                                                                    : WordOrder::AsDescribed;
 }
@@ -33,8 +36,8 @@ std::size_t ToIndex(NodeId id)
 } // namespace
 
 NodeMapImpl::NodeMapImpl(std::shared_ptr<const Description> description, IRegisterPort& port,
-                         RegisterOrder order)
-    : m_description(std::move(description)), m_context(port, *this, OrderFor(*m_description, order))
+                         RegisterOrder order, const IVxClock* clock)
+    : m_description(std::move(description)), m_context(port, *this, OrderFor(*m_description, order), clock)
 {
     Build();
 }
@@ -64,16 +67,34 @@ void NodeMapImpl::BuildNodes()
         node.Configure(descriptions[i].properties, m_nodes);
         if (!node.Fault().empty() && m_notices.size() < kMaxNotices)
             m_notices.push_back({std::string(node.Info().name), "it is not implemented: " + node.Fault()});
-        m_registers[i] = dynamic_cast<RegisterNode*>(&node);
-        if (auto* const port = dynamic_cast<PortNode*>(&node); port != nullptr && !port->IsDevice())
-            m_chunkPorts.push_back(port);
-        if (const auto* const enumeration = dynamic_cast<const EnumerationNode*>(&node);
-            enumeration != nullptr)
-            for (const EnumEntryNode* const entry : enumeration->Entries())
-                m_entries[i].push_back(entry->Id());
+        Register(node);
     }
-    for (const auto& node : m_nodes)
-        node->InheritDisplay();
+    const auto device = m_description->Find("Device");
+    auto* const devicePort = device ? dynamic_cast<PortNode*>(m_nodes[*device].get()) : nullptr;
+    for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+        m_nodes[i]->InheritDisplay();
+        if (m_registers[i] != nullptr && devicePort != nullptr)
+            m_registers[i]->SetDefaultPort(*devicePort);
+    }
+}
+
+void NodeMapImpl::Register(Node& node)
+{
+    const std::size_t index = ToIndex(node.Id());
+    if (node.EventId())
+        m_eventNodes.push_back(&node);
+    switch (node.Info().type) {
+    case ValueType::Port:
+        if (auto& port = static_cast<PortNode&>(node); !port.IsDevice() && !port.EventId())
+            m_chunkPorts.push_back(&port);
+        return;
+    case ValueType::Enumeration:
+        for (const EnumEntryNode* const entry : static_cast<const EnumerationNode&>(node).Entries())
+            m_entries[index].push_back(entry->Id());
+        return;
+    default:
+        m_registers[index] = dynamic_cast<RegisterNode*>(&node);
+    }
 }
 
 void NodeMapImpl::BuildSelections()
@@ -94,12 +115,18 @@ void NodeMapImpl::BuildSelections()
 // The time stands at the feature or at the register; it is the register's value that ages.
 void NodeMapImpl::BuildPolling()
 {
+    std::size_t steps = kMaxGraphSteps;
     for (std::uint32_t i = 0; i < m_nodes.size(); ++i) {
-        if (m_nodes[i]->PollingMs() == 0 || m_registers[i] != nullptr)
+        const Node& node = *m_nodes[i];
+        if (node.PollingMs() == 0 || m_registers[i] != nullptr)
             continue;
-        for (const std::uint32_t below : Graph().Below(i))
+        const auto nodesBelow = Graph().Below(i);
+        if (nodesBelow.size() > steps)
+            return;
+        steps -= nodesBelow.size();
+        for (const std::uint32_t below : nodesBelow)
             if (m_registers[below] != nullptr)
-                m_registers[below]->PollAtLeastEvery(m_nodes[i]->PollingMs());
+                m_registers[below]->PollAtLeastEvery(node.PollingMs(), node.PollingBlock());
     }
 }
 
@@ -112,12 +139,18 @@ DependencyGraph& NodeMapImpl::Graph()
 
 void NodeMapImpl::Changed(Node& source)
 {
+    // Chosen: looking at a register costs a fraction of evaluating a node.
+    constexpr std::size_t kRegistersPerStep = 16;
     const std::size_t index = ToIndex(source.Id());
-    for (const std::uint32_t affected : Graph().AffectedBy(static_cast<std::uint32_t>(index)))
+    const auto affectedNodes = Graph().AffectedBy(static_cast<std::uint32_t>(index));
+    for (const std::uint32_t affected : affectedNodes)
         if (m_registers[affected] != nullptr)
             m_registers[affected]->DropCache();
-    if (m_registers[index] != nullptr)
+    m_context.Spend(affectedNodes.size());
+    if (m_registers[index] != nullptr) {
         DropOverlapping(*m_registers[index]);
+        m_context.Spend(m_registers.size() / kRegistersPerStep);
+    }
 }
 
 // Several nodes may look at the same bytes without the description saying so: bits of one word, for instance.
@@ -150,25 +183,39 @@ void NodeMapImpl::InvalidateAll()
             node->DropCache();
 }
 
-void NodeMapImpl::Poll(std::int64_t elapsedMs)
-{
-    m_context.SetPolled();
-    for (RegisterNode* const node : m_registers)
-        if (node != nullptr)
-            node->Poll(elapsedMs);
-}
-
 void NodeMapImpl::AttachChunks(std::span<const Chunk> chunks)
 {
     m_context.BeginOperation();
     for (PortNode* const port : m_chunkPorts) {
-        port->DetachChunk();
+        port->Detach();
         const auto id = port->ChunkId();
         const auto isWanted = [&](const Chunk& chunk) { return chunk.id == id; };
         const auto found = std::find_if(chunks.begin(), chunks.end(), isWanted);
         if (id && found != chunks.end())
-            port->AttachChunk(found->bytes);
+            port->Attach(found->bytes);
     }
+    for (RegisterNode* const node : m_registers)
+        if (node != nullptr && node->LastPlace().port != nullptr)
+            node->DropCache();
+}
+
+void NodeMapImpl::AttachEvent(std::uint64_t id, std::span<const std::byte> bytes)
+{
+    m_context.BeginOperation();
+    std::size_t steps = kMaxGraphSteps;
+    for (Node* const node : m_eventNodes) {
+        if (node->EventId() != id)
+            continue;
+        if (auto* const port = dynamic_cast<PortNode*>(node); port != nullptr) {
+            port->Attach(bytes);
+        } else if (steps > 0) {
+            const std::size_t count = Graph().Below(static_cast<std::uint32_t>(ToIndex(node->Id()))).size();
+            steps -= std::min(steps, count);
+            Forget(*node);
+        }
+    }
+    if (steps == 0)
+        InvalidateAll();
     for (RegisterNode* const node : m_registers)
         if (node != nullptr && node->LastPlace().port != nullptr)
             node->DropCache();

@@ -21,7 +21,8 @@ namespace genapi {
 /// Thread: under m_mutex, which NodeMap takes; what Build made is constant afterwards.
 class NodeMapImpl final : public IChangeListener {
 public:
-    NodeMapImpl(std::shared_ptr<const Description> description, IRegisterPort& port, RegisterOrder order);
+    NodeMapImpl(std::shared_ptr<const Description> description, IRegisterPort& port, RegisterOrder order,
+                const IVxClock* clock);
     ~NodeMapImpl();
 
     void Changed(Node& source) override;
@@ -38,8 +39,8 @@ public:
     [[nodiscard]] VxResult Named(const Node& node, const VxResult& result) const;
 
     void InvalidateAll();
-    void Poll(std::int64_t elapsedMs);
     void AttachChunks(std::span<const Chunk> chunks);
+    void AttachEvent(std::uint64_t id, std::span<const std::byte> bytes);
 
     mutable std::recursive_mutex m_mutex;
     const std::shared_ptr<const Description> m_description; // shared with other maps of the same camera model
@@ -53,6 +54,7 @@ public:
 private:
     void Build();
     void BuildNodes();
+    void Register(Node& node);
     void BuildSelections();
     void BuildPolling();
     void DropOverlapping(const RegisterNode& source);
@@ -60,7 +62,8 @@ private:
 
     NodeTable m_nodes;
     std::vector<RegisterNode*> m_registers; // by node; borrowed from m_nodes; null for other kinds
-    std::vector<PortNode*> m_chunkPorts;    // borrowed from m_nodes
+    std::vector<PortNode*> m_chunkPorts;    // borrowed from m_nodes, like the next ones
+    std::vector<Node*> m_eventNodes;        // nodes that change with an event, ports for events among them
     std::optional<DependencyGraph> m_graph; // made when it is needed first
 };
 

@@ -55,6 +55,8 @@ VxExpected<std::string> NodeMap::ToText(NodeId id)
         return convert(GetBytes(id), [](const std::vector<std::byte>& bytes) { return BytesToText(bytes); });
     case ValueType::Command:
         return std::string();
+    case ValueType::Category:
+        return std::string(info.name);
     default:
         return m_impl->At(id).Error(VxError::TypeMismatch, "it has no value");
     }

@@ -42,7 +42,7 @@ VxResult CommandNode::Execute()
         return command.Error();
     const VxResult result = m_source.Set(*this, Context(), *command);
     Context().Listener().Forget(*this); // the camera takes the number back when it is done
-    return result;
+    return Verified(result);
 }
 
 VxExpected<bool> CommandNode::IsDone()

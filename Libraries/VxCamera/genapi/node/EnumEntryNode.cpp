@@ -11,6 +11,9 @@ void EnumEntryNode::Apply(const NodeProperty& property)
         m_value = IntegerOf(property).value_or(0);
         m_hasValue = true;
         return;
+    case Element::NumericValue:
+        m_number = FloatOf(property);
+        return;
     case Element::Symbolic:
         m_symbol = property.text;
         return;

@@ -9,6 +9,9 @@ namespace {
 // Chosen: what fits into a message box.
 constexpr std::size_t kMaxNamesShown = 40;
 
+// Chosen: looking at an entry costs a fraction of evaluating a node.
+constexpr std::size_t kEntriesPerStep = 16;
+
 } // namespace
 
 void EnumerationNode::Apply(const NodeProperty& property)
@@ -27,6 +30,14 @@ void EnumerationNode::Finish()
         SetFault("it has neither a value nor a node that gives one");
 }
 
+AccessMode EnumerationNode::OwnAccess()
+{
+    const auto isUsable = [](EnumEntryNode* entry) { return IsAvailable(entry->Access()); };
+    if (!m_entries.empty() && std::ranges::none_of(m_entries, isUsable))
+        return AccessMode::NotAvailable;
+    return m_source.Access(*this);
+}
+
 EnumEntryNode* EnumerationNode::FindEntry(std::string_view symbol) const
 {
     for (EnumEntryNode* const entry : m_entries)
@@ -35,14 +46,26 @@ EnumEntryNode* EnumerationNode::FindEntry(std::string_view symbol) const
     return nullptr;
 }
 
+EnumEntryNode* EnumerationNode::EntryOf(std::int64_t value) const
+{
+    Context().Spend(m_entries.size() / kEntriesPerStep);
+    const auto found = std::ranges::find(m_entries, value, &EnumEntryNode::Value);
+    return found == m_entries.end() ? nullptr : *found;
+}
+
+std::string_view EnumerationNode::NameOfNumber(std::int64_t value) const
+{
+    const EnumEntryNode* const entry = EntryOf(value);
+    return entry != nullptr ? entry->Symbol() : std::string_view();
+}
+
 VxExpected<EnumEntryNode*> EnumerationNode::Current()
 {
     const auto value = GetInteger();
     if (!value)
         return value.Error();
-    for (EnumEntryNode* const entry : m_entries)
-        if (entry->Value() == *value)
-            return entry;
+    if (EnumEntryNode* const entry = EntryOf(*value); entry != nullptr)
+        return entry;
     return Error(VxError::InvalidData,
                  "the camera's number " + std::to_string(*value) + " belongs to no entry");
 }
@@ -53,7 +76,7 @@ VxResult EnumerationNode::Select(std::string_view symbol)
     if (entry == nullptr)
         return Error(VxError::InvalidData,
                      "there is no entry \"" + std::string(symbol) + "\"; there are " + KnownNames());
-    return Write(*entry);
+    return Verified(Write(*entry));
 }
 
 VxResult EnumerationNode::DoSetInteger(std::int64_t value)
@@ -61,6 +84,7 @@ VxResult EnumerationNode::DoSetInteger(std::int64_t value)
     // Several entries may share a number, for instance an old and a new name: one of them has to be
     // available.
     EnumEntryNode* found = nullptr;
+    Context().Spend(m_entries.size() / kEntriesPerStep);
     for (EnumEntryNode* const entry : m_entries)
         if (entry->Value() == value && (found == nullptr || !IsAvailable(found->Access())))
             found = entry;
@@ -68,6 +92,22 @@ VxResult EnumerationNode::DoSetInteger(std::int64_t value)
         return Error(VxError::OutOfRange,
                      "no entry has the number " + std::to_string(value) + "; there are " + KnownNames());
     return Write(*found);
+}
+
+VxExpected<double> EnumerationNode::DoGetFloat()
+{
+    const auto value = GetInteger();
+    if (!value)
+        return value.Error();
+    const EnumEntryNode* const entry = EntryOf(*value);
+    return entry != nullptr ? entry->Number() : static_cast<double>(*value);
+}
+
+VxResult EnumerationNode::DoSetFloat(double value)
+{
+    Context().Spend(m_entries.size() / kEntriesPerStep);
+    const auto found = std::ranges::find(m_entries, value, &EnumEntryNode::Number);
+    return found != m_entries.end() ? Write(**found) : SetRounded(value);
 }
 
 VxResult EnumerationNode::Write(EnumEntryNode& entry)
@@ -98,11 +138,11 @@ VxExpected<IntegerLimits> EnumerationNode::DoGetIntegerLimits()
 {
     if (m_entries.empty())
         return IntegerLimits{};
-    const auto isSmaller = [](const EnumEntryNode* a, const EnumEntryNode* b) {
-        return a->Value() < b->Value();
-    };
-    const auto [first, last] = std::minmax_element(m_entries.begin(), m_entries.end(), isSmaller);
-    return IntegerLimits{.minimum = (*first)->Value(), .maximum = (*last)->Value(), .increment = 1};
+    if (!m_limits) {
+        const auto [first, last] = std::ranges::minmax_element(m_entries, {}, &EnumEntryNode::Value);
+        m_limits = {.minimum = (*first)->Value(), .maximum = (*last)->Value(), .increment = 1};
+    }
+    return *m_limits;
 }
 
 } // namespace genapi

@@ -5,6 +5,7 @@
 #include "VxCamera/genapi/node/ValueSource.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -34,20 +35,28 @@ public:
     /// now
     [[nodiscard]] VxResult Select(std::string_view symbol);
 
+    [[nodiscard]] std::string_view NameOfNumber(std::int64_t value) const override;
+
 protected:
     void Apply(const NodeProperty& property) override;
     void Finish() override;
-    [[nodiscard]] AccessMode OwnAccess() override { return m_source.Access(*this); }
+    /// Nothing is available where no entry is.
+    [[nodiscard]] AccessMode OwnAccess() override;
     [[nodiscard]] VxExpected<std::int64_t> DoGetInteger() override { return m_source.Get(*this); }
     [[nodiscard]] VxResult DoSetInteger(std::int64_t value) override;
+    /// What the entry in force stands for; the number where it has no entry.
+    [[nodiscard]] VxExpected<double> DoGetFloat() override;
+    [[nodiscard]] VxResult DoSetFloat(double value) override;
     [[nodiscard]] VxExpected<IntegerLimits> DoGetIntegerLimits() override;
 
 private:
+    [[nodiscard]] EnumEntryNode* EntryOf(std::int64_t value) const;
     [[nodiscard]] VxResult Write(EnumEntryNode& entry);
     [[nodiscard]] std::string KnownNames() const;
 
     ValueSource<std::int64_t> m_source;
     std::vector<EnumEntryNode*> m_entries; // borrowed from the map
+    std::optional<IntegerLimits> m_limits; // from the entries' numbers; made when they are asked for first
 };
 
 } // namespace genapi

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "VxCamera/genapi/node/EnumerationNode.h"
+#include "VxCamera/genapi/node/RegisterNode.h"
 #include "VxCamera/genapi/xml/NumberText.h"
 
 namespace genapi {
@@ -20,7 +21,8 @@ struct FormulaSet::Binding {
     Kind kind = Kind::Input;
     Node* node = nullptr; // borrowed from the map
     Aspect aspect = Aspect::Value;
-    std::string entry{}; // of Aspect::Entry: name of the enumeration's entry
+    std::string entryName{};              // of Aspect::Entry
+    const EnumEntryNode* entry = nullptr; // likewise; null: the enumeration does not have it
     std::int64_t integer = 0;
     double number = 0;
     FormulaSet::SubFormula* subFormula = nullptr; // borrowed from the set
@@ -106,12 +108,47 @@ private:
     template <typename T>
     static VxExpected<T> NodeValue(const Binding& binding)
     {
-        if (binding.aspect == Aspect::Value)
-            return GetNumber<T>(*binding.node);
-        if (binding.aspect == Aspect::Entry)
+        switch (binding.aspect) {
+        case Aspect::Value:
+            return VariableValue<T>(*binding.node);
+        case Aspect::Entry:
             return EntryValue<T>(binding);
-        if (binding.aspect == Aspect::Access)
+        case Aspect::Access:
             return static_cast<T>(binding.node->Access());
+        case Aspect::Visibility:
+            return static_cast<T>(binding.node->Info().visibility);
+        case Aspect::Caching:
+            return static_cast<T>(CachingOf(*binding.node));
+        default:
+            return LimitValue<T>(binding);
+        }
+    }
+
+    /// An enumeration counts with its number, whatever the entry stands for as a float.
+    template <typename T>
+    static VxExpected<T> VariableValue(Node& node)
+    {
+        if (node.Info().type != ValueType::Enumeration)
+            return GetNumber<T>(node);
+        const auto number = node.GetInteger();
+        return number ? VxExpected<T>(static_cast<T>(*number)) : VxExpected<T>(number.Error());
+    }
+
+    /// The way of caching of the register behind a node.
+    static CachingMode CachingOf(const Node& node)
+    {
+        // Chosen: longer chains of nodes that only hand a value on have not been seen.
+        constexpr int kMaxSteps = 10;
+        const Node* source = &node;
+        for (int step = 0; step < kMaxSteps && source != nullptr; ++step, source = source->FixedTarget())
+            if (const auto* const memory = dynamic_cast<const RegisterNode*>(source); memory != nullptr)
+                return memory->Caching();
+        return CachingMode::WriteThrough;
+    }
+
+    template <typename T>
+    static VxExpected<T> LimitValue(const Binding& binding)
+    {
         if constexpr (std::is_same_v<T, double>) {
             const auto limits = binding.node->GetFloatLimits();
             return limits ? Limit<T>(*limits, binding.aspect) : VxExpected<T>(limits.Error());
@@ -132,13 +169,10 @@ private:
     template <typename T>
     static VxExpected<T> EntryValue(const Binding& binding)
     {
-        const auto* const enumeration = dynamic_cast<const EnumerationNode*>(binding.node);
-        const EnumEntryNode* const entry =
-            enumeration != nullptr ? enumeration->FindEntry(binding.entry) : nullptr;
-        if (entry == nullptr)
-            return binding.node->Error(VxError::InvalidData, "there is no entry \"" + binding.entry +
+        if (binding.entry == nullptr)
+            return binding.node->Error(VxError::InvalidData, "there is no entry \"" + binding.entryName +
                                                                  "\", which a formula asks for");
-        return static_cast<T>(entry->Value());
+        return static_cast<T>(binding.entry->Value());
     }
 
     FormulaSet& m_set;          // borrowed: outlives the evaluation
@@ -166,15 +200,15 @@ bool FormulaSet::Apply(const NodeProperty& property)
         m_texts[static_cast<std::size_t>(Slot::From)] = property.text;
         return true;
     case Element::PVariable:
-        m_variables.push_back({.name = property.argument, .node = property.target});
+        m_variables.emplace(property.argument, property.target);
         return true;
     case Element::Constant:
         AddConstant(property);
         return true;
     case Element::Expression:
-        m_subFormulas.push_back(std::make_unique<SubFormula>());
-        m_subFormulas.back()->name = property.argument;
-        m_subFormulas.back()->text = property.text;
+        m_subFormulas.emplace(property.argument,
+                              std::make_unique<SubFormula>(SubFormula{
+                                  .name = property.argument, .text = property.text, .compiled = {}}));
         return true;
     default:
         return false;
@@ -188,15 +222,14 @@ void FormulaSet::AddConstant(const NodeProperty& property)
     if (!number)
         return;
     const auto integer = ParseInteger(property.text);
-    m_constants.push_back({.name = property.argument,
-                           .integer = integer.value_or(TruncateToInteger(*number)),
-                           .number = *number});
+    m_constants.emplace(property.argument,
+                        Constant{.integer = integer.value_or(TruncateToInteger(*number)), .number = *number});
 }
 
 AccessMode FormulaSet::Access()
 {
-    for (const Variable& variable : m_variables)
-        if (!IsReadable(variable.node->Access()))
+    for (const auto& [name, node] : m_variables)
+        if (!IsReadable(node->Access()))
             return AccessMode::NotAvailable;
     return AccessMode::ReadOnly;
 }
@@ -262,17 +295,22 @@ auto FormulaSet::Bind(std::string_view name) -> std::optional<Binding>
     if (std::find(std::begin(kInputNames), std::end(kInputNames), name) != std::end(kInputNames) &&
         !Has(Slot::Value))
         return Binding{};
-    for (const Constant& constant : m_constants)
-        if (constant.name == name)
-            return Binding{
-                .kind = Binding::Kind::Number, .integer = constant.integer, .number = constant.number};
-    for (const auto& sub : m_subFormulas)
-        if (sub->name == name)
-            return Binding{.kind = Binding::Kind::SubFormula, .subFormula = sub.get()};
+    if (const auto constant = m_constants.find(name); constant != m_constants.end())
+        return Binding{.kind = Binding::Kind::Number,
+                       .integer = constant->second.integer,
+                       .number = constant->second.number};
+    if (const auto sub = m_subFormulas.find(name); sub != m_subFormulas.end())
+        return Binding{.kind = Binding::Kind::SubFormula, .subFormula = sub->second.get()};
     if (const auto number = BuiltInConstant(name))
         return Binding{
             .kind = Binding::Kind::Number, .integer = TruncateToInteger(*number), .number = *number};
     return std::nullopt;
+}
+
+Node* FormulaSet::FindVariable(std::string_view name) const
+{
+    const auto found = m_variables.find(name);
+    return found == m_variables.end() ? nullptr : found->second;
 }
 
 // "Width" stands for the value, "Width.Max" for the maximum. The suffix may be part of the variable's name,
@@ -283,18 +321,15 @@ auto FormulaSet::BindVariable(std::string_view name) const -> std::optional<Bind
         std::string_view text;
         Aspect aspect;
     };
-    constexpr std::array kSuffixes{Suffix{".Value", Aspect::Value}, Suffix{".Min", Aspect::Minimum},
-                                   Suffix{".Max", Aspect::Maximum}, Suffix{".Inc", Aspect::Increment},
-                                   Suffix{".AccessMode", Aspect::Access}};
+    constexpr std::array kSuffixes{
+        Suffix{".Value", Aspect::Value},        Suffix{".Min", Aspect::Minimum},
+        Suffix{".Max", Aspect::Maximum},        Suffix{".Inc", Aspect::Increment},
+        Suffix{".AccessMode", Aspect::Access},  Suffix{".Visibility", Aspect::Visibility},
+        Suffix{".CachingMode", Aspect::Caching}};
     constexpr std::array<std::string_view, 2> kEntryMarks{".Entry.", ".Enum."};
-    const auto find = [&](std::string_view wanted) {
-        const auto isWanted = [&](const Variable& variable) { return variable.name == wanted; };
-        const auto found = std::find_if(m_variables.begin(), m_variables.end(), isWanted);
-        return found == m_variables.end() ? nullptr : found->node;
-    };
-    Binding binding{.kind = Binding::Kind::Node, .node = find(name)};
+    const Binding binding{.kind = Binding::Kind::Node, .node = FindVariable(name)};
     const auto findFor = [&](std::string_view base) {
-        return binding.node != nullptr ? binding.node : find(base);
+        return binding.node != nullptr ? binding.node : FindVariable(base);
     };
     for (const Suffix& suffix : kSuffixes) {
         Node* const node =
@@ -305,11 +340,15 @@ auto FormulaSet::BindVariable(std::string_view name) const -> std::optional<Bind
     for (const std::string_view mark : kEntryMarks) {
         const std::size_t start = name.find(mark);
         Node* const node = start != std::string_view::npos ? findFor(name.substr(0, start)) : nullptr;
-        if (node != nullptr)
-            return Binding{.kind = Binding::Kind::Node,
-                           .node = node,
-                           .aspect = Aspect::Entry,
-                           .entry = std::string(name.substr(start + mark.size()))};
+        if (node == nullptr)
+            continue;
+        const std::string_view entry = name.substr(start + mark.size());
+        const auto* const enumeration = dynamic_cast<const EnumerationNode*>(node);
+        return Binding{.kind = Binding::Kind::Node,
+                       .node = node,
+                       .aspect = Aspect::Entry,
+                       .entryName = std::string(entry),
+                       .entry = enumeration != nullptr ? enumeration->FindEntry(entry) : nullptr};
     }
     return binding.node != nullptr ? std::optional(binding) : std::nullopt;
 }

@@ -5,10 +5,10 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 namespace genapi {
 
@@ -47,14 +47,18 @@ public:
     [[nodiscard]] AccessMode Access();
 
 private:
-    enum class Aspect : std::uint8_t { Value, Minimum, Maximum, Increment, Access, Entry };
-
-    struct Variable {
-        std::string_view name; // as formulas write it: with the aspect's suffix
-        Node* node = nullptr;  // borrowed from the map
+    enum class Aspect : std::uint8_t {
+        Value,
+        Minimum,
+        Maximum,
+        Increment,
+        Access,
+        Visibility,
+        Caching,
+        Entry,
     };
+
     struct Constant {
-        std::string_view name;
         std::int64_t integer = 0;
         double number = 0;
     };
@@ -69,6 +73,7 @@ private:
     [[nodiscard]] VxExpected<const Compiled*> CompiledSlot(Slot slot);
     [[nodiscard]] std::optional<Binding> Bind(std::string_view name);
     [[nodiscard]] std::optional<Binding> BindVariable(std::string_view name) const;
+    [[nodiscard]] Node* FindVariable(std::string_view name) const;
     [[nodiscard]] VxResult Named(const VxResult& result) const;
 
     Node& m_owner;          // borrowed: owns this
@@ -76,9 +81,11 @@ private:
     const Arithmetic m_arithmetic;
     std::array<std::string_view, 3> m_texts; // by slot
     std::array<std::unique_ptr<Compiled>, 3> m_compiled;
-    std::vector<Variable> m_variables;
-    std::vector<Constant> m_constants;
-    std::vector<std::unique_ptr<SubFormula>> m_subFormulas;
+    // By the names that formulas write; of two of one name the first counts. A hostile description has so
+    // many that they must be found fast.
+    std::map<std::string_view, Node*> m_variables; // with the aspect's suffix; borrowed from the map
+    std::map<std::string_view, Constant> m_constants;
+    std::map<std::string_view, std::unique_ptr<SubFormula>> m_subFormulas;
 };
 
 } // namespace genapi

@@ -22,13 +22,35 @@ constexpr double kFloatTolerance = 1e-9;
 /// References without which a node still has its value.
 bool IsOptional(Element element)
 {
-    return element == Element::PAlias || element == Element::PInvalidator || element == Element::PFeature ||
-           element == Element::PSelected || element == Element::PValueCopy || element == Element::EnumEntry;
+    switch (element) {
+    case Element::PAlias:
+    case Element::PCastAlias:
+    case Element::PBlockPolling:
+    case Element::PError:
+    case Element::PInvalidator:
+    case Element::PFeature:
+    case Element::PSelected:
+    case Element::PValueCopy:
+    case Element::EnumEntry:
+        return true;
+    default:
+        return false;
+    }
 }
 
 bool IsAnInteger(double value)
 {
     return value >= -kIntegerLimit && value < kIntegerLimit; // false for NaN
+}
+
+/// A condition that cannot be read does not hold.
+bool IsTrue(Node& condition)
+{
+    if (!IsReadable(condition.Access()))
+        return false;
+    if (condition.Info().type == ValueType::Float)
+        return condition.GetFloat().ValueOr(0) != 0;
+    return condition.GetInteger().ValueOr(0) != 0;
 }
 
 std::string Quoted(std::string_view text)
@@ -78,23 +100,11 @@ void Node::Apply(const NodeProperty&) {}
 bool Node::ApplyCommon(const NodeProperty& property)
 {
     switch (property.element) {
-    case Element::PIsImplemented:
-        m_isImplemented = property.target;
-        return true;
-    case Element::PIsAvailable:
-        m_isAvailable = property.target;
-        return true;
-    case Element::PIsLocked:
-        m_isLocked = property.target;
-        return true;
     case Element::ImposedAccessMode:
         m_imposedAccess = ParseAccessMode(property.text).value_or(m_imposedAccess);
         return true;
     case Element::Visibility:
         m_info.visibility = ParseVisibility(property.text).value_or(m_info.visibility);
-        return true;
-    case Element::Representation:
-        m_info.representation = ParseRepresentation(property.text).value_or(m_info.representation);
         return true;
     case Element::Streamable:
         m_info.isStreamable = ParseYesNo(property.text).value_or(false);
@@ -105,12 +115,44 @@ bool Node::ApplyCommon(const NodeProperty& property)
     case Element::PollingTime:
         ApplyPolling(property);
         return true;
+    case Element::EventId:
+        ApplyEventId(property);
+        return true;
     default:
-        return ApplyText(property);
+        return IsReference(property.element) ? ApplyCommonReference(property) : ApplyDisplay(property);
     }
 }
 
-bool Node::ApplyText(const NodeProperty& property)
+bool Node::ApplyCommonReference(const NodeProperty& property)
+{
+    switch (property.element) {
+    case Element::PIsImplemented:
+        m_isImplemented = property.target;
+        return true;
+    case Element::PIsAvailable:
+        m_isAvailable = property.target;
+        return true;
+    case Element::PIsLocked:
+        m_isLocked = property.target;
+        return true;
+    case Element::PBlockPolling:
+        m_pollingBlock = property.target;
+        return true;
+    case Element::PError:
+        m_errors.push_back(property.target);
+        return true;
+    case Element::PAlias:
+        m_alias = property.target;
+        return true;
+    case Element::PCastAlias:
+        m_castAlias = property.target;
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool Node::ApplyDisplay(const NodeProperty& property)
 {
     switch (property.element) {
     case Element::ToolTip:
@@ -122,8 +164,20 @@ bool Node::ApplyText(const NodeProperty& property)
     case Element::DisplayName:
         m_info.displayName = property.text;
         return true;
+    case Element::DocuUrl:
+        m_info.docuUrl = property.text;
+        return true;
     case Element::Unit:
         m_info.unit = property.text;
+        return true;
+    case Element::Representation:
+        m_info.representation = ParseRepresentation(property.text).value_or(m_info.representation);
+        return true;
+    case Element::DisplayNotation:
+        m_info.displayNotation = ParseDisplayNotation(property.text);
+        return true;
+    case Element::DisplayPrecision:
+        m_info.displayPrecision = ParseInteger(property.text);
         return true;
     default:
         return false;
@@ -137,6 +191,13 @@ void Node::ApplyPolling(const NodeProperty& property)
         m_pollingMs = static_cast<std::uint32_t>(std::min<std::int64_t>(*milliseconds, UINT32_MAX));
 }
 
+void Node::ApplyEventId(const NodeProperty& property)
+{
+    m_eventId = ParseHexadecimal(property.text);
+    if (!m_eventId)
+        SetFault("its EventID " + Quoted(property.text) + " is no hexadecimal number");
+}
+
 AccessMode Node::Access()
 {
     const EvaluationScope scope(m_context);
@@ -147,15 +208,14 @@ AccessMode Node::Access()
     if (m_isFindingAccess) // the conditions of two nodes lead to each other: here they end
         return m_imposedAccess;
     m_isFindingAccess = true;
-    const auto isTrue = [](Node& condition) { return condition.GetInteger().ValueOr(0) != 0; };
     AccessMode mode = AccessMode::NotImplemented;
-    if (m_isImplemented == nullptr || isTrue(*m_isImplemented)) {
+    if (m_isImplemented == nullptr || IsTrue(*m_isImplemented)) {
         mode = AccessMode::NotAvailable;
-        if (m_isAvailable == nullptr || isTrue(*m_isAvailable))
+        if (m_isAvailable == nullptr || IsTrue(*m_isAvailable))
             mode = Combine(OwnAccess(), m_imposedAccess);
     }
     // A lock that cannot be read does not lock: the camera still refuses by itself.
-    if (IsWritable(mode) && m_isLocked != nullptr && isTrue(*m_isLocked)) {
+    if (IsWritable(mode) && m_isLocked != nullptr && IsTrue(*m_isLocked)) {
         mode = IsReadable(mode) ? AccessMode::ReadOnly : AccessMode::NotAvailable;
         m_context.SetLock(m_isLocked->Info().name);
     }
@@ -181,7 +241,7 @@ VxResult Node::SetInteger(std::int64_t value)
     if (m_info.type == ValueType::Integer)
         if (VxResult result = CheckInteger(value); !result.IsOK())
             return result;
-    return DoSetInteger(value);
+    return Verified(DoSetInteger(value));
 }
 
 VxExpected<IntegerLimits> Node::GetIntegerLimits()
@@ -205,16 +265,38 @@ VxResult Node::SetFloat(double value)
     const EvaluationScope scope(m_context);
     if (!scope.IsAllowed() || !m_fault.empty())
         return Blocked();
-    if (HoldsInteger()) {
-        if (!IsAnInteger(std::round(value)))
-            return Error(VxError::OutOfRange,
-                         FloatToText(value, FloatDigits::Double) + " is no 64-bit integer");
-        return SetInteger(RoundToInteger(value));
-    }
+    if (m_info.type == ValueType::Enumeration)
+        return Verified(DoSetFloat(value));
+    if (HoldsInteger())
+        return SetRounded(value);
     if (m_info.type != ValueType::Float)
-        return WrongType("number");
+        return AskCastAlias([&](Node& other) { return other.SetFloat(value); }, "number");
     const auto checked = CheckFloat(value);
-    return checked ? DoSetFloat(*checked) : checked.Error();
+    return checked ? Verified(DoSetFloat(*checked)) : checked.Error();
+}
+
+VxResult Node::SetRounded(double value)
+{
+    if (!IsAnInteger(std::round(value)))
+        return Error(VxError::OutOfRange, FloatToText(value, FloatDigits::Double) + " is no 64-bit integer");
+    return SetInteger(RoundToInteger(value));
+}
+
+VxResult Node::Verified(VxResult result)
+{
+    for (Node* const error : m_errors) {
+        if (!result.IsOK())
+            break;
+        m_context.Listener().Forget(*error);
+        const std::int64_t number = error->GetInteger().ValueOr(0); // 0: what cameras call no error
+        if (number == 0)
+            continue;
+        const std::string_view name = error->NameOfNumber(number);
+        result = Error(VxError::CameraError,
+                       "the camera has taken it, and tells of an error: " + Quoted(error->Info().name) +
+                           " is " + (name.empty() ? std::to_string(number) : std::string(name)));
+    }
+    return result;
 }
 
 VxExpected<FloatLimits> Node::GetFloatLimits()
@@ -238,7 +320,7 @@ VxResult Node::SetString(std::string_view value)
     const EvaluationScope scope(m_context);
     if (!scope.IsAllowed() || !m_fault.empty())
         return Blocked();
-    return DoSetString(value);
+    return Verified(DoSetString(value));
 }
 
 VxExpected<std::vector<std::byte>> Node::GetBytes()
@@ -254,7 +336,7 @@ VxResult Node::SetBytes(std::span<const std::byte> bytes)
     const EvaluationScope scope(m_context);
     if (!scope.IsAllowed() || !m_fault.empty())
         return Blocked();
-    return DoSetBytes(bytes);
+    return Verified(DoSetBytes(bytes));
 }
 
 VxResult Node::Error(VxError code, std::string_view text) const
@@ -274,7 +356,7 @@ bool Node::HoldsInteger() const
 VxExpected<std::int64_t> Node::DoGetInteger()
 {
     if (m_info.type != ValueType::Float)
-        return WrongType("number");
+        return AskCastAlias([](Node& other) { return other.GetInteger(); }, "number");
     const auto value = DoGetFloat();
     if (!value)
         return value.Error();
@@ -283,15 +365,15 @@ VxExpected<std::int64_t> Node::DoGetInteger()
     return RoundToInteger(*value);
 }
 
-VxResult Node::DoSetInteger(std::int64_t)
+VxResult Node::DoSetInteger(std::int64_t value)
 {
-    return WrongType("number that can be written");
+    return AskCastAlias([&](Node& other) { return other.SetInteger(value); }, "number that can be written");
 }
 
 VxExpected<IntegerLimits> Node::DoGetIntegerLimits()
 {
     if (m_info.type != ValueType::Float)
-        return WrongType("number with limits");
+        return AskCastAlias([](Node& other) { return other.GetIntegerLimits(); }, "number with limits");
     const auto limits = DoGetFloatLimits();
     if (!limits)
         return limits.Error();
@@ -303,7 +385,7 @@ VxExpected<IntegerLimits> Node::DoGetIntegerLimits()
 VxExpected<double> Node::DoGetFloat()
 {
     if (!HoldsInteger())
-        return WrongType("number");
+        return AskCastAlias([](Node& other) { return other.GetFloat(); }, "number");
     const auto value = DoGetInteger();
     if (!value)
         return value.Error();
@@ -318,7 +400,7 @@ VxResult Node::DoSetFloat(double)
 VxExpected<FloatLimits> Node::DoGetFloatLimits()
 {
     if (!HoldsInteger())
-        return WrongType("number with limits");
+        return AskCastAlias([](Node& other) { return other.GetFloatLimits(); }, "number with limits");
     const auto limits = DoGetIntegerLimits();
     if (!limits)
         return limits.Error();
@@ -337,27 +419,31 @@ void Node::InheritDisplay()
             m_info.representation = source->m_info.representation;
         if (m_info.unit.empty())
             m_info.unit = source->m_info.unit;
+        if (!m_info.displayNotation)
+            m_info.displayNotation = source->m_info.displayNotation;
+        if (!m_info.displayPrecision)
+            m_info.displayPrecision = source->m_info.displayPrecision;
     }
 }
 
 VxExpected<std::string> Node::DoGetString()
 {
-    return WrongType("text");
+    return AskCastAlias([](Node& other) { return other.GetString(); }, "text");
 }
 
-VxResult Node::DoSetString(std::string_view)
+VxResult Node::DoSetString(std::string_view value)
 {
-    return WrongType("text");
+    return AskCastAlias([&](Node& other) { return other.SetString(value); }, "text");
 }
 
 VxExpected<std::vector<std::byte>> Node::DoGetBytes()
 {
-    return WrongType("register");
+    return AskCastAlias([](Node& other) { return other.GetBytes(); }, "register");
 }
 
-VxResult Node::DoSetBytes(std::span<const std::byte>)
+VxResult Node::DoSetBytes(std::span<const std::byte> bytes)
 {
-    return WrongType("register");
+    return AskCastAlias([&](Node& other) { return other.SetBytes(bytes); }, "register");
 }
 
 void Node::SetFault(std::string text)

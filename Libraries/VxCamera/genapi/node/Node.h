@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace genapi {
@@ -57,6 +58,16 @@ public:
     [[nodiscard]] NodeId Id() const { return m_id; }
     [[nodiscard]] std::uint32_t PollingMs() const { return m_pollingMs; }
 
+    /// @return  the node that keeps the value from being read again while it is not 0; null: none. Borrowed.
+    [[nodiscard]] Node* PollingBlock() const { return m_pollingBlock; }
+
+    /// @return  nodes that describe the same in another way; null: none. Borrowed.
+    [[nodiscard]] Node* Alias() const { return m_alias; }
+    [[nodiscard]] Node* CastAlias() const { return m_castAlias; }
+
+    /// @return  the event of the camera that changes the value
+    [[nodiscard]] std::optional<std::uint64_t> EventId() const { return m_eventId; }
+
     /// What is wrong with the node's description; empty if nothing is.
     [[nodiscard]] const std::string& Fault() const { return m_fault; }
 
@@ -76,11 +87,21 @@ public:
     /// @return  the node that gives the value, when there is only one that it can be; borrowed from the map
     [[nodiscard]] virtual Node* FixedTarget() const { return nullptr; }
 
+    /// @return  name of a number; "" where numbers have none
+    [[nodiscard]] virtual std::string_view NameOfNumber(std::int64_t) const { return {}; }
+
     /// Whether the float value is kept in 4 bytes, so that fewer digits say all.
     [[nodiscard]] virtual bool IsSinglePrecision() const { return false; }
 
     /// A result that begins with the node's name.
     [[nodiscard]] VxResult Error(VxError code, std::string_view text) const;
+
+    /// @return  whether the node can be used whatever the camera's state, as far as the node itself says
+    [[nodiscard]] bool HasNoConditions() const
+    {
+        return m_isImplemented == nullptr && m_isAvailable == nullptr && m_isLocked == nullptr &&
+               m_imposedAccess == AccessMode::ReadWrite && m_fault.empty();
+    }
 
 protected:
     /// Takes over an element that is not common to all nodes; ignores those of other kinds.
@@ -106,16 +127,35 @@ protected:
     [[nodiscard]] NodeContext& Context() const { return m_context; }
     void SetFault(std::string text);
 
+    /// Asks the nodes that tell of errors after something was written.
+    /// @param result  of the writing
+    [[nodiscard]] VxResult Verified(VxResult result);
+
+    /// Sets the integer next to a float.
+    [[nodiscard]] VxResult SetRounded(double value);
+
     /// The element's number; a text that is none is a fault of the node.
     [[nodiscard]] std::optional<std::int64_t> IntegerOf(const NodeProperty& property);
     [[nodiscard]] std::optional<double> FloatOf(const NodeProperty& property);
 
 private:
     bool ApplyCommon(const NodeProperty& property);
-    bool ApplyText(const NodeProperty& property);
+    bool ApplyCommonReference(const NodeProperty& property);
+    bool ApplyDisplay(const NodeProperty& property);
     void ApplyPolling(const NodeProperty& property);
+    void ApplyEventId(const NodeProperty& property);
     [[nodiscard]] VxResult Blocked() const;
     [[nodiscard]] VxResult WrongType(std::string_view wanted) const;
+
+    /// Asks the node that gives the value as another type.
+    template <typename Function>
+    [[nodiscard]] auto AskCastAlias(Function function, std::string_view wanted) const
+        -> decltype(function(std::declval<Node&>()))
+    {
+        if (m_castAlias != nullptr)
+            return function(*m_castAlias);
+        return WrongType(wanted);
+    }
     [[nodiscard]] VxResult CheckInteger(std::int64_t value);
     [[nodiscard]] VxExpected<double> CheckFloat(double value);
     [[nodiscard]] bool HoldsInteger() const;
@@ -124,9 +164,14 @@ private:
     const NodeId m_id;
     NodeInfo m_info;
     std::string m_fault;
-    Node* m_isImplemented = nullptr; // borrowed from the map, like the next two
+    Node* m_isImplemented = nullptr; // borrowed from the map, like the next ones
     Node* m_isAvailable = nullptr;
     Node* m_isLocked = nullptr;
+    Node* m_pollingBlock = nullptr;
+    Node* m_alias = nullptr;
+    Node* m_castAlias = nullptr;
+    std::vector<Node*> m_errors;
+    std::optional<std::uint64_t> m_eventId;
     AccessMode m_imposedAccess = AccessMode::ReadWrite;
     bool m_isFindingAccess = false;
     std::uint32_t m_pollingMs = 0; // 0: never

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VxBase/VxClock.h"
 #include "VxCamera/genapi/IRegisterPort.h"
 
 #include <cstddef>
@@ -42,8 +43,8 @@ enum class WordOrder : std::uint8_t {
 /// Thread: under the map's lock.
 class NodeContext {
 public:
-    NodeContext(IRegisterPort& device, IChangeListener& listener, WordOrder order)
-        : m_device(device), m_listener(listener), m_order(order)
+    NodeContext(IRegisterPort& device, IChangeListener& listener, WordOrder order, const IVxClock* clock)
+        : m_device(device), m_listener(listener), m_order(order), m_clock(clock)
     {
     }
     NodeContext(const NodeContext&) = delete;
@@ -61,9 +62,8 @@ public:
     void Leave() { --m_depth; }
     void Spend(std::size_t steps);
 
-    /// Whether somebody forgets values whose polling time has passed; if not, they are never kept.
-    [[nodiscard]] bool IsPolled() const { return m_isPolled; }
-    void SetPolled() { m_isPolled = true; }
+    /// @return  what the age of values with a polling time is told by; null: such values are never kept
+    [[nodiscard]] const IVxClock* Clock() const { return m_clock; }
 
     /// The node whose lock took the right to write from a node in the current operation; "" if none did.
     [[nodiscard]] std::string_view Lock() const { return m_lock; }
@@ -73,9 +73,9 @@ private:
     IRegisterPort& m_device;     // borrowed: outlives the map
     IChangeListener& m_listener; // borrowed: owns this context
     const WordOrder m_order;
+    const IVxClock* const m_clock; // borrowed: outlives the map
     int m_depth = 0;
     std::size_t m_budget = 0;
-    bool m_isPolled = false;
     std::string_view m_lock; // borrowed from the description
 };
 

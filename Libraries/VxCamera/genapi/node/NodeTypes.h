@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace genapi {
@@ -71,18 +72,28 @@ enum class Representation : std::uint8_t {
     MacAddress,
 };
 
+/// What is kept of a register's value: nothing; what was read or written; what was read. Numbered as formulas
+/// see it.
+enum class CachingMode : std::uint8_t { NoCache = 0, WriteThrough = 1, WriteAround = 2 };
+
+/// How a float is best shown.
+enum class DisplayNotation : std::uint8_t { Automatic, Fixed, Scientific };
+
 /// What does not change while the map lives. The texts are borrowed from the description.
 struct NodeInfo {
     std::string_view name;
     std::string_view displayName;
     std::string_view toolTip;
     std::string_view description;
+    std::string_view docuUrl;
     std::string_view unit;
     ValueType type = ValueType::None;
     Visibility visibility = Visibility::Beginner;
     Representation representation = Representation::Unspecified;
     bool isStreamable = false;
     bool isDeprecated = false;
+    std::optional<DisplayNotation> displayNotation{}; ///< empty: Automatic
+    std::optional<std::int64_t> displayPrecision{};   ///< digits; empty: 6
 };
 
 struct IntegerLimits {

@@ -37,6 +37,12 @@ constexpr std::array kRepresentations{
     Word<Representation>{"MACAddress", Representation::MacAddress},
 };
 
+constexpr std::array kDisplayNotations{
+    Word<DisplayNotation>{"Automatic", DisplayNotation::Automatic},
+    Word<DisplayNotation>{"Fixed", DisplayNotation::Fixed},
+    Word<DisplayNotation>{"Scientific", DisplayNotation::Scientific},
+};
+
 constexpr std::array kYesNo{
     Word<bool>{"yes", true}, Word<bool>{"true", true},   Word<bool>{"1", true},
     Word<bool>{"no", false}, Word<bool>{"false", false}, Word<bool>{"0", false},
@@ -66,6 +72,11 @@ std::optional<Visibility> ParseVisibility(std::string_view word)
 std::optional<Representation> ParseRepresentation(std::string_view word)
 {
     return Find(kRepresentations, word);
+}
+
+std::optional<DisplayNotation> ParseDisplayNotation(std::string_view word)
+{
+    return Find(kDisplayNotations, word);
 }
 
 std::optional<bool> ParseYesNo(std::string_view word)

@@ -11,6 +11,7 @@ namespace genapi {
 [[nodiscard]] std::optional<AccessMode> ParseAccessMode(std::string_view word);
 [[nodiscard]] std::optional<Visibility> ParseVisibility(std::string_view word);
 [[nodiscard]] std::optional<Representation> ParseRepresentation(std::string_view word);
+[[nodiscard]] std::optional<DisplayNotation> ParseDisplayNotation(std::string_view word);
 
 /// "Yes" and "No", and "true", "false", "1", "0" in any case.
 [[nodiscard]] std::optional<bool> ParseYesNo(std::string_view word);

@@ -46,15 +46,17 @@ VxResult PortNode::Read(WideAddress address, std::span<std::byte> bytes)
 {
     if (IsDevice())
         return ReadDevice(Context(), address, bytes);
-    if (!m_hasChunk)
-        return VxResult(VxError::NotAvailable, "no image has brought the data behind this port yet");
-    const auto size = static_cast<WideAddress>(m_chunk.size());
+    if (!m_data)
+        return VxResult(VxError::NotAvailable, EventId()
+                                                   ? "no event has brought the data behind this port yet"
+                                                   : "no image has brought the data behind this port yet");
+    const auto size = static_cast<WideAddress>(m_data->size());
     const WideAddress first =
         address < 0 ? size + address : address; // a negative one counts from the chunk's end
     if (first < 0 || first + static_cast<WideAddress>(bytes.size()) > size)
         return VxResult(VxError::Truncated,
-                        "the chunk has only " + std::to_string(m_chunk.size()) + " bytes");
-    std::copy_n(m_chunk.begin() + static_cast<std::ptrdiff_t>(first), bytes.size(), bytes.begin());
+                        "the data behind this port have only " + std::to_string(m_data->size()) + " bytes");
+    std::copy_n(m_data->begin() + static_cast<std::ptrdiff_t>(first), bytes.size(), bytes.begin());
     return VxResult::Ok();
 }
 
@@ -62,7 +64,7 @@ VxResult PortNode::Write(WideAddress address, std::span<const std::byte> bytes)
 {
     if (IsDevice())
         return WriteDevice(Context(), address, bytes);
-    return VxResult(VxError::NotWritable, "data that came with an image cannot be written");
+    return VxResult(VxError::NotWritable, "data that came with an image or an event cannot be written");
 }
 
 std::optional<std::uint64_t> PortNode::ChunkId()
@@ -77,16 +79,14 @@ std::optional<std::uint64_t> PortNode::ChunkId()
     return value ? std::optional(static_cast<std::uint64_t>(*value)) : std::nullopt;
 }
 
-void PortNode::AttachChunk(std::span<const std::byte> bytes)
+void PortNode::Attach(std::span<const std::byte> bytes)
 {
-    m_chunk.assign(bytes.begin(), bytes.end());
-    m_hasChunk = true;
+    m_data.emplace(bytes.begin(), bytes.end());
 }
 
-void PortNode::DetachChunk()
+void PortNode::Detach()
 {
-    m_chunk.clear();
-    m_hasChunk = false;
+    m_data.reset();
 }
 
 void PortNode::Apply(const NodeProperty& property)
@@ -100,9 +100,6 @@ void PortNode::Apply(const NodeProperty& property)
     case Element::PChunkId:
         m_chunkIdNode = property.target;
         return;
-    case Element::EventId:
-        m_isEvent = true;
-        return;
     case Element::SwapEndianess:
         m_swapsBytes = ParseYesNo(property.text).value_or(false);
         return;
@@ -115,7 +112,7 @@ AccessMode PortNode::OwnAccess()
 {
     if (IsDevice())
         return AccessMode::ReadWrite;
-    return m_hasChunk ? AccessMode::ReadOnly : AccessMode::NotAvailable;
+    return m_data ? AccessMode::ReadOnly : AccessMode::NotAvailable;
 }
 
 } // namespace genapi

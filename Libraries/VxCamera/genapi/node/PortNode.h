@@ -14,7 +14,8 @@ namespace genapi {
 /// ones.
 __extension__ using WideAddress = __int128;
 
-/// Way to a register space: the camera's own, or the data of one chunk of the last image.
+/// Way to a register space: the camera's own, or the data of one chunk of the last image or of the last
+/// event.
 ///
 /// Owner and thread: see Node.
 class PortNode final : public Node {
@@ -28,12 +29,17 @@ public:
     [[nodiscard]] bool SwapsBytes() const { return m_swapsBytes; }
 
     /// @return  whether it leads to the camera's own registers
-    [[nodiscard]] bool IsDevice() const { return !m_chunkId && m_chunkIdNode == nullptr && !m_isEvent; }
+    [[nodiscard]] bool IsDevice() const { return !m_chunkId && m_chunkIdNode == nullptr && !EventId(); }
+
+    /// @return  whether it does nothing but lead to the camera's own registers, always
+    [[nodiscard]] bool IsPlainDevice() const { return IsDevice() && !m_swapsBytes && HasNoConditions(); }
 
     /// @return  the chunk behind it; nothing for other ports and while the id cannot be read
     [[nodiscard]] std::optional<std::uint64_t> ChunkId();
-    void AttachChunk(std::span<const std::byte> bytes);
-    void DetachChunk();
+
+    /// Puts data that came from the camera behind a port for chunks or events. Copies them.
+    void Attach(std::span<const std::byte> bytes);
+    void Detach();
 
     /// The camera's own registers, without a port.
     [[nodiscard]] static VxResult ReadDevice(NodeContext& context, WideAddress address,
@@ -48,10 +54,8 @@ protected:
 private:
     std::optional<std::uint64_t> m_chunkId;
     Node* m_chunkIdNode = nullptr; // borrowed from the map
-    bool m_isEvent = false;
     bool m_swapsBytes = false;
-    bool m_hasChunk = false;
-    std::vector<std::byte> m_chunk;
+    std::optional<std::vector<std::byte>> m_data; // of the chunk or the event
 };
 
 } // namespace genapi

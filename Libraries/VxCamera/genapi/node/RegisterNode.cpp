@@ -23,19 +23,27 @@ RegisterNode::Place RegisterNode::LastPlace() const
     return {.port = isDevice ? nullptr : m_port, .address = m_lastAddress, .length = m_bytes.size()};
 }
 
-void RegisterNode::PollAtLeastEvery(std::uint32_t milliseconds)
+void RegisterNode::PollingTime::Shorten(std::uint32_t other, Node* otherBlock)
 {
-    if (milliseconds > 0)
-        m_keepMs = m_keepMs == 0 ? milliseconds : std::min(m_keepMs, milliseconds);
+    if (other == 0 || (milliseconds != 0 && milliseconds <= other))
+        return;
+    milliseconds = other;
+    block = otherBlock;
 }
 
-void RegisterNode::Poll(std::int64_t elapsedMs)
+void RegisterNode::PollAtLeastEvery(std::uint32_t milliseconds, Node* block)
 {
-    if (m_keepMs == 0 || !m_isCached)
-        return;
-    m_ageMs += elapsedMs;
-    if (m_ageMs >= static_cast<std::int64_t>(m_keepMs))
-        m_isCached = false;
+    PollingTime& time = block == nullptr ? m_polling : m_blockedPolling;
+    time.Shorten(milliseconds, block);
+}
+
+void RegisterNode::SetDefaultPort(PortNode& port)
+{
+    if (m_port == nullptr)
+        m_port = &port;
+    // A port that only leads to the camera changes nothing: the way without it is shorter.
+    if (m_port->IsPlainDevice())
+        m_port = nullptr;
 }
 
 void RegisterNode::Apply(const NodeProperty& property)
@@ -65,9 +73,9 @@ void RegisterNode::Apply(const NodeProperty& property)
         return;
     case Element::Cachable:
         if (property.text == "NoCache")
-            m_caching = Caching::NoCache;
+            m_caching = CachingMode::NoCache;
         else
-            m_caching = property.text == "WriteAround" ? Caching::WriteAround : Caching::WriteThrough;
+            m_caching = property.text == "WriteAround" ? CachingMode::WriteAround : CachingMode::WriteThrough;
         return;
     case Element::Endianess:
         m_order = property.text == "BigEndian" ? ByteOrder::BigEndian : ByteOrder::LittleEndian;
@@ -118,7 +126,7 @@ void RegisterNode::Finish()
 {
     if (!m_length && m_lengthNode == nullptr)
         SetFault("it has no Length");
-    PollAtLeastEvery(PollingMs());
+    PollAtLeastEvery(PollingMs(), PollingBlock());
 }
 
 AccessMode RegisterNode::OwnAccess()
@@ -142,7 +150,8 @@ VxExpected<std::size_t> RegisterNode::Length()
 ByteOrder RegisterNode::Order(std::size_t length) const
 {
     constexpr std::size_t kLegacyLength = 4;
-    if (Context().Order() == WordOrder::FourBytesBigEndian && length == kLegacyLength)
+    const bool isDevice = m_port == nullptr || m_port->IsDevice();
+    if (isDevice && Context().Order() == WordOrder::FourBytesBigEndian && length == kLegacyLength)
         return ByteOrder::BigEndian;
     if (m_port == nullptr || !m_port->SwapsBytes())
         return m_order;
@@ -181,7 +190,44 @@ VxExpected<WideAddress> RegisterNode::TermValue(const AddressTerm& term, std::si
 
 bool RegisterNode::MayKeep() const
 {
-    return m_caching != Caching::NoCache && (m_keepMs == 0 || Context().IsPolled());
+    const bool isPolled = m_polling.milliseconds != 0 || m_blockedPolling.milliseconds != 0;
+    return m_caching != CachingMode::NoCache && (!isPolled || Context().Clock() != nullptr);
+}
+
+void RegisterNode::Keep()
+{
+    m_isCached = MayKeep();
+    if (m_isCached && Context().Clock() != nullptr &&
+        (m_polling.milliseconds != 0 || m_blockedPolling.milliseconds != 0))
+        m_readAt = Context().Clock()->Now();
+}
+
+bool RegisterNode::IsOver(const PollingTime& time, IVxClock::Time now) const
+{
+    if (time.milliseconds == 0 || now - m_readAt < std::chrono::milliseconds(time.milliseconds))
+        return false;
+    return time.block == nullptr || time.block->GetInteger().ValueOr(0) == 0;
+}
+
+bool RegisterNode::IsFresh()
+{
+    if (!m_isCached)
+        return false;
+    if (m_polling.milliseconds == 0 && m_blockedPolling.milliseconds == 0)
+        return true;
+    const IVxClock::Time now = Context().Clock()->Now(); // there is one, or the value would not be kept
+    // Reading the block may come back to this very register.
+    const auto isOver = [&](const PollingTime& time) { return IsOver(time, now); };
+    if (isOver(m_polling) || isOver(m_blockedPolling))
+        m_isCached = false;
+    return m_isCached;
+}
+
+void RegisterNode::SpendFor(std::size_t bytes) const
+{
+    // Chosen: copying so many costs about as much as evaluating a node.
+    constexpr std::size_t kBytesPerStep = 256;
+    Context().Spend(bytes / kBytesPerStep);
 }
 
 VxExpected<std::span<const std::byte>> RegisterNode::Load(Freshness freshness)
@@ -194,16 +240,16 @@ VxExpected<std::span<const std::byte>> RegisterNode::Load(Freshness freshness)
     const auto address = Address(*length);
     if (!address)
         return address.Error();
+    SpendFor(*length);
     const bool isSame = m_isCached && m_lastAddress == *address && m_bytes.size() == *length;
-    if (isSame && freshness == Freshness::MayBeCached)
+    if (isSame && freshness == Freshness::MayBeCached && IsFresh())
         return std::span<const std::byte>(m_bytes);
     m_isCached = false;
     m_bytes.resize(*length);
     m_lastAddress = *address;
     if (const VxResult result = ReadPort(*address, m_bytes); !result.IsOK())
         return PortError(result, "read", *address, *length);
-    m_isCached = MayKeep();
-    m_ageMs = 0;
+    Keep();
     return std::span<const std::byte>(m_bytes);
 }
 
@@ -218,8 +264,8 @@ VxResult RegisterNode::Store(std::span<const std::byte> bytes)
     m_bytes.assign(bytes.begin(), bytes.end());
     m_lastAddress = *address;
     const VxResult result = WritePort(*address, bytes);
-    m_isCached = result.IsOK() && m_caching == Caching::WriteThrough && IsReadable(m_access) && MayKeep();
-    m_ageMs = 0;
+    if (result.IsOK() && m_caching == CachingMode::WriteThrough && IsReadable(m_access))
+        Keep();
     Context().Listener().Changed(*this);
     return result.IsOK() ? result : PortError(result, "written", *address, bytes.size());
 }

@@ -33,10 +33,15 @@ public:
     void DropCache() { m_isCached = false; }
 
     /// Shortens the time for which the register's value may be kept.
-    void PollAtLeastEvery(std::uint32_t milliseconds);
+    /// @param milliseconds  0: changes nothing
+    /// @param block  while it is not 0, this time does not count; null: it always counts; borrowed from the
+    /// map
+    void PollAtLeastEvery(std::uint32_t milliseconds, Node* block);
 
-    /// Drops the value once it has been kept for its polling time.
-    void Poll(std::int64_t elapsedMs);
+    /// Puts the camera's own port into effect for a register that names none.
+    void SetDefaultPort(PortNode& port);
+
+    [[nodiscard]] CachingMode Caching() const { return m_caching; }
 
 protected:
     enum class Freshness : std::uint8_t { MayBeCached, FromCamera };
@@ -59,7 +64,13 @@ protected:
     [[nodiscard]] VxResult Store(std::span<const std::byte> bytes);
 
 private:
-    enum class Caching : std::uint8_t { WriteThrough, WriteAround, NoCache };
+    /// How long a value may be kept.
+    struct PollingTime {
+        std::uint32_t milliseconds = 0; // 0: for ever
+        Node* block = nullptr;          // borrowed from the map
+
+        void Shorten(std::uint32_t other, Node* otherBlock);
+    };
 
     /// A part of the address that a node gives.
     struct AddressTerm {
@@ -78,6 +89,10 @@ private:
     [[nodiscard]] VxResult PortError(const VxResult& result, std::string_view action, WideAddress address,
                                      std::size_t length) const;
     [[nodiscard]] bool MayKeep() const;
+    void Keep();
+    [[nodiscard]] bool IsFresh();
+    [[nodiscard]] bool IsOver(const PollingTime& time, IVxClock::Time now) const;
+    void SpendFor(std::size_t bytes) const;
 
     WideAddress m_address = 0;
     std::vector<AddressTerm> m_terms;
@@ -85,10 +100,11 @@ private:
     Node* m_lengthNode = nullptr; // borrowed from the map
     PortNode* m_port = nullptr;   // borrowed from the map; null: the camera's own registers
     AccessMode m_access = AccessMode::ReadOnly;
-    Caching m_caching = Caching::WriteThrough;
+    CachingMode m_caching = CachingMode::WriteThrough;
     ByteOrder m_order = ByteOrder::LittleEndian;
-    std::uint32_t m_keepMs = 0; // how long a value may be kept; 0: for ever
-    std::int64_t m_ageMs = 0;
+    PollingTime m_polling;        // always counts
+    PollingTime m_blockedPolling; // counts while its block is 0
+    IVxClock::Time m_readAt{};    // while m_isCached, if there is a polling time
 
     bool m_isCached = false;
     WideAddress m_lastAddress = 0;

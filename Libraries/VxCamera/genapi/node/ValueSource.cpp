@@ -19,7 +19,7 @@ void ValueSource<T>::Apply(const NodeProperty& property, std::optional<T> number
     case Element::ValueIndexed:
     case Element::PValueIndexed:
         if (const auto index = ParseInteger(property.argument))
-            m_indexed.emplace_back(*index, slot);
+            m_indexed.emplace(*index, slot);
         return;
     case Element::ValueDefault:
     case Element::PValueDefault:
@@ -43,9 +43,8 @@ auto ValueSource<T>::Chosen(const Node& owner) -> VxExpected<Slot*>
     const auto index = m_index->GetInteger();
     if (!index)
         return index.Error();
-    for (auto& [number, slot] : m_indexed)
-        if (number == *index)
-            return &slot;
+    if (const auto found = m_indexed.find(*index); found != m_indexed.end())
+        return &found->second;
     if (m_default)
         return &*m_default;
     return owner.Error(VxError::NotAvailable,

@@ -3,8 +3,8 @@
 #include "VxCamera/genapi/node/Node.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
-#include <utility>
 #include <vector>
 
 namespace genapi {
@@ -43,7 +43,7 @@ private:
 
     std::optional<Slot> m_single;
     Node* m_index = nullptr; // borrowed from the map
-    std::vector<std::pair<std::int64_t, Slot>> m_indexed;
+    std::map<std::int64_t, Slot> m_indexed;
     std::optional<Slot> m_default;
     std::vector<Node*> m_copies; // borrowed from the map; written together with the value, never read
 };

@@ -21,6 +21,22 @@ struct Notice {
     std::string text;
 };
 
+/// What a description says of itself.
+struct DescriptionHeader {
+    std::string_view vendorName;
+    std::string_view modelName;
+    std::string_view toolTip;
+    std::string_view standardNameSpace; ///< "GEV", "USB", "IIDC", "CL", "None"
+    std::string_view productGuid;
+    std::string_view versionGuid;
+    int schemaMajor = 1;
+    int schemaMinor = 0;
+    int schemaSubMinor = 0;
+    int major = 0;
+    int minor = 0;
+    int subMinor = 0;
+};
+
 /// Keeps texts in few pieces of memory, so that views of them stay valid.
 ///
 /// Owner:  Description, by value.
@@ -28,6 +44,9 @@ struct Notice {
 class TextPool {
 public:
     [[nodiscard]] std::string_view Add(std::string_view text);
+
+    /// @return  bytes of memory in use
+    [[nodiscard]] std::size_t Bytes() const;
 
 private:
     std::deque<std::string> m_blocks; // a block never grows beyond its capacity
@@ -40,24 +59,25 @@ private:
 /// Thread: immutable; any.
 class Description {
 public:
-    /// @param xml  UTF-8, UTF-16 or Latin-1; NULs and other remains behind the end of the document are
-    /// ignored
+    /// @param file  XML in UTF-8, UTF-16 or Latin-1, or a zip archive with it; NULs and other remains behind
+    ///              the end of either are ignored
     /// @return  INVALID_DATA with line and column for a text that is no camera description, or one of more
-    ///          than 16 MiB or 100,000 nodes
-    [[nodiscard]] static VxExpected<std::shared_ptr<const Description>> Parse(std::string_view xml);
+    ///          than 64 MiB, 3,000,000 marks or 100,000 nodes; what Unzip says
+    [[nodiscard]] static VxExpected<std::shared_ptr<const Description>> Parse(std::string_view file);
 
     Description(const Description&) = delete;
     Description& operator=(const Description&) = delete;
 
     [[nodiscard]] const std::vector<NodeDescription>& Nodes() const { return m_nodes; }
 
+    /// @param name  "Width"; or "Std::Width" or "Cust::Width" for the node of that name space only
     /// @return  index of the node of that name, not of an enumeration's entry
     [[nodiscard]] std::optional<std::uint32_t> Find(std::string_view name) const;
 
-    [[nodiscard]] std::string_view VendorName() const { return m_vendorName; }
-    [[nodiscard]] std::string_view ModelName() const { return m_modelName; }
-    [[nodiscard]] int SchemaMajor() const { return m_schemaMajor; }
-    [[nodiscard]] int SchemaMinor() const { return m_schemaMinor; }
+    [[nodiscard]] const DescriptionHeader& Header() const { return m_header; }
+
+    /// @return  bytes of memory in use, roughly
+    [[nodiscard]] std::size_t Bytes() const;
 
     [[nodiscard]] const std::vector<Notice>& Notices() const { return m_notices; }
 
@@ -69,11 +89,10 @@ private:
     std::vector<Property> m_properties; // of all nodes, one after the other
     std::vector<NodeDescription> m_nodes;
     std::unordered_map<std::string_view, std::uint32_t> m_byName;
+    std::unordered_map<std::string_view, std::uint32_t>
+        m_otherNameSpace; // the other of two nodes of one name
     std::vector<Notice> m_notices;
-    std::string_view m_vendorName;
-    std::string_view m_modelName;
-    int m_schemaMajor = 1;
-    int m_schemaMinor = 0;
+    DescriptionHeader m_header;
 };
 
 } // namespace genapi

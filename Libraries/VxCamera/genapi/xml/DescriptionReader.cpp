@@ -11,11 +11,17 @@ namespace genapi {
 
 namespace {
 
-// Chosen: ten times the largest descriptions known (1.5 MB, 10,000 nodes with the entries of enumerations).
-constexpr std::size_t kMaxXmlBytes = 16 * 1024 * 1024;
+// Chosen: ten times the largest descriptions known (1.5 MB, 10,000 nodes with the entries of enumerations)
+// and more; as many bytes as a zip archive may contain. Marks are tags and attributes: each takes up to 64
+// bytes while the document is read.
+constexpr std::size_t kMaxXmlBytes = 64 * 1024 * 1024;
+constexpr std::ptrdiff_t kMaxMarks = 3'000'000;
 constexpr std::size_t kMaxNodes = 100'000;
 constexpr std::size_t kMaxProperties = 1'000'000;
 constexpr std::size_t kMaxNotices = 1'000;
+
+// Chosen: names get into paths and sentences; the longest seen has 60 characters.
+constexpr std::size_t kMaxNameBytes = 255;
 
 constexpr std::string_view kRoot = "RegisterDescription";
 
@@ -50,6 +56,13 @@ std::string_view Text(const pugi::xml_node& xml, std::string& scratch)
         scratch += piece;
     }
     return Trim(isJoined ? std::string_view(scratch) : first);
+}
+
+/// A text of the file inside of a sentence.
+std::string Shown(std::string_view text)
+{
+    constexpr std::size_t kShownBytes = 80;
+    return std::string(text.substr(0, kShownBytes)) + (text.size() > kShownBytes ? "..." : "");
 }
 
 bool IsUtf16(std::string_view xml)
@@ -130,6 +143,10 @@ VxResult DescriptionReader::LoadDocument(std::string_view xml)
         return VxResult(VxError::InvalidData, "the camera's description has " + std::to_string(xml.size()) +
                                                   " bytes; at most " + std::to_string(kMaxXmlBytes) +
                                                   " are accepted");
+    const auto isMark = [](char c) { return c == '<' || c == '='; };
+    if (std::ranges::count_if(xml, isMark) > kMaxMarks)
+        return VxResult(VxError::InvalidData, "the camera's description has more than " +
+                                                  std::to_string(kMaxMarks) + " tags and attributes");
     const bool isWide = IsUtf16(xml);
     if (!isWide)
         xml = WithoutRemains(xml);
@@ -149,10 +166,20 @@ void DescriptionReader::ReadHeader(const pugi::xml_node& root)
         const auto value = ParseInteger(Attribute(root, name));
         return value && *value >= 0 && *value <= INT16_MAX ? static_cast<int>(*value) : fallback;
     };
-    m_description.m_vendorName = m_description.m_texts.Add(Attribute(root, "VendorName"));
-    m_description.m_modelName = m_description.m_texts.Add(Attribute(root, "ModelName"));
-    m_description.m_schemaMajor = number("SchemaMajorVersion", 1);
-    m_description.m_schemaMinor = number("SchemaMinorVersion", 0);
+    const auto text = [&](const char* name) { return m_description.m_texts.Add(Attribute(root, name)); };
+    DescriptionHeader& header = m_description.m_header;
+    header.vendorName = text("VendorName");
+    header.modelName = text("ModelName");
+    header.toolTip = text("ToolTip");
+    header.standardNameSpace = text("StandardNameSpace");
+    header.productGuid = text("ProductGuid");
+    header.versionGuid = text("VersionGuid");
+    header.schemaMajor = number("SchemaMajorVersion", header.schemaMajor);
+    header.schemaMinor = number("SchemaMinorVersion", header.schemaMinor);
+    header.schemaSubMinor = number("SchemaSubMinorVersion", header.schemaSubMinor);
+    header.major = number("MajorVersion", header.major);
+    header.minor = number("MinorVersion", header.minor);
+    header.subMinor = number("SubMinorVersion", header.subMinor);
 }
 
 void DescriptionReader::ReadNodes(const pugi::xml_node& root)
@@ -182,17 +209,17 @@ void DescriptionReader::ReadTopLevel(const pugi::xml_node& xml)
         return;
     }
     const auto kind = FindNodeKind(tag);
-    const std::string_view name = m_description.m_texts.Add(Attribute(xml, "Name"));
     if (!kind) {
         if (FindElement(tag) != Element::Ignored)
-            AddNotice(name, "nodes of the kind \"" + std::string(tag) + "\" are not known; it is left out");
+            AddNotice(Attribute(xml, "Name"),
+                      "nodes of the kind \"" + Shown(tag) + "\" are not known; it is left out");
         return;
     }
-    if (name.empty()) {
-        AddNotice(tag, "a node of this kind has no name; it is left out");
+    const std::string_view name = NameOfNode(xml, tag);
+    if (name.empty())
         return;
-    }
     const std::uint32_t node = AddNode(*kind, name);
+    ReadAttributes(xml, node);
     if (*kind == NodeKind::EnumEntry)
         m_entries.emplace(name, node);
     else
@@ -212,12 +239,11 @@ void DescriptionReader::ReadStruct(const pugi::xml_node& xml)
     for (const pugi::xml_node& child : xml.children()) {
         if (LocalName(child) != "StructEntry" || IsFull())
             continue;
-        const std::string_view name = m_description.m_texts.Add(Attribute(child, "Name"));
-        if (name.empty()) {
-            AddNotice("StructReg", "an entry has no name; it is left out");
+        const std::string_view name = NameOfNode(child, "StructEntry");
+        if (name.empty())
             continue;
-        }
         const std::uint32_t node = AddNode(NodeKind::MaskedIntReg, name);
+        ReadAttributes(child, node);
         Register(node);
         const std::size_t first = m_description.m_properties.size();
         const Range shared = m_ranges[container];
@@ -233,6 +259,27 @@ void DescriptionReader::ReadStruct(const pugi::xml_node& xml)
     }
     m_ranges[container] = {};
     m_description.m_nodes[container].kind = NodeKind::Unsupported;
+}
+
+/// @return  "" for a node that has no usable name and is left out
+std::string_view DescriptionReader::NameOfNode(const pugi::xml_node& xml, std::string_view tag)
+{
+    const std::string_view name = Attribute(xml, "Name");
+    if (!name.empty() && name.size() <= kMaxNameBytes)
+        return m_description.m_texts.Add(name);
+    AddNotice(tag, name.empty() ? "a node of this kind has no name; it is left out"
+                                : "a node of this kind has a name of " + std::to_string(name.size()) +
+                                      " bytes; it is left out");
+    return {};
+}
+
+void DescriptionReader::ReadAttributes(const pugi::xml_node& xml, std::uint32_t node)
+{
+    NodeDescription& description = m_description.m_nodes[node];
+    if (Attribute(xml, "NameSpace") == "Standard")
+        description.nameSpace = NameSpace::Standard;
+    if (const auto priority = ParseInteger(Attribute(xml, "MergePriority")))
+        description.mergePriority = static_cast<std::int8_t>(std::clamp<std::int64_t>(*priority, -1, 1));
 }
 
 std::uint32_t DescriptionReader::AddNode(NodeKind kind, std::string_view name)
@@ -272,7 +319,7 @@ void DescriptionReader::ReadElement(const pugi::xml_node& xml, std::uint32_t nod
         return;
     auto element = FindElement(tag);
     if (!element) {
-        AddNotice(m_description.m_nodes[node].name, "the element \"" + std::string(tag) + "\" is not known");
+        AddNotice(m_description.m_nodes[node].name, "the element \"" + Shown(tag) + "\" is not known");
         return;
     }
     if (element == Element::PIndex && xml.attribute("pOffset"))
@@ -289,7 +336,11 @@ bool DescriptionReader::ReadNestedNode(const pugi::xml_node& xml, std::uint32_t 
     if (!isEntry && !isKnife)
         return kind == NodeKind::Unsupported; // whatever stands in there
     const NodeKind nestedKind = isEntry ? NodeKind::EnumEntry : NodeKind::IntSwissKnife;
-    std::string_view nestedName = m_description.m_texts.Add(Attribute(xml, "Name"));
+    std::string_view nestedName = Attribute(xml, "Name");
+    if (nestedName.size() <= kMaxNameBytes)
+        nestedName = m_description.m_texts.Add(nestedName);
+    else
+        nestedName = {};
     if (nestedName.empty())
         nestedName =
             isEntry
@@ -337,7 +388,7 @@ void DescriptionReader::Resolve(std::uint32_t node, Property& property)
         const auto found = m_description.Find(name);
         if (!found)
             AddNotice(m_description.m_nodes[node].name, std::string(NameOf(property.element)) +
-                                                            " names the node \"" + std::string(name) +
+                                                            " names the node \"" + Shown(name) +
                                                             "\", which is not there");
         return found.value_or(kNoNode);
     };
@@ -354,15 +405,26 @@ void DescriptionReader::Resolve(std::uint32_t node, Property& property)
 
 void DescriptionReader::Register(std::uint32_t node)
 {
-    const std::string_view name = m_description.m_nodes[node].name;
-    if (!m_description.m_byName.try_emplace(name, node).second)
-        AddNotice(name, "there is more than one node of this name; the first is used");
+    const NodeDescription& added = m_description.m_nodes[node];
+    const auto [place, isNew] = m_description.m_byName.try_emplace(added.name, node);
+    if (isNew)
+        return;
+    const NodeDescription& present = m_description.m_nodes[place->second];
+    std::uint32_t loser = node;
+    if (added.mergePriority > present.mergePriority)
+        std::swap(place->second, loser);
+    if (added.nameSpace != present.nameSpace)
+        m_description.m_otherNameSpace.try_emplace(added.name, loser);
+    else
+        AddNotice(added.name, "there is more than one node of this name; " +
+                                  std::string(loser == node ? "the first" : "the one of higher priority") +
+                                  " is used");
 }
 
 void DescriptionReader::AddNotice(std::string_view node, std::string text)
 {
     if (m_description.m_notices.size() < kMaxNotices)
-        m_description.m_notices.push_back({std::string(node), std::move(text)});
+        m_description.m_notices.push_back({Shown(node), std::move(text)});
 }
 
 } // namespace genapi

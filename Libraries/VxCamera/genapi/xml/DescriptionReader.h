@@ -43,7 +43,9 @@ private:
     void ReadNodes(const pugi::xml_node& root);
     void ReadTopLevel(const pugi::xml_node& xml);
     void ReadStruct(const pugi::xml_node& xml);
+    void ReadAttributes(const pugi::xml_node& xml, std::uint32_t node);
     std::uint32_t AddNode(NodeKind kind, std::string_view name);
+    [[nodiscard]] std::string_view NameOfNode(const pugi::xml_node& xml, std::string_view tag);
     void ReadPending();
     void ReadElements(const pugi::xml_node& xml, std::uint32_t node);
     void ReadElement(const pugi::xml_node& xml, std::uint32_t node);

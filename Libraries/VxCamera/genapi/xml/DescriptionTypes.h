@@ -36,6 +36,7 @@ enum class Element : std::uint8_t {
     ToolTip,
     Description,
     DisplayName,
+    DocuUrl,
     Visibility,
     IsDeprecated,
     Streamable,
@@ -45,6 +46,8 @@ enum class Element : std::uint8_t {
     PollingTime,
     Unit,
     Representation,
+    DisplayNotation,
+    DisplayPrecision,
     Sign,
     Endianess,
     Lsb,
@@ -80,7 +83,10 @@ enum class Element : std::uint8_t {
     PIsImplemented = FirstReference,
     PIsAvailable,
     PIsLocked,
+    PBlockPolling,
+    PError,
     PAlias,
+    PCastAlias,
     PInvalidator,
     PFeature,
     PSelected,
@@ -123,9 +129,14 @@ struct Property {
     std::uint32_t argumentTarget = kNoNode; ///< of PIndexOffset: index of the node
 };
 
+/// Who has given a node its name: the naming convention of camera features, or the camera's maker.
+enum class NameSpace : std::uint8_t { Custom, Standard };
+
 /// One node as the file has it.
 struct NodeDescription {
     NodeKind kind = NodeKind::Unsupported;
+    NameSpace nameSpace = NameSpace::Custom;
+    std::int8_t mergePriority = 0; ///< of two nodes of one name, the one with the higher number counts
     std::string_view name;
     std::span<const Property> properties;
 };

@@ -1,7 +1,7 @@
 #include "VxCamera/genapi/xml/ElementNames.h"
 
+#include <algorithm>
 #include <array>
-#include <unordered_map>
 
 namespace genapi {
 
@@ -16,6 +16,7 @@ constexpr std::array kElements{
     ElementName{"ToolTip", Element::ToolTip},
     ElementName{"Description", Element::Description},
     ElementName{"DisplayName", Element::DisplayName},
+    ElementName{"DocuURL", Element::DocuUrl},
     ElementName{"Visibility", Element::Visibility},
     ElementName{"IsDeprecated", Element::IsDeprecated},
     ElementName{"Streamable", Element::Streamable},
@@ -25,6 +26,8 @@ constexpr std::array kElements{
     ElementName{"PollingTime", Element::PollingTime},
     ElementName{"Unit", Element::Unit},
     ElementName{"Representation", Element::Representation},
+    ElementName{"DisplayNotation", Element::DisplayNotation},
+    ElementName{"DisplayPrecision", Element::DisplayPrecision},
     ElementName{"Sign", Element::Sign},
     ElementName{"Endianess", Element::Endianess},
     ElementName{"LSB", Element::Lsb},
@@ -58,8 +61,10 @@ constexpr std::array kElements{
     ElementName{"pIsImplemented", Element::PIsImplemented},
     ElementName{"pIsAvailable", Element::PIsAvailable},
     ElementName{"pIsLocked", Element::PIsLocked},
+    ElementName{"pBlockPolling", Element::PBlockPolling},
+    ElementName{"pError", Element::PError},
     ElementName{"pAlias", Element::PAlias},
-    ElementName{"pCastAlias", Element::PAlias},
+    ElementName{"pCastAlias", Element::PCastAlias},
     ElementName{"pInvalidator", Element::PInvalidator},
     ElementName{"pFeature", Element::PFeature},
     ElementName{"pSelected", Element::PSelected},
@@ -78,15 +83,17 @@ constexpr std::array kElements{
     ElementName{"pCommandValue", Element::PCommandValue},
     ElementName{"pChunkID", Element::PChunkId},
     ElementName{"pEnumEntry", Element::PEnumEntry},
-    // Vendor data, display hints, and what only other buses or other ways of polling and verifying use.
+    // Data of the camera's maker, which may be anything.
     ElementName{"Extension", Element::Ignored},
-    ElementName{"DocuURL", Element::Ignored},
-    ElementName{"DisplayNotation", Element::Ignored},
-    ElementName{"DisplayPrecision", Element::Ignored},
-    ElementName{"pBlockPolling", Element::Ignored},
-    ElementName{"pError", Element::Ignored},
+    // Chunks are copied in any case.
     ElementName{"CacheChunkData", Element::Ignored},
 };
+
+constexpr auto kSortedElements = [] {
+    auto sorted = kElements;
+    std::ranges::sort(sorted, {}, &ElementName::name);
+    return sorted;
+}();
 
 struct KindName {
     std::string_view name;
@@ -126,14 +133,9 @@ constexpr std::array kKinds{
 
 std::optional<Element> FindElement(std::string_view name)
 {
-    static const auto kIndex = [] {
-        std::unordered_map<std::string_view, Element> index;
-        for (const ElementName& entry : kElements)
-            index.emplace(entry.name, entry.element);
-        return index;
-    }();
-    const auto found = kIndex.find(name);
-    return found == kIndex.end() ? std::nullopt : std::optional(found->second);
+    const auto found = std::ranges::lower_bound(kSortedElements, name, {}, &ElementName::name);
+    return found != kSortedElements.end() && found->name == name ? std::optional(found->element)
+                                                                 : std::nullopt;
 }
 
 std::string_view NameOf(Element element)

@@ -86,18 +86,26 @@ TEST_F(DescriptionLoaderTest, AnotherMachinesFileIsNotSupportedAndNamed)
     EXPECT_NE(loaded.Error().GetDescription().Narrow().find("192.168.1.20"), std::string::npos);
 }
 
-TEST_F(DescriptionLoaderTest, AnArchiveIsNotSupportedAndNamed)
+TEST_F(DescriptionLoaderTest, AnArchiveComesWithAllOfItsZeros)
 {
-    m_camera.SetMemory(0x10000, "PK\x03\x04 and so on");
-    for (const char* url : {"Local:camera.zip;10000;10", "Local:camera.xml;10000;10"}) {
+    const std::string archive("PK\x03\x04 a\0b\0\0", 10);
+    m_camera.SetMemory(0x10000, archive);
+    for (const char* url : {"Local:camera.zip;10000;A", "Local:camera.xml;10000;A"}) {
         m_camera.SetMemory(bootstrap::kFirstUrl, url);
 
-        const auto loaded = Load();
-
-        ASSERT_FALSE(loaded);
-        EXPECT_EQ(loaded.Error().Code(), VxError::NotSupported);
-        EXPECT_NE(loaded.Error().GetDescription().Narrow().find("zip archive"), std::string::npos);
+        EXPECT_EQ(Load().ValueOr(""), archive) << url;
     }
+}
+
+TEST_F(DescriptionLoaderTest, AnArchiveOfUnknownLengthIsReadToTheEndOfTheMemory)
+{
+    const std::uint32_t start = 0x3F000; // 4096 bytes before the end
+    std::string archive("PK\x03\x04 a\0b", 8);
+    archive.resize(4096);
+    m_camera.SetMemory(start, archive);
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.zip;3F000;0");
+
+    EXPECT_EQ(Load().ValueOr(""), archive);
 }
 
 TEST_F(DescriptionLoaderTest, ALengthThatLiesIsInvalid)

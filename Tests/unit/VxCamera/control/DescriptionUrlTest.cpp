@@ -15,7 +15,6 @@ TEST(DescriptionUrlTest, ReadsNameAddressAndLengthInHexadecimal)
 
     ASSERT_TRUE(url);
     EXPECT_EQ(*url, (DescriptionUrl{Place::Device, "camera.xml", 0x10000, 0xA1F}));
-    EXPECT_FALSE(url->IsZip());
 }
 
 TEST(DescriptionUrlTest, AcceptsWhatCamerasReallyWrite)
@@ -34,12 +33,6 @@ TEST(DescriptionUrlTest, AcceptsWhatCamerasReallyWrite)
 TEST(DescriptionUrlTest, EndsAtTheFirstNul)
 {
     EXPECT_TRUE(ParseDescriptionUrl(std::string_view("Local:a.xml;1;2\0junk;;;", 23)));
-}
-
-TEST(DescriptionUrlTest, KnowsAnArchiveByItsName)
-{
-    EXPECT_TRUE(ParseDescriptionUrl("Local:camera.ZIP;1;2")->IsZip());
-    EXPECT_FALSE(ParseDescriptionUrl("Local:zip;1;2")->IsZip());
 }
 
 TEST(DescriptionUrlTest, TellsOtherPlacesApart)

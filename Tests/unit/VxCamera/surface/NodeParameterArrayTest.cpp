@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "VxDSSource/camera/VxGenBoolean.h"
 #include "VxDSSource/camera/VxGenCommand.h"
 #include "VxDSSource/camera/VxGenEnum.h"
@@ -312,6 +314,46 @@ TEST_F(NodeParameterArrayTest, IsEmptyWithoutAMap)
     EXPECT_EQ(none->GetCount(), 0u);
     EXPECT_EQ(none->Get(0), nullptr);
     EXPECT_EQ(none->Get(VxString("Width")), nullptr);
+}
+
+TEST_F(NodeParameterArrayTest, ServesSeveralThreads)
+{
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number)
+        threads.emplace_back([this, number] {
+            for (int i = 0; i < 200; ++i) {
+                for (const char* name :
+                     {"Width", "Gain", "Flip", "Mode", "Name", "Table", "Hidden", "StartReg"}) {
+                    VxGenParameter* const parameter = array->Get(VxString(name));
+                    ASSERT_NE(parameter, nullptr);
+                    VxString text;
+                    ASSERT_TRUE(parameter->ToString(text).IsOK());
+                    std::ignore = parameter->FromString(text);
+                    std::ignore = parameter->IsWritable();
+                }
+                std::ignore = array->SetIntegerValue("Width", 16 + 8 * ((i + number) % 100));
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+
+    ASSERT_TRUE(array->SetIntegerValue("Width", 640).IsOK());
+    std::int64_t width = 0;
+    ASSERT_TRUE(array->GetIntegerValue("Width", width).IsOK());
+    EXPECT_EQ(width, 640);
+}
+
+TEST_F(NodeParameterArrayTest, KeepsCharactersBeyondTheBasicPlane)
+{
+    const std::wstring text =
+        VxString("T\xC3\xBCr \xF0\x9D\x84\x9E").Wide(); // a letter of two bytes, one of four
+
+    ASSERT_TRUE(Get<VxGenString>("Name").SetValue(VxString(text)).IsOK());
+
+    VxString value;
+    ASSERT_TRUE(Get<VxGenString>("Name").GetValue(value).IsOK());
+    EXPECT_EQ(value.Wide(), text);
+    EXPECT_EQ(value.Narrow(), "T\xC3\xBCr \xF0\x9D\x84\x9E");
 }
 
 } // namespace

@@ -80,6 +80,19 @@ TEST_F(FeatureListTest, ListsWhatNobodyUsesWithoutARoot)
     EXPECT_THAT(Listed(), ElementsAre("root|Width", "root|Mode"));
 }
 
+TEST_F(FeatureListTest, BoundsThePathsOfLongNames)
+{
+    std::string nodes = "<Category Name=\"Root\"><pFeature>C0</pFeature></Category>";
+    const auto nameOf = [](int i) { return "C" + std::to_string(i) + (i == 0 ? "" : std::string(200, 'c')); };
+    for (int i = 0; i < 10; ++i)
+        nodes += "<Category Name=\"" + nameOf(i) + "\"><pFeature>" + nameOf(i + 1) +
+                 "</pFeature><pFeature>F" + std::to_string(i) + "</pFeature></Category><Integer Name=\"F" +
+                 std::to_string(i) + "\"><Value>1</Value></Integer>";
+    Load(nodes);
+
+    EXPECT_EQ(map->Features().size(), 6u); // five names of 200 characters fit into a path of 1024
+}
+
 TEST_F(FeatureListTest, BoundsThePathsOfDeepTrees)
 {
     std::string nodes = "<Category Name=\"Root\"><pFeature>C0</pFeature></Category>";

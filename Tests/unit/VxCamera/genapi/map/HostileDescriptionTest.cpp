@@ -40,7 +40,7 @@ protected:
             std::ignore = map->Execute(node);
         }
         map->InvalidateAll();
-        map->Poll(std::chrono::milliseconds(1000));
+        clock.Advance(std::chrono::milliseconds(1000));
     }
 };
 
@@ -209,6 +209,81 @@ TEST_F(HostileDescriptionTest, SurvivesNodesThatReferAtRandom)
         Load(nodes);
         UseAll();
     }
+}
+
+TEST_F(HostileDescriptionTest, BoundsWhatCopiesOfAValueCost)
+{
+    std::string copies;
+    std::string nodes;
+    for (int i = 0; i < 30'000; ++i) {
+        const std::string name = "V" + std::to_string(i);
+        copies += "<pValueCopy>" + name + "</pValueCopy><pInvalidator>" + name + "</pInvalidator>";
+        nodes += "<Integer Name=\"" + name + "\"><Value>0</Value><pInvalidator>A</pInvalidator></Integer>";
+    }
+    Load("<Integer Name=\"A\"><Value>0</Value>" + copies + "</Integer>" + nodes);
+
+    EXPECT_FALSE(SetInteger("A", 1).IsOK());
+    EXPECT_EQ(ValueOf(Integer("V0")), 1);
+    EXPECT_TRUE(SetInteger("V29999", 1).IsOK());
+}
+
+TEST_F(HostileDescriptionTest, BoundsWhatPollingTimesCost)
+{
+    std::string nodes = "<IntReg Name=\"N20000\"><Address>0</Address><Length>1</Length></IntReg>";
+    for (int i = 0; i < 20'000; ++i)
+        nodes += "<Integer Name=\"N" + std::to_string(i) + "\"><pValue>N" + std::to_string(i + 1) +
+                 "</pValue><PollingTime>5</PollingTime><EventID>1</EventID></Integer>";
+    Load(nodes);
+
+    map->AttachEvent(1, {});
+
+    EXPECT_EQ(ValueOf(Integer("N20000")), 0);
+}
+
+TEST_F(HostileDescriptionTest, BoundsWhatALongListOfEntriesCosts)
+{
+    std::string entries;
+    for (int i = 0; i < 20'000; ++i)
+        entries += "<EnumEntry Name=\"E" + std::to_string(i) + "\"><Value>" + std::to_string(i) +
+                   "</Value></EnumEntry>";
+    std::string sum = "0";
+    for (int i = 0; i < 10'000; ++i)
+        sum += "+X.Max";
+    std::string copies;
+    for (int i = 0; i < 20'000; ++i)
+        copies += "<pValueCopy>E</pValueCopy>";
+    Load("<Enumeration Name=\"E\">" + entries +
+         "<Value>0</Value></Enumeration>"
+         "<IntSwissKnife Name=\"K\"><pVariable Name=\"X\">E</pVariable><Formula>" +
+         sum + "</Formula></IntSwissKnife><Integer Name=\"C\"><Value>0</Value>" + copies + "</Integer>");
+
+    EXPECT_EQ(ValueOf(Integer("K")), 199'990'000);
+    EXPECT_FALSE(SetInteger("C", 19'999).IsOK());
+}
+
+TEST_F(HostileDescriptionTest, FindsOneOfManyVariablesAndValues)
+{
+    std::string variables;
+    std::string values;
+    for (int i = 0; i < 100'000; ++i) {
+        const std::string number = std::to_string(i);
+        variables += "<pVariable Name=\"X" + number + "\">One</pVariable>";
+        values += "<ValueIndexed Index=\"" + number + "\">" + number + "</ValueIndexed>";
+    }
+    std::string sum = "0";
+    for (int i = 0; i < 10'000; ++i)
+        sum += "+I";
+    Load("<Integer Name=\"One\"><Value>1</Value></Integer><Integer "
+         "Name=\"Last\"><Value>99999</Value></Integer>"
+         "<Integer Name=\"I\"><pIndex>Last</pIndex>" +
+         values +
+         "</Integer>"
+         "<IntSwissKnife Name=\"Sum\"><pVariable Name=\"I\">I</pVariable><Formula>" +
+         sum + "</Formula></IntSwissKnife><IntSwissKnife Name=\"Many\">" + variables +
+         "<Formula>X99999 + X5</Formula></IntSwissKnife>");
+
+    EXPECT_EQ(ValueOf(Integer("Sum")), 999'990'000);
+    EXPECT_EQ(ValueOf(Integer("Many")), 2);
 }
 
 } // namespace

@@ -88,5 +88,52 @@ TEST(NodeMapThreadsTest, SerialisesReadersAndWriters)
     EXPECT_EQ(ValueOf(map->GetInteger(*map->Find("C"))), 1999);
 }
 
+TEST(NodeMapThreadsTest, LetsEveryThreadUseEveryFeature)
+{
+    FakeRegisterPort port;
+    FakeClock clock;
+    const auto map = *NodeMap::Load(
+        Describe("<Integer Name=\"I\"><pValue>R</pValue><pMax>Max</pMax><pIsLocked>B</pIsLocked></Integer>"
+                 "<IntReg Name=\"R\"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+                 "<PollingTime>10</PollingTime></IntReg>"
+                 "<IntSwissKnife Name=\"Max\"><pVariable Name=\"E\">E</pVariable><Formula>E*100+100</Formula>"
+                 "</IntSwissKnife>"
+                 "<Boolean Name=\"B\"><Value>0</Value></Boolean>"
+                 "<Enumeration Name=\"E\"><EnumEntry Name=\"A\"><Value>0</Value></EnumEntry>"
+                 "<EnumEntry Name=\"Z\"><Value>1</Value></EnumEntry><Value>0</Value><pSelected>I</pSelected>"
+                 "</Enumeration>"
+                 "<Converter Name=\"F\"><FormulaTo>FROM*10</FormulaTo><FormulaFrom>TO/10</FormulaFrom>"
+                 "<pValue>R</pValue></Converter>"
+                 "<StringReg "
+                 "Name=\"S\"><Address>8</Address><Length>8</Length><AccessMode>RW</AccessMode></StringReg>"
+                 "<Command Name=\"C\"><pValue>R</pValue><CommandValue>1</CommandValue></Command>"),
+        port, RegisterOrder::AsDescribed, &clock);
+    const auto work = [&](int number) {
+        for (int i = 0; i < 200; ++i) {
+            for (const char* name : {"I", "B", "E", "F", "S", "C", "Max"}) {
+                const NodeId node = *map->Find(name);
+                std::ignore = map->FromText(node, std::to_string((i + number) % 2));
+                std::ignore = map->ToText(node);
+                std::ignore = map->Access(node);
+                std::ignore = map->GetIntegerLimits(node);
+                std::ignore = map->IsDone(node);
+            }
+            clock.Advance(std::chrono::milliseconds(1));
+            if (i % 50 == 0)
+                map->InvalidateAll();
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back(work, i);
+    for (std::thread& thread : threads)
+        thread.join();
+
+    ASSERT_TRUE(map->FromText(*map->Find("B"), "false").IsOK());
+    ASSERT_TRUE(map->FromText(*map->Find("E"), "Z").IsOK());
+    ASSERT_TRUE(map->SetInteger(*map->Find("I"), 200).IsOK());
+    EXPECT_EQ(ValueOf(map->ToText(*map->Find("F"))), "20");
+}
+
 } // namespace
 } // namespace genapi

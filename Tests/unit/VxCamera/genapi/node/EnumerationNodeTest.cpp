@@ -148,5 +148,43 @@ TEST_F(EnumerationNodeTest, IsNoOtherKind)
     EXPECT_TRUE(map->Entries(Id("HasOnce")).empty());
 }
 
+TEST_F(EnumerationNodeTest, StandsForTheFloatsOfItsEntries)
+{
+    Load(
+        "<Enumeration Name=\"Mode\"><EnumEntry Name=\"Half\"><Value>1</Value><NumericValue>0.5</NumericValue>"
+        "</EnumEntry><EnumEntry Name=\"Two\"><Value>2</Value></EnumEntry><Value>1</Value></Enumeration>"
+        "<Float Name=\"F\"><pValue>Mode</pValue></Float>");
+
+    EXPECT_EQ(ValueOf(Float("Mode")), 0.5);
+    EXPECT_EQ(ValueOf(Integer("Mode")), 1);
+    EXPECT_EQ(ValueOf(Float("F")), 0.5);
+
+    ASSERT_TRUE(map->SetFloat(Id("Mode"), 2.0).IsOK());
+    EXPECT_EQ(ValueOf(Text("Mode")), "Two");
+    ASSERT_TRUE(map->SetFloat(Id("Mode"), 0.5).IsOK());
+    EXPECT_EQ(ValueOf(Text("Mode")), "Half");
+    EXPECT_EQ(CodeOf(map->SetFloat(Id("Mode"), 7.0)), VxError::OutOfRange);
+}
+
+TEST_F(EnumerationNodeTest, IsNotAvailableWhereNoEntryIs)
+{
+    Load("<Enumeration Name=\"Mode\"><EnumEntry Name=\"A\"><Value>1</Value><pIsAvailable>Zero</pIsAvailable>"
+         "</EnumEntry><EnumEntry Name=\"B\"><Value>2</Value><pIsImplemented>Zero</pIsImplemented></EnumEntry>"
+         "<Value>1</Value></Enumeration><Integer Name=\"Zero\"><Value>0</Value></Integer>");
+    EXPECT_EQ(Access("Mode"), AccessMode::NotAvailable);
+
+    ASSERT_TRUE(SetInteger("Zero", 1).IsOK());
+    EXPECT_EQ(Access("Mode"), AccessMode::ReadWrite);
+}
+
+TEST_F(EnumerationNodeTest, LimitsToTheNumbersOfItsEntries)
+{
+    const auto limits = ValueOf(map->GetIntegerLimits(Id("Mode")));
+
+    EXPECT_EQ(limits.minimum, 0);
+    EXPECT_EQ(limits.maximum, 16);
+    EXPECT_EQ(limits.increment, 1);
+}
+
 } // namespace
 } // namespace genapi

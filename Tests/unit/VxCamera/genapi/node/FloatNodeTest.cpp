@@ -126,5 +126,23 @@ TEST_F(FloatNodeTest, TakesInfiniteLimits)
     EXPECT_TRUE(map->SetFloat(Id("F"), 1e300).IsOK());
 }
 
+TEST_F(FloatNodeTest, TellsHowItIsBestShown)
+{
+    Load("<Float Name=\"Own\"><Value>1</Value><DisplayNotation>Scientific</DisplayNotation>"
+         "<DisplayPrecision>3</DisplayPrecision><Unit>dB</Unit><Representation>Logarithmic</Representation></"
+         "Float>"
+         "<Float Name=\"Inherited\"><pValue>Own</pValue><DisplayPrecision>2</DisplayPrecision></Float>"
+         "<Float Name=\"Plain\"><Value>1</Value></Float>");
+
+    EXPECT_EQ(map->Info(Id("Own")).displayNotation, DisplayNotation::Scientific);
+    EXPECT_EQ(map->Info(Id("Own")).displayPrecision, 3);
+    EXPECT_EQ(map->Info(Id("Inherited")).displayNotation, DisplayNotation::Scientific);
+    EXPECT_EQ(map->Info(Id("Inherited")).displayPrecision, 2);
+    EXPECT_EQ(map->Info(Id("Inherited")).unit, "dB");
+    EXPECT_EQ(map->Info(Id("Inherited")).representation, Representation::Logarithmic);
+    EXPECT_FALSE(map->Info(Id("Plain")).displayNotation);
+    EXPECT_FALSE(map->Info(Id("Plain")).displayPrecision);
+}
+
 } // namespace
 } // namespace genapi

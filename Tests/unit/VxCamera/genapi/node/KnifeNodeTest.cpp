@@ -152,5 +152,44 @@ TEST_F(KnifeNodeTest, LetsAVariableNamedLikeAConstantWin)
     EXPECT_EQ(ValueOf(Float("K")), 3.0);
 }
 
+TEST_F(KnifeNodeTest, ReadsVisibilityAndCachingOfAVariable)
+{
+    const char* others =
+        "<Integer Name=\"Hidden\"><pValue>Around</pValue><Visibility>Guru</Visibility></Integer>"
+        "<IntReg Name=\"Around\"><Address>0</Address><Length>1</Length>"
+        "<Cachable>WriteAround</Cachable></IntReg>";
+    LoadKnife("IntSwissKnife",
+              "<pVariable Name=\"X.Visibility\">Hidden</pVariable><pVariable "
+              "Name=\"X.CachingMode\">Hidden</pVariable>"
+              "<pVariable Name=\"T\">Three</pVariable>"
+              "<Formula>X.Visibility*100 + X.CachingMode*10 + T.CachingMode</Formula>",
+              others);
+
+    EXPECT_EQ(ValueOf(Integer("K")),
+              221); // Guru 2; WriteAround 2; a variable of the map counts as WriteThrough, 1
+}
+
+TEST_F(KnifeNodeTest, CountsAnEnumerationWithItsNumber)
+{
+    LoadKnife(
+        "SwissKnife", "<pVariable Name=\"M\">Mode</pVariable><Formula>M + 0.25</Formula>",
+        "<Enumeration Name=\"Mode\"><EnumEntry Name=\"A\"><Value>7</Value><NumericValue>0.5</NumericValue>"
+        "</EnumEntry><Value>7</Value></Enumeration>");
+
+    EXPECT_EQ(ValueOf(Float("K")), 7.25);
+}
+
+TEST_F(KnifeNodeTest, TakesTheFirstOfTwoVariablesOfOneName)
+{
+    LoadKnife("IntSwissKnife",
+              "<pVariable Name=\"X\">Three</pVariable><pVariable Name=\"X\">Five</pVariable>"
+              "<Constant Name=\"C\">10</Constant><Constant Name=\"C\">20</Constant>"
+              "<Expression Name=\"Y\">X*2</Expression><Expression Name=\"Y\">X*3</Expression>"
+              "<Formula>X + Y + C</Formula>",
+              "<Integer Name=\"Five\"><Value>5</Value></Integer>");
+
+    EXPECT_EQ(ValueOf(Integer("K")), 19);
+}
+
 } // namespace
 } // namespace genapi

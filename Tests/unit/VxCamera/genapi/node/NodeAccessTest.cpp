@@ -179,5 +179,80 @@ TEST_F(NodeAccessTest, ReadsTheCommonElements)
     EXPECT_FALSE(plain.isStreamable);
 }
 
+TEST_F(NodeAccessTest, ReadsFurtherCommonElements)
+{
+    Load("<Integer Name=\"Raw\"><Value>1</Value><DocuURL>http://example.org/raw</DocuURL><pAlias>Abs</pAlias>"
+         "<pCastAlias>Text</pCastAlias><PollingTime>250</PollingTime></Integer>"
+         "<Float Name=\"Abs\"><Value>0.5</Value><pAlias>Raw</pAlias><pAlias>Gone</pAlias></Float>"
+         "<String Name=\"Text\"><Value>one</Value></String>");
+
+    EXPECT_EQ(map->Info(Id("Raw")).docuUrl, "http://example.org/raw");
+    EXPECT_EQ(map->Alias(Id("Raw")), Id("Abs"));
+    EXPECT_EQ(map->Alias(Id("Abs")), Id("Raw")); // the other one is not there
+    EXPECT_EQ(map->CastAlias(Id("Raw")), Id("Text"));
+    EXPECT_FALSE(map->Alias(Id("Text")));
+    EXPECT_FALSE(map->CastAlias(Id("Abs")));
+    EXPECT_EQ(map->PollingMs(Id("Raw")), 250u);
+    EXPECT_EQ(map->PollingMs(Id("Abs")), 0u);
+}
+
+TEST_F(NodeAccessTest, AsksTheCastAliasForAnotherType)
+{
+    Load("<String Name=\"Text\"><Value>one</Value><pCastAlias>Number</pCastAlias></String>"
+         "<Integer "
+         "Name=\"Number\"><Value>1</Value><Min>0</Min><Max>9</Max><pCastAlias>Text</pCastAlias></Integer>");
+
+    EXPECT_EQ(ValueOf(Integer("Text")), 1);
+    EXPECT_EQ(ValueOf(Float("Text")), 1.0);
+    EXPECT_EQ(ValueOf(map->GetIntegerLimits(Id("Text"))).maximum, 9);
+    EXPECT_EQ(ValueOf(map->GetString(Id("Number"))), "one");
+    ASSERT_TRUE(SetInteger("Text", 5).IsOK());
+    EXPECT_EQ(ValueOf(Integer("Number")), 5);
+    EXPECT_EQ(CodeOf(SetInteger("Text", 10)), VxError::OutOfRange);
+    EXPECT_EQ(ValueOf(Text("Text")), "one");
+    EXPECT_EQ(CodeOf(map->GetBytes(Id("Text"))),
+              VxError::InvalidData); // each leads to the other, without end
+}
+
+TEST_F(NodeAccessTest, TellsOfAnErrorThatTheCameraReportsAfterAWrite)
+{
+    LoadNode("RW", "<pError>Fault</pError>",
+             "<Enumeration Name=\"Fault\"><EnumEntry Name=\"None\"><Value>0</Value></EnumEntry>"
+             "<EnumEntry Name=\"TooHot\"><Value>2</Value></EnumEntry><pValue>FaultReg</pValue></Enumeration>"
+             "<IntReg Name=\"FaultReg\"><Address>8</Address><Length>1</Length></IntReg>");
+    EXPECT_TRUE(SetInteger("N", 1).IsOK());
+
+    port.Put(8, {2});
+    const auto result = SetInteger("N", 3);
+
+    EXPECT_EQ(CodeOf(result), VxError::CameraError);
+    EXPECT_EQ(SentenceOf(result), "N: the camera has taken it, and tells of an error: \"Fault\" is TooHot");
+    EXPECT_EQ(port.Get(0, 1), (std::vector{3}));
+    port.Put(8, {7});
+    EXPECT_EQ(SentenceOf(SetInteger("N", 3)),
+              "N: the camera has taken it, and tells of an error: \"Fault\" is 7");
+    port.Put(8, {0});
+    EXPECT_TRUE(SetInteger("N", 4).IsOK());
+}
+
+TEST_F(NodeAccessTest, TakesAConditionThatIsNotAvailableForFalse)
+{
+    LoadNode("RW", "<pIsAvailable>Condition</pIsAvailable>",
+             "<Integer Name=\"Condition\"><Value>1</Value><pIsAvailable>Zero</pIsAvailable></Integer>");
+    EXPECT_EQ(Access("N"), AccessMode::NotAvailable);
+
+    LoadNode("RW", "<pIsImplemented>Condition</pIsImplemented>",
+             "<IntReg "
+             "Name=\"Condition\"><Address>4</Address><Length>1</Length><AccessMode>WO</AccessMode></IntReg>");
+    EXPECT_EQ(Access("N"), AccessMode::NotImplemented);
+}
+
+TEST_F(NodeAccessTest, TakesAFloatThatIsNotZeroForTrue)
+{
+    LoadNode("RW", "<pIsLocked>Little</pIsLocked>", "<Float Name=\"Little\"><Value>0.25</Value></Float>");
+
+    EXPECT_EQ(Access("N"), AccessMode::ReadOnly);
+}
+
 } // namespace
 } // namespace genapi

@@ -94,6 +94,72 @@ TEST_F(PortNodeTest, IsNotAvailableForEventsAsLongAsNoneCame)
     EXPECT_EQ(Access("Event"), AccessMode::NotAvailable);
 }
 
+TEST_F(PortNodeTest, ReadsTheDataOfTheLastEvent)
+{
+    const std::array first{std::byte{7}};
+    const std::array second{std::byte{9}};
+
+    map->AttachEvent(0x9001, first);
+    EXPECT_EQ(ValueOf(Integer("Event")), 7);
+    map->AttachEvent(0x9001, second);
+    EXPECT_EQ(ValueOf(Integer("Event")), 9);
+    map->AttachEvent(0x9002, first);
+    EXPECT_EQ(ValueOf(Integer("Event")), 9);
+    EXPECT_EQ(CodeOf(Integer("First")), VxError::NotAvailable);
+}
+
+TEST_F(PortNodeTest, ReadsAgainWhatChangesWithAnEvent)
+{
+    Load("<Integer Name=\"F\"><pValue>R</pValue><EventID>9001</EventID></Integer>"
+         "<IntReg Name=\"R\"><Address>0</Address><Length>1</Length></IntReg>");
+    std::ignore = Integer("F");
+    port.Put(0, {5});
+    EXPECT_EQ(ValueOf(Integer("F")), 0);
+
+    map->AttachEvent(0x9001, {});
+
+    EXPECT_EQ(ValueOf(Integer("F")), 5);
+}
+
+TEST_F(PortNodeTest, IsTheCameraForRegistersThatNameNone)
+{
+    const char* xml =
+        "<RegisterDescription SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\">"
+        "<Port Name=\"Device\"><SwapEndianess>Yes</SwapEndianess></Port>"
+        "<IntReg Name=\"R\"><Address>0</Address><Length>2</Length></IntReg></RegisterDescription>";
+    port.Put(0, {1, 2});
+
+    map = *NodeMap::Load(xml, port);
+
+    EXPECT_EQ(ValueOf(Integer("R")), 0x0102); // little-endian, swapped
+}
+
+TEST_F(PortNodeTest, KeepsTheByteOrderOfOldRegistersOverChunks)
+{
+    const char* xml =
+        "<RegisterDescription SchemaMajorVersion=\"1\" SchemaMinorVersion=\"0\">"
+        "<Port Name=\"Device\"/><Port Name=\"Chunk\"><ChunkID>01</ChunkID></Port>"
+        "<IntReg Name=\"InChunk\"><Address>0</Address><Length>4</Length><pPort>Chunk</pPort></IntReg>"
+        "<IntReg Name=\"InCamera\"><Address>0</Address><Length>4</Length><pPort>Device</pPort></IntReg>"
+        "</RegisterDescription>";
+    port.Put(0, {1, 2, 3, 4});
+    map = *NodeMap::Load(xml, port, RegisterOrder::BigEndianBelowSchema11);
+
+    Attach(1, {1, 2, 3, 4});
+
+    EXPECT_EQ(ValueOf(Integer("InCamera")), 0x01020304);
+    EXPECT_EQ(ValueOf(Integer("InChunk")), 0x04030201);
+}
+
+TEST_F(PortNodeTest, IsNotImplementedWithAnIdThatIsNone)
+{
+    Load("<Port Name=\"P\"><EventID>xyz</EventID></Port><Port "
+         "Name=\"Q\"><ChunkID>123456789abcdef01</ChunkID></Port>");
+
+    EXPECT_EQ(Access("P"), AccessMode::NotImplemented);
+    EXPECT_EQ(Access("Q"), AccessMode::NotImplemented);
+}
+
 TEST_F(PortNodeTest, LeadsToTheCameraByDefault)
 {
     port.Put(0, {8});

@@ -196,9 +196,11 @@ TEST_F(CachingTest, ForgetsEverythingOnDemand)
     EXPECT_EQ(port.reads, 2);
 }
 
-TEST_F(CachingTest, NeverKeepsAPolledValueWhileNobodyPolls)
+TEST_F(CachingTest, NeverKeepsAPolledValueWithoutAClock)
 {
-    LoadWith("<PollingTime>1000</PollingTime>");
+    map = *NodeMap::Load(Describe("<IntReg Name=\"R\"><Address>0</Address><Length>4</Length>"
+                                  "<PollingTime>1000</PollingTime></IntReg>"),
+                         port);
 
     std::ignore = Integer("R");
     std::ignore = Integer("R");
@@ -210,16 +212,76 @@ TEST_F(CachingTest, KeepsAPolledValueForItsPollingTime)
 {
     using namespace std::chrono_literals;
     LoadWith("<PollingTime>1000</PollingTime>");
-    map->Poll(0ms);
     std::ignore = Integer("R");
 
-    map->Poll(999ms);
+    clock.Advance(999ms);
     std::ignore = Integer("R");
     EXPECT_EQ(port.reads, 1);
 
-    map->Poll(1ms);
+    clock.Advance(1ms);
     std::ignore = Integer("R");
     EXPECT_EQ(port.reads, 2);
+
+    clock.Advance(999ms);
+    std::ignore = Integer("R");
+    EXPECT_EQ(port.reads, 2);
+}
+
+TEST_F(CachingTest, KeepsAWrittenValueForItsPollingTime)
+{
+    using namespace std::chrono_literals;
+    LoadWith("<PollingTime>1000</PollingTime>");
+    ASSERT_TRUE(SetInteger("R", 5).IsOK());
+
+    clock.Advance(999ms);
+    EXPECT_EQ(ValueOf(Integer("R")), 5);
+    EXPECT_EQ(port.reads, 0);
+
+    clock.Advance(1ms);
+    EXPECT_EQ(ValueOf(Integer("R")), 5);
+    EXPECT_EQ(port.reads, 1);
+}
+
+TEST_F(CachingTest, KeepsAValueForEverWithoutAPollingTime)
+{
+    LoadWith("");
+    std::ignore = Integer("R");
+
+    clock.Advance(std::chrono::hours(1000));
+    std::ignore = Integer("R");
+
+    EXPECT_EQ(port.reads, 1);
+}
+
+TEST_F(CachingTest, DoesNotPollWhileSomethingBlocksIt)
+{
+    using namespace std::chrono_literals;
+    Load("<IntReg Name=\"R\"><Address>0</Address><Length>4</Length><PollingTime>1000</PollingTime>"
+         "<pBlockPolling>Block</pBlockPolling></IntReg><Integer Name=\"Block\"><Value>1</Value></Integer>");
+    std::ignore = Integer("R");
+
+    clock.Advance(5000ms);
+    std::ignore = Integer("R");
+    EXPECT_EQ(port.reads, 1);
+
+    ASSERT_TRUE(SetInteger("Block", 0).IsOK());
+    std::ignore = Integer("R");
+    EXPECT_EQ(port.reads, 2);
+}
+
+TEST_F(CachingTest, TakesTheShortestOfSeveralPollingTimes)
+{
+    using namespace std::chrono_literals;
+    Load("<Integer Name=\"Slow\"><pValue>R</pValue><PollingTime>5000</PollingTime></Integer>"
+         "<Integer Name=\"Fast\"><pValue>R</pValue><PollingTime>500</PollingTime></Integer>"
+         "<IntReg Name=\"R\"><Address>0</Address><Length>4</Length><PollingTime>1000</PollingTime></IntReg>");
+    std::ignore = Integer("Slow");
+
+    clock.Advance(500ms);
+    std::ignore = Integer("Slow");
+
+    EXPECT_EQ(port.reads, 2);
+    EXPECT_EQ(map->PollingMs(Id("Fast")), 500u);
 }
 
 TEST_F(CachingTest, TakesThePollingTimeOfTheFeatureAbove)
@@ -227,12 +289,14 @@ TEST_F(CachingTest, TakesThePollingTimeOfTheFeatureAbove)
     using namespace std::chrono_literals;
     Load("<Integer Name=\"F\"><pValue>R</pValue><PollingTime>500</PollingTime></Integer>"
          "<IntReg Name=\"R\"><Address>0</Address><Length>4</Length></IntReg>");
-    map->Poll(0ms);
     std::ignore = Integer("F");
 
-    map->Poll(500ms);
+    clock.Advance(499ms);
     std::ignore = Integer("F");
+    EXPECT_EQ(port.reads, 1);
 
+    clock.Advance(1ms);
+    std::ignore = Integer("F");
     EXPECT_EQ(port.reads, 2);
 }
 

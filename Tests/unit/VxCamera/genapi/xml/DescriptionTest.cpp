@@ -1,6 +1,7 @@
 #include "VxCamera/genapi/xml/Description.h"
 
 #include "support/genapi/NodeMapFixture.h"
+#include "support/genapi/ZipBytes.h"
 
 #include <gtest/gtest.h>
 
@@ -29,15 +30,98 @@ std::string TextOf(const NodeDescription& node, Element element)
     return "(none)";
 }
 
-TEST(DescriptionTest, ReadsItsOwnersAndItsSchema)
+TEST(DescriptionTest, ReadsWhatItSaysOfItself)
 {
-    const auto description = Parsed("<RegisterDescription VendorName=\"Maker\" ModelName=\"Eye 5\" "
-                                    "SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\"/>");
+    const auto description =
+        Parsed("<RegisterDescription VendorName=\"Maker\" ModelName=\"Eye 5\" ToolTip=\"An eye\" "
+               "StandardNameSpace=\"GEV\" SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\" "
+               "SchemaSubMinorVersion=\"2\" MajorVersion=\"3\" MinorVersion=\"4\" SubMinorVersion=\"5\" "
+               "ProductGuid=\"11111111-2222-3333-4444-555555555555\" "
+               "VersionGuid=\"66666666-7777-8888-9999-000000000000\"/>");
 
-    EXPECT_EQ(description->VendorName(), "Maker");
-    EXPECT_EQ(description->ModelName(), "Eye 5");
-    EXPECT_EQ(description->SchemaMajor(), 1);
-    EXPECT_EQ(description->SchemaMinor(), 1);
+    const DescriptionHeader& header = description->Header();
+    EXPECT_EQ(header.vendorName, "Maker");
+    EXPECT_EQ(header.modelName, "Eye 5");
+    EXPECT_EQ(header.toolTip, "An eye");
+    EXPECT_EQ(header.standardNameSpace, "GEV");
+    EXPECT_EQ(header.productGuid, "11111111-2222-3333-4444-555555555555");
+    EXPECT_EQ(header.versionGuid, "66666666-7777-8888-9999-000000000000");
+    EXPECT_EQ(header.schemaMajor, 1);
+    EXPECT_EQ(header.schemaMinor, 1);
+    EXPECT_EQ(header.schemaSubMinor, 2);
+    EXPECT_EQ(header.major, 3);
+    EXPECT_EQ(header.minor, 4);
+    EXPECT_EQ(header.subMinor, 5);
+}
+
+TEST(DescriptionTest, TakesADescriptionWithoutVersionForTheOldSchema)
+{
+    const auto description = Parsed("<RegisterDescription/>");
+
+    EXPECT_EQ(description->Header().schemaMajor, 1);
+    EXPECT_EQ(description->Header().schemaMinor, 0);
+}
+
+TEST(DescriptionTest, UnpacksAZipArchive)
+{
+    const std::string xml = Describe("<Integer Name=\"I\"><Value>5</Value></Integer>");
+
+    const auto description = Parsed(zip::Archive({zip::File("camera.xml", xml)}));
+
+    EXPECT_EQ(TextOf(NodeOf(*description, "I"), Element::Value), "5");
+    EXPECT_EQ(CodeOf(Description::Parse("PK\x03\x04")), VxError::InvalidData);
+}
+
+TEST(DescriptionTest, FindsNodesByNameSpace)
+{
+    const auto description =
+        Parsed(Describe("<Integer Name=\"A\" NameSpace=\"Standard\"><Value>1</Value></Integer>"
+                        "<Integer Name=\"B\" NameSpace=\"Custom\"><Value>2</Value></Integer>"
+                        "<Integer Name=\"C\"><pValue>Std::A</pValue></Integer>"));
+
+    EXPECT_EQ(description->Find("Std::A"), description->Find("A"));
+    EXPECT_EQ(description->Find("Cust::B"), description->Find("B"));
+    EXPECT_TRUE(description->Find("Cust::C")); // what nothing else is said of
+    EXPECT_FALSE(description->Find("Cust::A"));
+    EXPECT_FALSE(description->Find("Std::B"));
+    EXPECT_EQ(NodeOf(*description, "C").properties[0].target, *description->Find("A"));
+}
+
+TEST(DescriptionTest, KeepsNodesOfOneNameInTwoNameSpaces)
+{
+    const auto description =
+        Parsed(Describe("<Integer Name=\"A\"><Value>1</Value></Integer>"
+                        "<Integer Name=\"A\" NameSpace=\"Standard\"><Value>2</Value></Integer>"));
+
+    EXPECT_EQ(TextOf(NodeOf(*description, "A"), Element::Value), "1");
+    EXPECT_EQ(TextOf(NodeOf(*description, "Cust::A"), Element::Value), "1");
+    EXPECT_EQ(TextOf(NodeOf(*description, "Std::A"), Element::Value), "2");
+    EXPECT_TRUE(description->Notices().empty());
+}
+
+TEST(DescriptionTest, PrefersTheNodeOfHigherPriority)
+{
+    const auto description =
+        Parsed(Describe("<Integer Name=\"A\" MergePriority=\"-1\"><Value>1</Value></Integer>"
+                        "<Integer Name=\"A\"><Value>2</Value></Integer>"
+                        "<Integer Name=\"A\" MergePriority=\"+1\"><Value>3</Value></Integer>"
+                        "<Integer Name=\"A\" MergePriority=\"1\"><Value>4</Value></Integer>"));
+
+    EXPECT_EQ(TextOf(NodeOf(*description, "A"), Element::Value), "3");
+    EXPECT_EQ(description->Notices().size(), 3u);
+}
+
+TEST(DescriptionTest, LeavesOutNodesWithoutAUsableName)
+{
+    const std::string longest(255, 'n');
+    const auto description = Parsed(Describe("<Integer><Value>1</Value></Integer><Node Name=\"" + longest +
+                                             "\"/><Node Name=\"" + longest + "x\"/>"));
+
+    EXPECT_TRUE(description->Find(longest));
+    EXPECT_FALSE(description->Find(longest + "x"));
+    ASSERT_EQ(description->Notices().size(), 2u);
+    EXPECT_EQ(description->Notices()[0].text, "a node of this kind has no name; it is left out");
+    EXPECT_EQ(description->Notices()[1].text, "a node of this kind has a name of 256 bytes; it is left out");
 }
 
 TEST(DescriptionTest, IgnoresNameSpacesAndPrefixes)
@@ -284,10 +368,25 @@ TEST(DescriptionTest, RefusesStructuresThatMultiply)
 
 TEST(DescriptionTest, RefusesTooManyBytes)
 {
-    const auto description = Description::Parse(std::string(17 * 1024 * 1024, ' '));
+    const auto description = Description::Parse(std::string(64 * 1024 * 1024 + 1, ' '));
 
     EXPECT_EQ(CodeOf(description), VxError::InvalidData);
-    EXPECT_NE(SentenceOf(description).find("bytes"), std::string::npos);
+    EXPECT_EQ(SentenceOf(description),
+              "the camera's description has 67108865 bytes; at most 67108864 are accepted");
+}
+
+TEST(DescriptionTest, RefusesTooManyTagsAndAttributes)
+{
+    std::string tags = "<RegisterDescription>";
+    while (tags.size() < 3'000'001 * 4)
+        tags += "<a/>";
+    std::string attributes = "<RegisterDescription";
+    for (int i = 0; i < 3'000'001; ++i)
+        attributes += " a=''";
+
+    for (const std::string& xml : {tags + "</RegisterDescription>", attributes + "/>"})
+        EXPECT_EQ(SentenceOf(Description::Parse(xml)),
+                  "the camera's description has more than 3000000 tags and attributes");
 }
 
 } // namespace
