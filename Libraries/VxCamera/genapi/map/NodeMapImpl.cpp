@@ -223,9 +223,9 @@ void NodeMapImpl::AttachEvent(std::uint64_t id, std::span<const std::byte> bytes
 
 VxResult NodeMapImpl::CheckReadable(Node& node)
 {
-    const AccessMode mode = node.Access();
-    if (IsReadable(mode))
+    if (node.CanBeRead())
         return VxResult::Ok();
+    const AccessMode mode = node.Access();
     if (!node.Fault().empty())
         return node.Error(VxError::NotSupported, node.Fault());
     if (mode == AccessMode::NotImplemented)

@@ -229,7 +229,7 @@ void FormulaSet::AddConstant(const NodeProperty& property)
 AccessMode FormulaSet::Access()
 {
     for (const auto& [name, node] : m_variables)
-        if (!IsReadable(node->Access()))
+        if (!node->CanBeRead())
             return AccessMode::NotAvailable;
     return AccessMode::ReadOnly;
 }

@@ -46,7 +46,7 @@ bool IsAnInteger(double value)
 /// A condition that cannot be read does not hold.
 bool IsTrue(Node& condition)
 {
-    if (!IsReadable(condition.Access()))
+    if (!condition.CanBeRead())
         return false;
     if (condition.Info().type == ValueType::Float)
         return condition.GetFloat().ValueOr(0) != 0;
@@ -198,7 +198,7 @@ void Node::ApplyEventId(const NodeProperty& property)
         SetFault("its EventID " + Quoted(property.text) + " is no hexadecimal number");
 }
 
-AccessMode Node::Access()
+AccessMode Node::FindAccess(Locks locks)
 {
     const EvaluationScope scope(m_context);
     if (!m_fault.empty())
@@ -215,7 +215,7 @@ AccessMode Node::Access()
             mode = Combine(OwnAccess(), m_imposedAccess);
     }
     // A lock that cannot be read does not lock: the camera still refuses by itself.
-    if (IsWritable(mode) && m_isLocked != nullptr && IsTrue(*m_isLocked)) {
+    if (locks == Locks::Asked && IsWritable(mode) && m_isLocked != nullptr && IsTrue(*m_isLocked)) {
         mode = IsReadable(mode) ? AccessMode::ReadOnly : AccessMode::NotAvailable;
         m_context.SetLock(m_isLocked->Info().name);
     }

@@ -71,7 +71,10 @@ public:
     /// What is wrong with the node's description; empty if nothing is.
     [[nodiscard]] const std::string& Fault() const { return m_fault; }
 
-    [[nodiscard]] AccessMode Access();
+    [[nodiscard]] AccessMode Access() { return FindAccess(Locks::Asked); }
+
+    /// @return  whether it can be read now; asks no lock, which takes only the right to write
+    [[nodiscard]] bool CanBeRead() { return IsReadable(FindAccess(Locks::LeftOut)); }
 
     [[nodiscard]] VxExpected<std::int64_t> GetInteger();
     [[nodiscard]] VxResult SetInteger(std::int64_t value);
@@ -139,6 +142,9 @@ protected:
     [[nodiscard]] std::optional<double> FloatOf(const NodeProperty& property);
 
 private:
+    enum class Locks : std::uint8_t { Asked, LeftOut };
+
+    [[nodiscard]] AccessMode FindAccess(Locks locks);
     bool ApplyCommon(const NodeProperty& property);
     bool ApplyCommonReference(const NodeProperty& property);
     bool ApplyDisplay(const NodeProperty& property);

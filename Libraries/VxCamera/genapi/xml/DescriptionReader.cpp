@@ -221,7 +221,7 @@ void DescriptionReader::ReadTopLevel(const pugi::xml_node& xml)
     const std::uint32_t node = AddNode(*kind, name);
     ReadAttributes(xml, node);
     if (*kind == NodeKind::EnumEntry)
-        m_entries.emplace(name, node);
+        AddTo(m_entries, name, node);
     else
         Register(node);
     m_pending.push_back({xml, node});
@@ -348,7 +348,7 @@ bool DescriptionReader::ReadNestedNode(const pugi::xml_node& xml, std::uint32_t 
                 : m_description.m_texts.Add("address of " + std::string(m_description.m_nodes[node].name));
     const std::uint32_t nested = AddNode(nestedKind, nestedName);
     if (isKnife)
-        m_description.m_byName.try_emplace(nestedName, nested);
+        AddTo(m_description.m_byName, nestedName, nested);
     m_pending.push_back({xml, nested});
     m_description.m_properties.push_back({.element = isEntry ? Element::EnumEntry : Element::AddressKnife,
                                           .text = nestedName,
@@ -406,19 +406,31 @@ void DescriptionReader::Resolve(std::uint32_t node, Property& property)
 void DescriptionReader::Register(std::uint32_t node)
 {
     const NodeDescription& added = m_description.m_nodes[node];
-    const auto [place, isNew] = m_description.m_byName.try_emplace(added.name, node);
-    if (isNew)
+    std::uint32_t& winner = AddTo(m_description.m_byName, added.name, node);
+    if (winner == node)
         return;
-    const NodeDescription& present = m_description.m_nodes[place->second];
+    const NodeDescription& present = m_description.m_nodes[winner];
     std::uint32_t loser = node;
     if (added.mergePriority > present.mergePriority)
-        std::swap(place->second, loser);
+        std::swap(winner, loser);
     if (added.nameSpace != present.nameSpace)
         m_description.m_otherNameSpace.try_emplace(added.name, loser);
     else
         AddNotice(added.name, "there is more than one node of this name; " +
                                   std::string(loser == node ? "the first" : "the one of higher priority") +
                                   " is used");
+}
+
+/// @return  the place of the name; what stood there before stays
+std::uint32_t& DescriptionReader::AddTo(Names& names, std::string_view name, std::uint32_t node)
+{
+    // Chosen: chance does not put so many names into one bucket, but somebody who knows the hash function
+    // does.
+    constexpr std::size_t kMaxInBucket = 64;
+    std::uint32_t& place = names.try_emplace(name, node).first->second;
+    if (names.bucket_size(names.bucket(name)) > kMaxInBucket)
+        m_limit = "the names of the camera's description are made to be slow";
+    return place;
 }
 
 void DescriptionReader::AddNotice(std::string_view node, std::string text)

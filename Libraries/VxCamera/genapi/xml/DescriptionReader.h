@@ -33,6 +33,7 @@ private:
         pugi::xml_node xml;
         std::uint32_t node = 0;
     };
+    using Names = std::unordered_map<std::string_view, std::uint32_t>;
     struct Range {
         std::size_t first = 0;
         std::size_t last = 0;
@@ -54,6 +55,7 @@ private:
     void ResolveReferences();
     void Resolve(std::uint32_t node, Property& property);
     void Register(std::uint32_t node);
+    std::uint32_t& AddTo(Names& names, std::string_view name, std::uint32_t node);
     void AddNotice(std::string_view node, std::string text);
     [[nodiscard]] bool IsFull() const { return !m_limit.empty(); }
 
@@ -61,7 +63,7 @@ private:
     pugi::xml_document m_document;
     std::vector<Range> m_ranges; // of properties, by node
     std::vector<Pending> m_pending;
-    std::unordered_map<std::string_view, std::uint32_t> m_entries; // entries that stand outside enumerations
+    Names m_entries;     // entries that stand outside enumerations
     std::string m_limit; // says which limit the document exceeds; empty while it exceeds none
 };
 

@@ -51,7 +51,6 @@ constexpr const char* kAll = "-9223372036854775808 9223372036854775807 1";
 constexpr const char* kAllFloats = "-1.7976931348623157e+308 1.7976931348623157e+308 0";
 constexpr const char* kSingles = "-3.4028234663852886e+38 3.4028234663852886e+38 0";
 
-// clang-format off: one row an element
 const Row kRows[] = {
     {"IntegerValue", "<Integer Name=\"N\"><Value>5</Value></Integer>", ReadWrite, "5", kAll},
     {"IntegerValueHex", "<Integer Name=\"N\"><Value>0xFFFFFFFFFFFFFFFF</Value></Integer>", ReadWrite, "-1",
@@ -329,7 +328,6 @@ const Row kRows[] = {
     {"TextDesc", "<TextDesc Name=\"N\"/>", NotImplemented, "", ""},
     {"IntKey", "<IntKey Name=\"N\"/>", NotImplemented, "", ""},
 };
-// clang-format on
 
 class EveryElementTest : public NodeMapFixture, public ::testing::WithParamInterface<Row> {
 protected:
@@ -374,7 +372,7 @@ TEST_P(EveryElementTest, HasItsAccessValueAndLimits)
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, EveryElementTest, ::testing::ValuesIn(kRows),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& row) { return std::string(row.param.name); });
 
 std::vector<Row> WritableRows()
 {
@@ -397,7 +395,7 @@ TEST_P(EveryWritableElementTest, TakesTheTextThatItGave)
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, EveryWritableElementTest, ::testing::ValuesIn(WritableRows()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace
 } // namespace genapi

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <unordered_set>
 
 namespace genapi {
 namespace {
@@ -353,6 +354,27 @@ TEST(DescriptionTest, RefusesMoreNodesThanItsLimit)
 
     EXPECT_EQ(CodeOf(description), VxError::InvalidData);
     EXPECT_NE(SentenceOf(description).find("100000 nodes"), std::string::npos) << SentenceOf(description);
+}
+
+TEST(DescriptionTest, RefusesNamesThatAreMadeToBeSlow)
+{
+    // As many names as fill one bucket of the table that they end up in.
+    constexpr std::size_t kNames = 100;
+    std::unordered_set<std::size_t> table;
+    for (std::size_t i = 0; i < kNames; ++i)
+        table.insert(i);
+    std::string nodes;
+    std::size_t found = 0;
+    for (int i = 0; found < kNames; ++i) {
+        const std::string name = "N" + std::to_string(i);
+        if (std::hash<std::string_view>()(name) % table.bucket_count() == 0) {
+            nodes += "<Node Name=\"" + name + "\"/>";
+            ++found;
+        }
+    }
+
+    EXPECT_EQ(SentenceOf(Description::Parse(Describe(nodes))),
+              "the names of the camera's description are made to be slow");
 }
 
 TEST(DescriptionTest, RefusesStructuresThatMultiply)
