@@ -2,9 +2,10 @@
 
 namespace {
 
-// Made at compile time, so that it is there before anybody can ask. Its end needs no lock and knows no other
-// object: a module is unloaded when its last object, and with it the last user of a description, is gone.
-constinit genapi::DescriptionCache descriptions;
+// Made when the module is loaded, before anybody can ask, and ended when it is unloaded: by then its last object,
+// and with it every thread of ours and every user of a description, is gone. It starts nothing and waits for
+// nothing, neither then nor when the process ends.
+genapi::DescriptionCache descriptions;
 
 } // namespace
 

@@ -7,6 +7,19 @@
 
 namespace genapi {
 
+namespace {
+
+// Chosen: far above the dozens that cameras list.
+constexpr std::size_t kMaxValidValues = 10'000;
+
+// Chosen: what fits into a message box.
+constexpr std::size_t kMaxValuesShown = 40;
+
+// Chosen: looking at a value costs a fraction of evaluating a node.
+constexpr std::size_t kValidValuesPerStep = 64;
+
+} // namespace
+
 void IntegerNode::Apply(const NodeProperty& property)
 {
     if (ApplyLimit(property))
@@ -62,6 +75,10 @@ void IntegerNode::ApplyValidValues(const NodeProperty& property)
         if (const auto value = ParseInteger(rest.substr(0, end)))
             m_validValues.push_back(*value);
         rest.remove_prefix(std::min(end + 1, rest.size()));
+        if (m_validValues.size() > kMaxValidValues) {
+            SetFault("its ValidValueSet has more than " + std::to_string(kMaxValidValues) + " values");
+            return;
+        }
     }
 }
 
@@ -73,14 +90,22 @@ void IntegerNode::Finish()
 
 VxResult IntegerNode::DoSetInteger(std::int64_t value)
 {
-    if (!m_validValues.empty() &&
-        std::find(m_validValues.begin(), m_validValues.end(), value) == m_validValues.end()) {
-        std::string text = IntegerToText(value, Info().representation) + " is not allowed; it must be one of";
-        for (const std::int64_t valid : m_validValues)
-            text += " " + IntegerToText(valid, Info().representation);
-        return Error(VxError::OutOfRange, text);
-    }
+    Context().Spend(m_validValues.size() / kValidValuesPerStep);
+    if (!m_validValues.empty() && std::ranges::find(m_validValues, value) == m_validValues.end())
+        return Error(VxError::OutOfRange, IntegerToText(value, Info().representation) +
+                                              " is not allowed; it must be one of" + KnownValues());
     return m_source.Set(*this, Context(), value);
+}
+
+std::string IntegerNode::KnownValues() const
+{
+    std::string text;
+    const std::size_t shown = std::min(m_validValues.size(), kMaxValuesShown);
+    for (std::size_t i = 0; i < shown; ++i)
+        text += " " + IntegerToText(m_validValues[i], Info().representation);
+    if (shown < m_validValues.size())
+        text += " and " + std::to_string(m_validValues.size() - shown) + " more";
+    return text;
 }
 
 VxExpected<IntegerLimits> IntegerNode::DoGetIntegerLimits()

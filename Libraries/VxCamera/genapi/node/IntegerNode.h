@@ -5,6 +5,7 @@
 #include "VxCamera/genapi/node/ValueSource.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace genapi {
@@ -33,6 +34,7 @@ private:
     bool ApplyLimit(const NodeProperty& property);
     void ApplyMaximum(const NodeProperty& property);
     void ApplyValidValues(const NodeProperty& property);
+    [[nodiscard]] std::string KnownValues() const;
 
     ValueSource<std::int64_t> m_source;
     LimitSource<std::int64_t> m_minimum;

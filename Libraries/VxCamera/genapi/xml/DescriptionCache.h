@@ -22,7 +22,7 @@ namespace genapi {
 /// Thread: any. Reading a file happens outside of the lock, so that a large one makes nobody wait.
 class DescriptionCache {
 public:
-    constexpr DescriptionCache() = default;
+    DescriptionCache() = default;
     DescriptionCache(const DescriptionCache&) = delete;
     DescriptionCache& operator=(const DescriptionCache&) = delete;
 

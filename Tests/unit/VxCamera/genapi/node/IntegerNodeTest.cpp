@@ -184,6 +184,40 @@ TEST_F(IntegerNodeTest, AcceptsOnlyItsValidValues)
     EXPECT_EQ(SentenceOf(result), "I: 3 is not allowed; it must be one of 1 2 4");
 }
 
+TEST_F(IntegerNodeTest, SeparatesValidValuesByCommasAndBlanksAsWell)
+{
+    LoadInteger("<Value>1</Value><ValidValueSet>0x1, 2  -4</ValidValueSet>");
+
+    EXPECT_TRUE(SetInteger("I", -4).IsOK());
+    EXPECT_TRUE(SetInteger("I", 2).IsOK());
+    EXPECT_EQ(CodeOf(SetInteger("I", 4)), VxError::OutOfRange);
+}
+
+TEST_F(IntegerNodeTest, NamesTheFirstOfManyValidValues)
+{
+    std::string values;
+    std::string shown;
+    for (int i = 1; i <= 100; ++i) {
+        values += std::to_string(i) + ";";
+        shown += i <= 40 ? " " + std::to_string(i) : "";
+    }
+    LoadInteger("<Value>1</Value><ValidValueSet>" + values + "</ValidValueSet>");
+
+    EXPECT_TRUE(SetInteger("I", 100).IsOK());
+    EXPECT_EQ(SentenceOf(SetInteger("I", 0)),
+              "I: 0 is not allowed; it must be one of" + shown + " and 60 more");
+}
+
+TEST_F(IntegerNodeTest, IsNotImplementedWithFarTooManyValidValues)
+{
+    std::string values;
+    for (int i = 0; i < 10'001; ++i)
+        values += "1;";
+    LoadInteger("<Value>1</Value><ValidValueSet>" + values + "</ValidValueSet>");
+
+    EXPECT_EQ(Access("I"), AccessMode::NotImplemented);
+}
+
 TEST_F(IntegerNodeTest, TakesUnitAndRepresentationFromItsTarget)
 {
     LoadInteger("<pValue>Middle</pValue>",
