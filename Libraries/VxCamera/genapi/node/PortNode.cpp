@@ -44,6 +44,8 @@ VxResult PortNode::WriteDevice(NodeContext& context, WideAddress address, std::s
 
 VxResult PortNode::Read(WideAddress address, std::span<std::byte> bytes)
 {
+    if (!Fault().empty())
+        return VxResult(VxError::NotSupported, Fault());
     if (IsDevice())
         return ReadDevice(Context(), address, bytes);
     if (!m_data)
@@ -62,6 +64,8 @@ VxResult PortNode::Read(WideAddress address, std::span<std::byte> bytes)
 
 VxResult PortNode::Write(WideAddress address, std::span<const std::byte> bytes)
 {
+    if (!Fault().empty())
+        return VxResult(VxError::NotSupported, Fault());
     if (IsDevice())
         return WriteDevice(Context(), address, bytes);
     return VxResult(VxError::NotWritable, "data that came with an image or an event cannot be written");

@@ -154,10 +154,14 @@ TEST_F(PortNodeTest, KeepsTheByteOrderOfOldRegistersOverChunks)
 TEST_F(PortNodeTest, IsNotImplementedWithAnIdThatIsNone)
 {
     Load("<Port Name=\"P\"><EventID>xyz</EventID></Port><Port "
-         "Name=\"Q\"><ChunkID>123456789abcdef01</ChunkID></Port>");
+         "Name=\"Q\"><ChunkID>123456789abcdef01</ChunkID></Port>"
+         "<IntReg Name=\"R\"><Address>0</Address><Length>1</Length><pPort>Q</pPort></IntReg>"
+         "<IntReg Name=\"K\"><pAddress>R</pAddress><Length>1</Length></IntReg>");
 
     EXPECT_EQ(Access("P"), AccessMode::NotImplemented);
     EXPECT_EQ(Access("Q"), AccessMode::NotImplemented);
+    EXPECT_EQ(CodeOf(Integer("K")), VxError::NotSupported); // an address is read without asking for access
+    EXPECT_EQ(port.reads, 0);
 }
 
 TEST_F(PortNodeTest, LeadsToTheCameraByDefault)
