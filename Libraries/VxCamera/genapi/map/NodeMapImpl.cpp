@@ -141,6 +141,7 @@ void NodeMapImpl::Changed(Node& source)
 {
     // Chosen: looking at a register costs a fraction of evaluating a node.
     constexpr std::size_t kRegistersPerStep = 16;
+    m_context.BeginEpoch();
     const std::size_t index = ToIndex(source.Id());
     const auto affectedNodes = Graph().AffectedBy(static_cast<std::uint32_t>(index));
     for (const std::uint32_t affected : affectedNodes)
@@ -171,6 +172,7 @@ void NodeMapImpl::DropOverlapping(const RegisterNode& source)
 
 void NodeMapImpl::Forget(Node& node)
 {
+    m_context.BeginEpoch();
     for (const std::uint32_t below : Graph().Below(static_cast<std::uint32_t>(node.Id())))
         if (m_registers[below] != nullptr)
             m_registers[below]->DropCache();

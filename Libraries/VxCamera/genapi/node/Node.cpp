@@ -207,20 +207,28 @@ AccessMode Node::FindAccess(Locks locks)
         return AccessMode::NotAvailable;
     if (m_isFindingAccess) // the conditions of two nodes lead to each other: here they end
         return m_imposedAccess;
-    m_isFindingAccess = true;
-    AccessMode mode = AccessMode::NotImplemented;
-    if (m_isImplemented == nullptr || IsTrue(*m_isImplemented)) {
-        mode = AccessMode::NotAvailable;
-        if (m_isAvailable == nullptr || IsTrue(*m_isAvailable))
-            mode = Combine(OwnAccess(), m_imposedAccess);
+    KnownAccess& known = locks == Locks::Asked ? m_access : m_unlockedAccess;
+    if (known.epoch != m_context.Epoch()) {
+        m_isFindingAccess = true;
+        const AccessMode mode = ComputeAccess(locks);
+        m_isFindingAccess = false;
+        known = {.epoch = m_context.Epoch(), .mode = mode};
     }
+    return known.mode;
+}
+
+AccessMode Node::ComputeAccess(Locks locks)
+{
+    if (m_isImplemented != nullptr && !IsTrue(*m_isImplemented))
+        return AccessMode::NotImplemented;
+    if (m_isAvailable != nullptr && !IsTrue(*m_isAvailable))
+        return AccessMode::NotAvailable;
+    const AccessMode mode = Combine(OwnAccess(), m_imposedAccess);
     // A lock that cannot be read does not lock: the camera still refuses by itself.
-    if (locks == Locks::Asked && IsWritable(mode) && m_isLocked != nullptr && IsTrue(*m_isLocked)) {
-        mode = IsReadable(mode) ? AccessMode::ReadOnly : AccessMode::NotAvailable;
-        m_context.SetLock(m_isLocked->Info().name);
-    }
-    m_isFindingAccess = false;
-    return mode;
+    if (locks == Locks::LeftOut || !IsWritable(mode) || m_isLocked == nullptr || !IsTrue(*m_isLocked))
+        return mode;
+    m_context.SetLock(m_isLocked->Info().name);
+    return IsReadable(mode) ? AccessMode::ReadOnly : AccessMode::NotAvailable;
 }
 
 VxExpected<std::int64_t> Node::GetInteger()

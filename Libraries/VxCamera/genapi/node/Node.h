@@ -144,7 +144,15 @@ protected:
 private:
     enum class Locks : std::uint8_t { Asked, LeftOut };
 
+    /// What was found out in an epoch of the context. Conditions of conditions ask for the same again and
+    /// again.
+    struct KnownAccess {
+        std::uint64_t epoch = 0; // 0: nothing yet
+        AccessMode mode = AccessMode::NotImplemented;
+    };
+
     [[nodiscard]] AccessMode FindAccess(Locks locks);
+    [[nodiscard]] AccessMode ComputeAccess(Locks locks);
     bool ApplyCommon(const NodeProperty& property);
     bool ApplyCommonReference(const NodeProperty& property);
     bool ApplyDisplay(const NodeProperty& property);
@@ -180,6 +188,8 @@ private:
     std::optional<std::uint64_t> m_eventId;
     AccessMode m_imposedAccess = AccessMode::ReadWrite;
     bool m_isFindingAccess = false;
+    KnownAccess m_access;          // with locks
+    KnownAccess m_unlockedAccess;  // without
     std::uint32_t m_pollingMs = 0; // 0: never
 };
 

@@ -14,6 +14,7 @@ constexpr std::size_t kBudgetSteps = 2'000'000;
 void NodeContext::BeginOperation()
 {
     m_budget = kBudgetSteps;
+    ++m_epoch;
     m_lock = {};
 }
 

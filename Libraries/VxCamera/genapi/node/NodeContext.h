@@ -57,6 +57,11 @@ public:
     /// Starts an operation of a user with a fresh budget.
     void BeginOperation();
 
+    /// A number that changes with each operation and with each change of a value in it: what was found out
+    /// under the same number still holds.
+    [[nodiscard]] std::uint64_t Epoch() const { return m_epoch; }
+    void BeginEpoch() { ++m_epoch; }
+
     /// @return  false when the operation has become too deep or too expensive; Leave must follow in any case
     [[nodiscard]] bool Enter();
     void Leave() { --m_depth; }
@@ -76,6 +81,7 @@ private:
     const IVxClock* const m_clock; // borrowed: outlives the map
     int m_depth = 0;
     std::size_t m_budget = 0;
+    std::uint64_t m_epoch = 1;
     std::string_view m_lock; // borrowed from the description
 };
 

@@ -276,7 +276,7 @@ VxExpected<std::string> Unzip(std::string_view archive)
     if (!unpacked)
         return unpacked;
     if (unpacked->size() != entry->unpackedBytes)
-        return Damaged("its file is shorter than it says");
+        return Damaged("its file does not have the length that it should");
     const uLong checksum =
         crc32(0, reinterpret_cast<const Bytef*>(unpacked->data()), static_cast<uInt>(unpacked->size()));
     if (checksum != entry->checksum)

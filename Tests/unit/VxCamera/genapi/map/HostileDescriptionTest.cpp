@@ -94,7 +94,8 @@ TEST_F(HostileDescriptionTest, EndsFormulasThatDoubleWithEachStep)
     }
     Load(nodes);
 
-    EXPECT_EQ(CodeOf(map->GetInteger(Id("K0"))), VxError::NotAvailable); // found while asking for access
+    EXPECT_EQ(CodeOf(map->GetInteger(Id("K0"))), VxError::InvalidData);
+    EXPECT_EQ(Access("K0"), AccessMode::ReadOnly);
     EXPECT_EQ(ValueOf(map->GetInteger(Id("K50"))), 1024);
 }
 
