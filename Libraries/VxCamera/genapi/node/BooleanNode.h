@@ -18,6 +18,8 @@ public:
     {
     }
 
+    [[nodiscard]] Node* FixedTarget() const override { return m_source.FixedTarget(); }
+
 protected:
     void Apply(const NodeProperty& property) override;
     void Finish() override;

@@ -35,6 +35,7 @@ public:
     /// now
     [[nodiscard]] VxResult Select(std::string_view symbol);
 
+    [[nodiscard]] Node* FixedTarget() const override { return m_source.FixedTarget(); }
     [[nodiscard]] std::string_view NameOfNumber(std::int64_t value) const override;
 
 protected:
