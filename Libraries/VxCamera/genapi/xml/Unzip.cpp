@@ -45,6 +45,11 @@ VxResult Damaged(const std::string& what)
                     "the zip archive with the camera's description is damaged: " + what);
 }
 
+VxResult NoMemory()
+{
+    return VxResult(VxError::OutOfMemory, "there is no memory for unzipping the camera's description");
+}
+
 std::span<const std::byte> BytesOf(std::string_view text)
 {
     return std::as_bytes(std::span(text.data(), text.size()));
@@ -211,7 +216,7 @@ VxExpected<std::string> Inflate(std::string_view packed, std::size_t size)
     constexpr std::size_t kFirstBytes = 1024 * 1024;
     Inflater inflater;
     if (!inflater.IsReady())
-        return VxError::OutOfMemory;
+        return NoMemory();
     z_stream& stream = inflater.Stream();
     stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(packed.data())); // zlib only reads there
     stream.avail_in = static_cast<uInt>(packed.size()); // the directory's field has 32 bits
@@ -227,7 +232,7 @@ VxExpected<std::string> Inflate(std::string_view packed, std::size_t size)
         unpacked.resize(unpacked.size() - stream.avail_out);
     }
     if (state == Z_MEM_ERROR)
-        return VxError::OutOfMemory;
+        return NoMemory();
     if (unpacked.size() > size)
         return Damaged("its file is longer than it says");
     if (state != Z_STREAM_END)
