@@ -14,6 +14,8 @@ public:
     CCritSec& operator=(const CCritSec&) = delete;
 
     void Lock() { ::EnterCriticalSection(&m_CritSec); }
+    /// @return  false when another thread has it
+    [[nodiscard]] bool TryLock() { return ::TryEnterCriticalSection(&m_CritSec) != FALSE; }
     void Unlock() { ::LeaveCriticalSection(&m_CritSec); }
 
 private:

@@ -17,6 +17,7 @@ FrameFormat FrameFormat::Of(const AM_MEDIA_TYPE& type)
     format.bitmapHeightPx = bitmap.biHeight;
     format.bitCount = bitmap.biBitCount;
     format.imageBytes = bitmap.biSizeImage;
+    format.bitmap = bitmap;
     return format;
 }
 

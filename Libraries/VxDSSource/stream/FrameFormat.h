@@ -21,6 +21,7 @@ struct FrameFormat {
     std::int32_t bitmapHeightPx = 0; ///< positive: bottom-up
     std::uint16_t bitCount = 0;      ///< bits a pixel
     std::uint32_t imageBytes = 0;    ///< as the type says; the sample may be smaller
+    BITMAPINFOHEADER bitmap{};       ///< all of the type's; zero when it is not usable
 };
 
 } // namespace vxds

@@ -36,6 +36,15 @@ public:
     }
     [[nodiscard]] std::uint32_t LastImageBytes() const { return m_lastImageBytes.load(); }
 
+    /// What the hot pixel diagnostic counted, and in pictures of what size. Streaming thread only.
+    void NotePixelVariation(std::int32_t count, PictureSize picture)
+    {
+        m_pixelVariationCount = count;
+        m_analysedSize = picture;
+    }
+    [[nodiscard]] std::int32_t PixelVariationCount() const { return m_pixelVariationCount; }
+    [[nodiscard]] PictureSize AnalysedSize() const { return m_analysedSize; }
+
     /// Streaming thread only.
     void NoteError(const wchar_t* text) { m_lastErrorText = text; }
     [[nodiscard]] const std::wstring& LastErrorText() const { return m_lastErrorText; }
@@ -53,6 +62,8 @@ private:
     std::atomic<std::uint32_t> m_lastImageHeight = 0;
     std::atomic<std::uint32_t> m_lastImageBytes = 0;
     std::wstring m_lastErrorText;
+    std::int32_t m_pixelVariationCount = 0;
+    PictureSize m_analysedSize;
     std::atomic<bool> m_clearPending = false;
 };
 

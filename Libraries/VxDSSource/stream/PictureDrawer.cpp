@@ -79,6 +79,8 @@ bool PictureDrawer::PrepareBitmap(const FrameTarget& target)
         target.ZeroFill(format.imageBytes); // margins, and the remains of an overlay
         m_statistics.NoteCleared();
     }
+    if (target.hasDiagnostics && target.kernelSize <= 0)
+        m_statistics.NotePixelVariation(0, {}); // nothing is counted without a kernel
     return true;
 }
 

@@ -18,7 +18,10 @@ namespace vxds {
 class PictureDrawer {
 public:
     /// @param statistics  borrowed: the pin's, as this object is
-    explicit PictureDrawer(FrameStatistics& statistics) : m_statistics(statistics) {}
+    explicit PictureDrawer(FrameStatistics& statistics)
+        : m_statistics(statistics), m_rgb(statistics), m_yuv(statistics)
+    {
+    }
 
     void Draw(VxBuffer& camera, const FrameTarget& target);
 

@@ -2,6 +2,7 @@
 
 #include "VxDSSource/camera/VxImage.h"
 #include "VxDSSource/stream/CameraPixelTypes.h"
+#include "VxDSSource/stream/PictureDiagnosis.h"
 
 #include <algorithm>
 #include <limits>
@@ -84,6 +85,7 @@ void RgbPicture::DrawProcessed(const VxBuffer& camera, const FrameTarget& target
         target.ZeroFill();
         return;
     }
+    DiagnosePicture(source, target, m_statistics);
 
     const std::uint64_t pixels = std::uint64_t{target.delivered.widthPx} * target.delivered.heightPx;
     const std::span<std::uint8_t> drawn = target.First(pixels * (target.format.bitCount / 8U));

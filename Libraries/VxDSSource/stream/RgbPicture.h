@@ -2,6 +2,7 @@
 
 #include "VxDSSource/camera/VxBuffer.h"
 #include "VxDSSource/camera/VxBufferConverter.h"
+#include "VxDSSource/stream/FrameStatistics.h"
 #include "VxDSSource/stream/FrameTarget.h"
 #include "VxDSSource/stream/PictureProcessor.h"
 
@@ -15,6 +16,9 @@ namespace vxds {
 /// Thread: the streaming thread.
 class RgbPicture {
 public:
+    /// @param statistics  borrowed: the pin's, as this object is
+    explicit RgbPicture(FrameStatistics& statistics) : m_statistics(statistics) {}
+
     /// @param target  its bitmap is at least as large as what is delivered
     void Draw(const VxBuffer& camera, const FrameTarget& target);
 
@@ -23,6 +27,7 @@ private:
     void DrawProcessed(const VxBuffer& camera, const FrameTarget& target);
     [[nodiscard]] cv::Mat ConvertAtSourceSize(const VxBuffer& camera, const FrameTarget& target);
 
+    FrameStatistics& m_statistics;
     VxBufferConverter m_converter{-1};
     VxBuffer m_sample{VxPayloadType::Image}; // describes the memory of the sample that is drawn
     VxBuffer m_source{VxPayloadType::Image}; // picture at source size; its memory is kept

@@ -6,6 +6,8 @@
 #include "VxBase/VxString.h"
 #include "VxDSSource/filter/DefaultSettings.h"
 #include "VxDSSource/filter/SettingsRecord.h"
+#include "VxDSSource/overlay/GdiPlusSession.h"
+#include "VxDSSource/overlay/StatusSummary.h"
 #include "VxDSSource/stream/AcquisitionMutex.h"
 #include "VxDSSource/stream/BufferChooser.h"
 #include "VxDSSource/stream/CameraLink.h"
@@ -146,6 +148,9 @@ private:
     [[nodiscard]] vxds::HeldBuffer TakeBuffer();
     [[nodiscard]] vxds::FrameTarget TargetFor(const VxBuffer& camera, std::span<std::uint8_t> memory);
     void Stamp(IMediaSample& sample);
+    [[nodiscard]] bool ProduceFrame(IMediaSample& sample, std::span<std::uint8_t> memory);
+    [[nodiscard]] vxds::SummaryValues ValuesForSummary(bool canSeeLink);
+    void ShowSummary(std::span<std::uint8_t> memory, bool hasAcquisitionMutex);
 
     [[nodiscard]] HRESULT OnFeatures(const std::function<HRESULT(VxGenParameterArray&)>& action);
     [[nodiscard]] HRESULT OnFeature(const std::wstring& name,
@@ -155,6 +160,7 @@ private:
     void SetDefaultSummary(std::wstring summary);
 
     vxds::AcquisitionMutex m_acquisitionMutex;
+    vxds::GdiPlusSession m_gdiPlus;
     vxds::SettingsRecord m_settings;
     vxds::DefaultSettings m_defaults;
     vxds::CameraLink m_link;

@@ -1,6 +1,7 @@
 #include "VxDSSource/stream/VxDSStream.h"
 
 #include "BaseClasses/CAutoLock.h"
+#include "BaseClasses/VxTryLock.h"
 #include "VxDSSource/camera/VxBuffer.h"
 #include "VxDSSource/camera/VxImage.h"
 
@@ -67,18 +68,71 @@ HRESULT VxDSStream::FillBuffer(IMediaSample* sample)
     try {
         AdoptFormatOf(*sample);
         const AcquisitionMutex::Lock lock(m_acquisitionMutex, kMutexTimeoutMs);
-        HeldBuffer buffer = lock.IsHeld() ? TakeBuffer() : HeldBuffer();
-        if (buffer) {
-            m_drawer.Draw(*buffer, TargetFor(*buffer, memory));
-            Stamp(*sample);
-            buffer.Release(); // before anything else is drawn: the pipeline may be short of buffers
-        } else {
+        if (!lock.IsHeld() || !ProduceFrame(*sample, memory))
             std::ranges::fill(memory, std::uint8_t{0});
-        }
+        if (m_settings.Flag(Setting::DiagnosticsEnabled))
+            ShowSummary(memory, lock.IsHeld());
     } catch (const std::exception&) {
-        std::ranges::fill(memory, std::uint8_t{0}); // no memory, or settings that the picture library refuses
+        std::ranges::fill(memory, std::uint8_t{0}); // no memory
     }
     return S_OK;
+}
+
+bool VxDSStream::ProduceFrame(IMediaSample& sample, std::span<std::uint8_t> memory)
+{
+    try {
+        const HeldBuffer buffer = TakeBuffer();
+        if (!buffer)
+            return false;
+        m_drawer.Draw(*buffer, TargetFor(*buffer, memory));
+        Stamp(sample);
+        return true;
+    } catch (const std::exception&) {
+        return false; // no memory, or settings that the picture library refuses
+    }
+}
+
+void VxDSStream::ShowSummary(std::span<std::uint8_t> memory, bool hasAcquisitionMutex)
+{
+    try {
+        const OverlayFrame frame{memory, CurrentFrameFormat().bitmap};
+        if (hasAcquisitionMutex) {
+            DrawStatusSummary(m_gdiPlus, ValuesForSummary(true), frame);
+            return;
+        }
+        // Somebody else is connecting or closing: the link is looked at only if it can be had at once. It is
+        // held while the text is drawn, which calls nobody but GDI+.
+        const VxTryLock linkLock(*m_link.Guard());
+        DrawStatusSummary(m_gdiPlus, ValuesForSummary(linkLock.IsHeld()), frame);
+    } catch (const std::exception&) {
+        // No memory for the text: the frame goes out without it.
+    }
+}
+
+SummaryValues VxDSStream::ValuesForSummary(bool canSeeLink)
+{
+    SummaryValues values;
+    values.deviceId = m_settings.Text(Setting::DeviceId);
+    values.role = m_settings.Number(Setting::Role);
+    values.unicastPort = m_settings.Number(Setting::UnicastPort);
+    values.multicastAddress = m_settings.Text(Setting::MulticastAddress);
+    values.multicastPort = m_settings.Number(Setting::MulticastPort);
+    values.renderWidthPx = m_settings.Number(Setting::Width);
+    values.renderHeightPx = m_settings.Number(Setting::Height);
+    if (canSeeLink) {
+        values.device = m_link.Device();
+        values.stream = m_link.Stream();
+        values.lastConnectResult = m_link.LastConnectResult();
+        values.lastOpenResult = m_link.LastOpenResult();
+    }
+    values.lastImageWidthPx = m_statistics.LastImageSize().widthPx;
+    values.lastImageHeightPx = m_statistics.LastImageSize().heightPx;
+    values.blocksDroppedByFilter = m_statistics.BlocksDroppedByFilter();
+    values.lastErrorText = m_statistics.LastErrorText();
+    values.sourceWidthPx = m_statistics.AnalysedSize().widthPx;
+    values.sourceHeightPx = m_statistics.AnalysedSize().heightPx;
+    values.pixelVariationCount = m_statistics.PixelVariationCount();
+    return values;
 }
 
 void VxDSStream::AdoptFormatOf(IMediaSample& sample)

@@ -1,6 +1,7 @@
 #include "VxDSSource/stream/YuvPicture.h"
 
 #include "VxDSSource/camera/VxImage.h"
+#include "VxDSSource/stream/PictureDiagnosis.h"
 #include "VxDSSource/stream/Yuv422Formula.h"
 
 #include <opencv2/imgproc.hpp>
@@ -52,6 +53,7 @@ void YuvPicture::Draw(VxImage& image, Yuv422Layout layout, const FrameTarget& ta
     const int code = layout == Yuv422Layout::Uyvy ? cv::COLOR_YUV2BGR_UYVY : cv::COLOR_YUV2BGR_YUY2;
     cv::cvtColor(PackedSource(image, layout, target.source), m_bgr, code);
     const cv::Mat source = m_bgr.colRange(0, static_cast<int>(target.source.widthPx));
+    DiagnosePicture(source, target, m_statistics);
     const cv::Mat result = m_processor.Process(source, target, cv::Mat());
 
     const std::uint64_t pixels = std::uint64_t{target.delivered.widthPx} * target.delivered.heightPx;

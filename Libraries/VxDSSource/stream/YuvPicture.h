@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VxDSSource/stream/CameraPixelTypes.h"
+#include "VxDSSource/stream/FrameStatistics.h"
 #include "VxDSSource/stream/FrameTarget.h"
 #include "VxDSSource/stream/PictureProcessor.h"
 
@@ -16,6 +17,9 @@ namespace vxds {
 /// Thread: the streaming thread.
 class YuvPicture {
 public:
+    /// @param statistics  borrowed: the pin's, as this object is
+    explicit YuvPicture(FrameStatistics& statistics) : m_statistics(statistics) {}
+
     /// @param layout  not None
     /// @param target  its bitmap is at least as large as what is delivered
     void Draw(VxImage& image, Yuv422Layout layout, const FrameTarget& target);
@@ -24,6 +28,7 @@ private:
     [[nodiscard]] cv::Mat PackedSource(VxImage& image, Yuv422Layout layout, PictureSize source);
     [[nodiscard]] cv::Mat CompletedSource(const VxImage& image, Yuv422Layout layout, PictureSize source);
 
+    FrameStatistics& m_statistics;
     cv::Mat m_completed; // packed, with an even width
     cv::Mat m_bgr;
     PictureProcessor m_processor;

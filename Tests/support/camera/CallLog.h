@@ -50,6 +50,16 @@ public:
         return texts;
     }
 
+    /// Of every kind.
+    [[nodiscard]] std::vector<std::string> All() const
+    {
+        const VxLock lock(m_mutex);
+        std::vector<std::string> texts;
+        for (const Call& call : m_calls)
+            texts.push_back(call.text);
+        return texts;
+    }
+
     void Clear()
     {
         const VxLock lock(m_mutex);
