@@ -67,6 +67,25 @@ struct Avx2Vector {
                                   _mm256_slli_epi32(second, 16 - kCoefficientBits), kOddWords);
     }
 
+    VX_KERNEL_PART static Bytes LoadWords(const std::uint8_t* from)
+    {
+        return _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
+    }
+    VX_KERNEL_PART static Bytes MultiplyWords(Bytes a, Bytes b) { return _mm256_mullo_epi16(a, b); }
+    template <unsigned bits>
+    VX_KERNEL_PART static Bytes ShiftWords(Bytes a)
+    {
+        return _mm256_srli_epi16(a, bits);
+    }
+    VX_KERNEL_PART static Bytes ShiftDwords(Bytes a) { return _mm256_srai_epi32(a, kCoefficientBits); }
+    VX_KERNEL_PART static Bytes PackDwords(Bytes a, Bytes b, Bytes c, Bytes d)
+    {
+        // Packing works within lanes: the eight quarters come out alternating.
+        const Bytes order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+        return _mm256_permutevar8x32_epi32(
+            _mm256_packus_epi16(_mm256_packs_epi32(a, b), _mm256_packs_epi32(c, d)), order);
+    }
+
     template <Target target>
     VX_KERNEL_PART static void ExpandMono(const std::uint8_t* from, std::uint8_t* to)
     {
@@ -104,6 +123,12 @@ struct Avx2Vector {
             Store(to, bytes);
         else
             StoreLanes(to, to + step, bytes);
+    }
+
+    template <std::size_t step>
+    VX_KERNEL_PART static Bytes GatherLanes(const std::uint8_t* from, Bytes indices)
+    {
+        return _mm256_shuffle_epi8(LoadLanes<step>(from), indices);
     }
 
     template <std::size_t sourceStep, std::size_t targetStep>

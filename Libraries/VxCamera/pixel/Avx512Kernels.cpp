@@ -60,6 +60,30 @@ struct Avx512Vector {
                                        _mm512_slli_epi32(second, 16 - kCoefficientBits));
     }
 
+    VX_KERNEL_PART static Bytes LoadWords(const std::uint8_t* from)
+    {
+        return _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(from)));
+    }
+    VX_KERNEL_PART static Bytes MultiplyWords(Bytes a, Bytes b) { return _mm512_mullo_epi16(a, b); }
+    template <unsigned bits>
+    VX_KERNEL_PART static Bytes ShiftWords(Bytes a)
+    {
+        return _mm512_srli_epi16(a, bits);
+    }
+    VX_KERNEL_PART static Bytes ShiftDwords(Bytes a) { return _mm512_srai_epi32(a, kCoefficientBits); }
+    VX_KERNEL_PART static Bytes PackDwords(Bytes a, Bytes b, Bytes c, Bytes d)
+    {
+        // Packing works within 16 bytes: the sixteen parts come out alternating.
+        const Bytes order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+        return _mm512_permutexvar_epi32(
+            order, _mm512_packus_epi16(_mm512_packs_epi32(a, b), _mm512_packs_epi32(c, d)));
+    }
+    template <std::size_t step>
+    VX_KERNEL_PART static Bytes GatherLanes(const std::uint8_t* from, Bytes indices)
+    {
+        return _mm512_permutexvar_epi8(indices, Load(from));
+    }
+
     template <Target target>
     VX_KERNEL_PART static void ExpandMono(const std::uint8_t* from, std::uint8_t* to)
     {

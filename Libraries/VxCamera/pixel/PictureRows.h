@@ -14,18 +14,29 @@ namespace pixel {
 // Fixed by demosaicing two rows at a time: they and one on either side.
 constexpr std::size_t kRowsHeld = 4;
 
-/// The rows of a source picture as one byte per component, unpacked on the way where necessary.
+/// Where the rows of one plane of a picture lie.
+struct PlaneLayout {
+    std::size_t firstByte;   ///< of the plane in the picture
+    std::size_t rowBytes;    ///< without padding
+    std::size_t strideBytes; ///< from one row to the next
+};
+
+/// How the rows of a plane become bytes.
+struct RowUnpacking {
+    UnpackKernel kernel;            ///< null: rows are handed out where they lie
+    std::size_t bytesPerRow;        ///< of an unpacked row
+    std::span<std::uint8_t> memory; ///< kRowsHeld unpacked rows; may be empty when there is nothing to unpack
+};
+
+/// The rows of one plane of a source picture as one byte per component, unpacked on the way where necessary.
 ///
 /// Owner:  one conversion. Borrows the picture and the memory for unpacked rows.
 /// Thread: one.
 class SourceRows {
 public:
-    /// @param layout           of the picture, whose bytes suffice for it
-    /// @param unpack           null: rows are handed out where they lie
-    /// @param componentsPerRow bytes of an unpacked row
-    /// @param memory           kRowsHeld unpacked rows; may be empty when there is nothing to unpack
-    SourceRows(const VxPictureView& picture, const VxPictureLayout& layout, UnpackKernel unpack,
-               std::size_t componentsPerRow, std::span<std::uint8_t> memory);
+    /// @param picture  its bytes suffice for the plane
+    SourceRows(std::span<const std::uint8_t> picture, const PlaneLayout& plane,
+               const RowUnpacking& unpacking);
 
     /// @return  row y, valid until a row is asked for whose number differs by kRowsHeld
     [[nodiscard]] std::span<const std::uint8_t> Row(std::size_t y);
@@ -33,12 +44,9 @@ public:
 private:
     static constexpr std::size_t kNoRow = SIZE_MAX;
 
-    std::span<const std::uint8_t> m_bytes; // borrowed
-    std::size_t m_rowBytes;
-    std::size_t m_strideBytes;
-    UnpackKernel m_unpack;
-    std::size_t m_componentsPerRow;
-    std::span<std::uint8_t> m_memory; // borrowed
+    std::span<const std::uint8_t> m_picture; // borrowed
+    PlaneLayout m_plane;
+    RowUnpacking m_unpacking; // its memory is borrowed
     std::array<std::size_t, kRowsHeld> m_held;
 };
 
@@ -48,21 +56,29 @@ private:
 /// Thread: one.
 class TargetRows {
 public:
+    /// The part of the picture that is written.
+    struct Part {
+        std::size_t rows;
+        std::size_t bytesPerRow;
+    };
+
     /// @param layout      of the picture, whose bytes suffice for it
-    /// @param usedBytes   bytes to be written of each row
     /// @param isBottomUp  the row that is seen first is the last one in memory
-    TargetRows(const VxWritablePictureView& picture, const VxPictureLayout& layout, std::size_t usedBytes,
+    TargetRows(const VxWritablePictureView& picture, const VxPictureLayout& layout, Part part,
                bool isBottomUp);
+
+    /// @return  how many rows are to be written
+    [[nodiscard]] std::size_t Count() const { return m_part.rows; }
 
     [[nodiscard]] std::span<std::uint8_t> Row(std::size_t y) const
     {
-        return m_bytes.subspan((m_isBottomUp ? m_lastRow - y : y) * m_strideBytes, m_usedBytes);
+        return m_bytes.subspan((m_isBottomUp ? m_lastRow - y : y) * m_strideBytes, m_part.bytesPerRow);
     }
 
 private:
     std::span<std::uint8_t> m_bytes; // borrowed
     std::size_t m_strideBytes;
-    std::size_t m_usedBytes;
+    Part m_part;
     std::size_t m_lastRow;
     bool m_isBottomUp;
 };

@@ -163,7 +163,15 @@ struct ChannelOffsets {
         return {3, 0, 1, 2, 3};
     case InterleavedRow::Rgba:
         return {4, 2, 1, 0, 3};
+    case InterleavedRow::Rgbx:
+        return {4, 2, 1, 0, 4};
+    case InterleavedRow::Xbgr:
+        return {4, 1, 2, 3, 4};
+    case InterleavedRow::Mono32:
+        return {4, 3, 3, 3, 4}; // the most significant byte
     case InterleavedRow::Bgra:
+    case InterleavedRow::Rgb565: // has no whole bytes
+    case InterleavedRow::Bgr565:
         break;
     }
     return {4, 0, 1, 2, 3};
@@ -180,6 +188,132 @@ constexpr void ConvertInterleaved(std::span<const std::uint8_t> source, std::spa
         const std::uint8_t alpha = kAt.alpha < kAt.bytesPerPixel ? from[kAt.alpha] : kOpaque;
         PutColor<target>(destination, x, {from[kAt.blue], from[kAt.green], from[kAt.red], alpha});
     }
+}
+
+/// Fields of 5, 6 and 5 bits of a 16-bit number, and how they are stretched to 0..255: the nearest to
+/// field * 255 / 31 or / 63, which these factors give for every field (chosen by trying all of them).
+namespace rgb565 {
+constexpr unsigned kLowMask = 0x1F;
+constexpr unsigned kMiddleMask = 0x3F;
+constexpr unsigned kMiddleShift = 5;
+constexpr unsigned kHighShift = 11;
+constexpr unsigned kFactor5 = 527;
+constexpr unsigned kOffset5 = 23;
+constexpr unsigned kFactor6 = 259;
+constexpr unsigned kOffset6 = 33;
+constexpr unsigned kShift = 6;
+} // namespace rgb565
+
+/// Converts the pixels [begin, end) of a row of 5, 6 and 5 bits.
+template <InterleavedRow layout, Target target>
+constexpr void Convert565(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                          std::size_t begin, std::size_t end)
+{
+    using namespace rgb565;
+    const auto stretch5 = [](unsigned field) {
+        return static_cast<std::uint8_t>((field * kFactor5 + kOffset5) >> kShift); // at most 255
+    };
+    for (std::size_t x = begin; x < end; ++x) {
+        constexpr unsigned kByteBits = 8;
+        const unsigned pixel = source[2 * x] | static_cast<unsigned>(source[2 * x + 1]) << kByteBits;
+        const std::uint8_t low = stretch5(pixel & kLowMask);
+        const std::uint8_t high = stretch5(pixel >> kHighShift);
+        const unsigned middle = ((pixel >> kMiddleShift & kMiddleMask) * kFactor6 + kOffset6) >> kShift;
+        const auto green = static_cast<std::uint8_t>(middle); // at most 255
+        constexpr bool kIsRedLow = layout == InterleavedRow::Rgb565;
+        PutColor<target>(destination, x, {kIsRedLow ? high : low, green, kIsRedLow ? low : high, kOpaque});
+    }
+}
+
+/// The bytes of a pixel with brightness and both colour differences.
+struct TripleOffsets {
+    std::size_t luma;
+    std::size_t cb;
+    std::size_t cr;
+};
+
+[[nodiscard]] constexpr TripleOffsets OffsetsOf(TripleRow layout)
+{
+    return layout == TripleRow::Yuv ? TripleOffsets{0, 1, 2} : TripleOffsets{1, 0, 2};
+}
+
+// Fixed by 4:4:4: three bytes per pixel.
+constexpr std::size_t kTripleBytes = 3;
+
+/// Converts the pixels [begin, end) of a row of brightness and both differences.
+template <TripleRow layout, Target target>
+constexpr void ConvertTriples(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                              std::size_t begin, std::size_t end, const ColorCoefficients& coefficients)
+{
+    constexpr TripleOffsets kAt = OffsetsOf(layout);
+    for (std::size_t x = begin; x < end; ++x) {
+        const auto from = source.subspan(x * kTripleBytes, kTripleBytes);
+        PutColor<target>(destination, x, ColorOf(from[kAt.luma], from[kAt.cb], from[kAt.cr], coefficients));
+    }
+}
+
+/// Converts the pixels [begin, end) of a row whose differences lie in a row of their own.
+template <ChromaRow layout, Target target>
+constexpr void ConvertSemiplanar(const SemiplanarRows& rows, std::span<std::uint8_t> destination,
+                                 std::size_t begin, std::size_t end, const ColorCoefficients& coefficients)
+{
+    constexpr std::size_t kCb = layout == ChromaRow::Uv ? 0 : 1;
+    for (std::size_t x = begin; x < end; ++x) {
+        const auto pair = rows.chroma.subspan(x / 2 * 2, 2);
+        PutColor<target>(destination, x, ColorOf(rows.luma[x], pair[kCb], pair[1 - kCb], coefficients));
+    }
+}
+
+/// Converts the pixels [begin, end) of a picture in planes.
+template <Target target>
+constexpr void ConvertPlanes(const ColorRows& rows, std::span<std::uint8_t> destination, std::size_t begin,
+                             std::size_t end)
+{
+    for (std::size_t x = begin; x < end; ++x)
+        PutColor<target>(destination, x, {rows.blue[x], rows.green[x], rows.red[x], kOpaque});
+}
+
+/// Converts the pixels [begin, end) of a row of two colours per pixel.
+template <Target target>
+constexpr void ConvertBiColor(const BiColorRows& rows, BiColorPhase phase,
+                              std::span<std::uint8_t> destination, std::size_t begin, std::size_t end)
+{
+    for (std::size_t x = begin; x < end; ++x) {
+        const std::uint8_t own = rows.row[2 * x];
+        const std::uint8_t green = rows.row[2 * x + 1];
+        const auto other =
+            static_cast<std::uint8_t>(Average(rows.above[2 * x], rows.below[2 * x])); // of bytes
+        const bool isRed = phase == BiColorPhase::Red;
+        PutColor<target>(destination, x, {isRed ? other : own, green, isRed ? own : other, kOpaque});
+    }
+}
+
+/// One component of a group. A byte that a row lacks is taken from the group before, as the next nearest
+/// colour difference; where there is none it is the difference of nothing. Only 4:1:1 lacks any.
+[[nodiscard]] constexpr std::uint8_t UnpackComponent(const PackedGroup& group,
+                                                     std::span<const std::uint8_t> packed, std::size_t index)
+{
+    constexpr unsigned kByteBits = 8;
+    constexpr unsigned kByteMask = 0xFF;
+    const PackedComponent at = group.components[index % kUnpackGroup];
+    std::size_t first = index / kUnpackGroup * group.bytes + at.byte;
+    if (first >= packed.size()) {
+        if (first < group.bytes)
+            return static_cast<std::uint8_t>(kChromaCentre); // 128
+        first -= group.bytes;
+    }
+    const unsigned next = first + 1 < packed.size() ? packed[first + 1] : 0u;
+    const unsigned kept = (packed[first] | next << kByteBits) >> at.shift & ((1u << group.bits) - 1);
+    const unsigned value = kept * (kByteMask / ((1u << group.bits) - 1)); // exact for 1, 2, 4 and 8 bits
+    return static_cast<std::uint8_t>(value ^ group.inverted);             // at most 255
+}
+
+/// Unpacks the components from `begin` on.
+constexpr void UnpackComponents(const PackedGroup& group, std::span<const std::uint8_t> packed,
+                                std::span<std::uint8_t> components, std::size_t begin)
+{
+    for (std::size_t i = begin; i < components.size(); ++i)
+        components[i] = UnpackComponent(group, packed, i);
 }
 
 } // namespace pixel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VxCamera/pixel/ColorCoefficients.h"
+#include "VxCamera/pixel/UnpackRows.h"
 
 #include <array>
 #include <cstddef>
@@ -18,13 +19,34 @@ enum class InstructionSet : std::uint8_t {
 };
 constexpr std::size_t kInstructionSetCount = 4;
 
-/// Rows of whole pixels with 8 bits per component.
-enum class InterleavedRow : std::uint8_t { Mono, Rgb, Bgr, Rgba, Bgra };
-constexpr std::size_t kInterleavedRowCount = 5;
+/// Rows of whole pixels.
+enum class InterleavedRow : std::uint8_t {
+    Mono,
+    Rgb,
+    Bgr,
+    Rgba,
+    Bgra,
+    Rgbx,   ///< red, green, blue and a byte without meaning
+    Xbgr,   ///< a byte without meaning, blue, green, red
+    Mono32, ///< brightness of 32 bits, little endian
+    Rgb565, ///< red, green, blue of 5, 6 and 5 bits from bit 0 of a little-endian number on
+    Bgr565, ///< the same, blue first
+};
+constexpr std::size_t kInterleavedRowCount = 10;
+constexpr std::array<std::size_t, kInterleavedRowCount> kInterleavedBytesPerPixel{1, 3, 3, 4, 4,
+                                                                                  4, 4, 4, 2, 2};
 
 /// Rows of pairs of pixels that share their colour.
 enum class PairRow : std::uint8_t { Yuyv, Uyvy };
 constexpr std::size_t kPairRowCount = 2;
+
+/// Rows of pixels with brightness and both colour differences.
+enum class TripleRow : std::uint8_t { Yuv, Uyv };
+constexpr std::size_t kTripleRowCount = 2;
+
+/// Rows of colour differences for every second pixel, beside a row of brightness.
+enum class ChromaRow : std::uint8_t { Uv, Vu };
+constexpr std::size_t kChromaRowCount = 2;
 
 /// What every conversion ends in. The number of the enumerator selects a kernel.
 enum class Target : std::uint8_t { Bgr, Bgra };
@@ -48,6 +70,30 @@ struct BayerPhase {
     bool isFirstPixelGreen; ///< of the first row; the second row then starts with the other kind
 };
 
+/// Three rows of a picture with two colours per pixel: green behind red in one row and behind blue in the
+/// next. All of the picture's full width, and of the same length.
+struct BiColorRows {
+    std::span<const std::uint8_t> above;
+    std::span<const std::uint8_t> row;
+    std::span<const std::uint8_t> below;
+};
+
+/// What the row in the middle holds beside green.
+enum class BiColorPhase : std::uint8_t { Red, Blue };
+
+/// One row per colour.
+struct ColorRows {
+    std::span<const std::uint8_t> blue;
+    std::span<const std::uint8_t> green;
+    std::span<const std::uint8_t> red;
+};
+
+/// Brightness of every pixel, and both colour differences of every second one.
+struct SemiplanarRows {
+    std::span<const std::uint8_t> luma;
+    std::span<const std::uint8_t> chroma; ///< whole pairs
+};
+
 /// Converts the first pixels of a row, as many as the destination has.
 using InterleavedKernel = void (*)(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination);
 
@@ -61,10 +107,26 @@ using PairKernel = void (*)(std::span<const std::uint8_t> source, std::span<std:
 using BayerKernel = void (*)(const BayerRows& rows, BayerPhase phase, std::span<std::uint8_t> first,
                              std::span<std::uint8_t> second);
 
+/// The same for pixels that share nothing, for 4:2:2 and 4:2:0 in two planes, and for one plane per colour.
+using TripleKernel = void (*)(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                              const ColorCoefficients& coefficients);
+using SemiplanarKernel = void (*)(const SemiplanarRows& rows, std::span<std::uint8_t> destination,
+                                  const ColorCoefficients& coefficients);
+using PlanesKernel = void (*)(const ColorRows& rows, std::span<std::uint8_t> destination);
+
+/// The colour that a row lacks is the mean of those above and below.
+using BiColorKernel = void (*)(const BiColorRows& rows, BiColorPhase phase,
+                               std::span<std::uint8_t> destination);
+
 /// The inner loops of all conversions for one instruction set.
 struct RowKernels {
+    std::array<UnpackKernel, kUnpackKindCount> unpack;
     std::array<std::array<InterleavedKernel, kTargetCount>, kInterleavedRowCount> interleaved;
     std::array<std::array<PairKernel, kTargetCount>, kPairRowCount> pairs;
+    std::array<std::array<TripleKernel, kTargetCount>, kTripleRowCount> triples;
+    std::array<std::array<SemiplanarKernel, kTargetCount>, kChromaRowCount> semiplanar;
+    std::array<PlanesKernel, kTargetCount> planes;
+    std::array<BiColorKernel, kTargetCount> biColor;
     std::array<BayerKernel, kTargetCount> bayer;
 };
 

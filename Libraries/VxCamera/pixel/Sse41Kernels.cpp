@@ -53,6 +53,27 @@ struct Sse41Vector {
                                _mm_slli_epi32(second, 16 - kCoefficientBits), kOddWords);
     }
 
+    VX_KERNEL_PART static Bytes LoadWords(const std::uint8_t* from)
+    {
+        return _mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from)));
+    }
+    VX_KERNEL_PART static Bytes MultiplyWords(Bytes a, Bytes b) { return _mm_mullo_epi16(a, b); }
+    template <unsigned bits>
+    VX_KERNEL_PART static Bytes ShiftWords(Bytes a)
+    {
+        return _mm_srli_epi16(a, bits);
+    }
+    VX_KERNEL_PART static Bytes ShiftDwords(Bytes a) { return _mm_srai_epi32(a, kCoefficientBits); }
+    VX_KERNEL_PART static Bytes PackDwords(Bytes a, Bytes b, Bytes c, Bytes d)
+    {
+        return _mm_packus_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d));
+    }
+    template <std::size_t step>
+    VX_KERNEL_PART static Bytes GatherLanes(const std::uint8_t* from, Bytes indices)
+    {
+        return _mm_shuffle_epi8(Load(from), indices);
+    }
+
     template <Target target>
     VX_KERNEL_PART static void ExpandMono(const std::uint8_t* from, std::uint8_t* to)
     {

@@ -3,6 +3,8 @@
 #include "VxCamera/pixel/PixelArithmetic.h"
 #include "VxCamera/pixel/RowKernels.h"
 
+#include <utility>
+
 // The inner loops for every instruction set, written once over a vector type. The file of each set includes
 // this one after it has defined VX_KERNEL: the attribute that lets the compiler use the set in one function.
 // It stands at every function here, and no lambda is used: lambdas do not inherit it. The rest of a file
@@ -10,17 +12,25 @@
 // processor lacks.
 //
 // A vector type is a class without state:
-//   Bytes, kBytes                          a register and its size; Mask chooses between bytes of two
-//   registers Load, Average, Xor, And, Or, Subtract  bytes; Splat8 fills a register EvenBytes, OddBytes
-//   masks; Select(mask, a, b): bytes of a where the mask is set, else of b StoreBgr, StoreBgra kBytes pixels
-//   from one register per colour ExpandMono                             kBytes pixels from kBytes bytes in
-//   memory kLanes, kLaneBytes                     parts of a register within which bytes can go anywhere
-//   LoadLaneIndices, ShuffleLanes          sends bytes from memory to memory: each lane from an address of
-//   its own LowBytes, HighBytes, PackWords         bytes 0, 2, ... or 1, 3, ... as 16-bit numbers, and back
-//   with limits AddWords, MultiplyPairs, AddDwords     16-bit sums; sums of two 16-bit products in 32 bits;
-//   32-bit sums ShiftAndMerge                          two registers of 32-bit numbers to one of 16-bit
-//   numbers, alternating Splat32, SplatPair                     one 32-bit number, or two 16-bit numbers,
-//   everywhere
+//   Bytes, kBytes        a register and its size
+//   Mask                 chooses between the bytes of two registers: EvenBytes, OddBytes; Select(mask, a, b)
+//   is
+//                        a where the mask is set, else b
+//   Load, Store, Average, Xor, And, Or, Subtract, Splat8          bytes
+//   Splat32, SplatPair   one 32-bit number, or two 16-bit numbers, everywhere
+//   LoadWords            kBytes / 2 bytes as 16-bit numbers
+//   LowBytes, HighBytes  bytes 0, 2, ... or 1, 3, ... as 16-bit numbers; PackWords back, with limits
+//   AddWords, MultiplyWords, ShiftWords                           16 bits; shifts go right
+//   MultiplyPairs, AddDwords                                      sums of two 16-bit products in 32 bits
+//   ShiftAndMerge        two registers of 32-bit numbers, shifted by kCoefficientBits, to one of 16-bit
+//                        numbers, alternating
+//   ShiftDwords          32-bit numbers shifted by kCoefficientBits; PackDwords makes bytes of them, with
+//   limits kLanes, kLaneBytes   parts of a register within which bytes can go anywhere LoadLaneIndices the
+//   same order of bytes for every lane GatherLanes, ShuffleLanes  bytes from memory in that order, each lane
+//   from an address of its own, to a
+//                        register or to memory
+//   ExpandMono           kBytes pixels from kBytes bytes in memory
+//   StoreBgr, StoreBgra  kBytes pixels from one register per colour
 #if !defined(VX_KERNEL)
 #error "VX_KERNEL names the instruction set"
 #endif
@@ -260,13 +270,15 @@ struct PairFactors {
     typename V::Bytes offset; ///< rounding and black level, 32 bits
     typename V::Bytes centre; ///< to be added to colour differences, 16 bits
 
-    VX_KERNEL_PART explicit PairFactors(const ColorCoefficients& k)
+    VX_KERNEL_PART PairFactors(const ColorCoefficients& k, ChromaRow order)
     {
         firstLuma = V::SplatPair(k.luma, 0);
         secondLuma = V::SplatPair(0, k.luma);
-        red = V::SplatPair(0, k.redFromCr);
-        green = V::SplatPair(k.greenFromCb, k.greenFromCr);
-        blue = V::SplatPair(k.blueFromCb, 0);
+        const bool isCbFirst = order == ChromaRow::Uv;
+        red = isCbFirst ? V::SplatPair(0, k.redFromCr) : V::SplatPair(k.redFromCr, 0);
+        green = isCbFirst ? V::SplatPair(k.greenFromCb, k.greenFromCr)
+                          : V::SplatPair(k.greenFromCr, k.greenFromCb);
+        blue = isCbFirst ? V::SplatPair(k.blueFromCb, 0) : V::SplatPair(0, k.blueFromCb);
         offset = V::Splat32(kCoefficientHalf - k.luma * k.black);
         centre = V::SplatPair(-kChromaCentre, -kChromaCentre);
     }
@@ -280,21 +292,38 @@ struct PairColors {
     typename V::Bytes red;
 };
 
+/// @param luma    16 bits each
+/// @param chroma  16 bits each, the pair of every two pixels
+template <typename V>
+VX_KERNEL_PART PairColors<V> ColorsOfWords(typename V::Bytes luma, typename V::Bytes chroma,
+                                           const PairFactors<V>& factors)
+{
+    const auto centred = V::AddWords(chroma, factors.centre);
+    const auto first = V::AddDwords(V::MultiplyPairs(luma, factors.firstLuma), factors.offset);
+    const auto second = V::AddDwords(V::MultiplyPairs(luma, factors.secondLuma), factors.offset);
+    const auto red = V::MultiplyPairs(centred, factors.red);
+    const auto green = V::MultiplyPairs(centred, factors.green);
+    const auto blue = V::MultiplyPairs(centred, factors.blue);
+    return {V::ShiftAndMerge(V::AddDwords(first, blue), V::AddDwords(second, blue)),
+            V::ShiftAndMerge(V::AddDwords(first, green), V::AddDwords(second, green)),
+            V::ShiftAndMerge(V::AddDwords(first, red), V::AddDwords(second, red))};
+}
+
 template <typename V, PairRow layout>
 VX_KERNEL_PART PairColors<V> ColorsOfPairs(const std::uint8_t* source, const PairFactors<V>& factors)
 {
     const auto bytes = V::Load(source);
-    const auto luma = layout == PairRow::Yuyv ? V::LowBytes(bytes) : V::HighBytes(bytes);
-    const auto chroma =
-        V::AddWords(layout == PairRow::Yuyv ? V::HighBytes(bytes) : V::LowBytes(bytes), factors.centre);
-    const auto first = V::AddDwords(V::MultiplyPairs(luma, factors.firstLuma), factors.offset);
-    const auto second = V::AddDwords(V::MultiplyPairs(luma, factors.secondLuma), factors.offset);
-    const auto red = V::MultiplyPairs(chroma, factors.red);
-    const auto green = V::MultiplyPairs(chroma, factors.green);
-    const auto blue = V::MultiplyPairs(chroma, factors.blue);
-    return {V::ShiftAndMerge(V::AddDwords(first, blue), V::AddDwords(second, blue)),
-            V::ShiftAndMerge(V::AddDwords(first, green), V::AddDwords(second, green)),
-            V::ShiftAndMerge(V::AddDwords(first, red), V::AddDwords(second, red))};
+    if constexpr (layout == PairRow::Yuyv)
+        return ColorsOfWords<V>(V::LowBytes(bytes), V::HighBytes(bytes), factors);
+    else
+        return ColorsOfWords<V>(V::HighBytes(bytes), V::LowBytes(bytes), factors);
+}
+
+template <typename V, Target target>
+VX_KERNEL_PART void StoreWords(std::uint8_t* destination, const PairColors<V>& low, const PairColors<V>& high)
+{
+    StoreColors<V, target>(destination, V::PackWords(low.blue, high.blue),
+                           V::PackWords(low.green, high.green), V::PackWords(low.red, high.red));
 }
 
 template <typename V, PairRow layout, Target target>
@@ -302,17 +331,249 @@ VX_KERNEL void PairsRow(std::span<const std::uint8_t> source, std::span<std::uin
                         const ColorCoefficients& coefficients)
 {
     const std::size_t widthPx = destination.size() / kTargetBytes<target>;
-    const PairFactors<V> factors(coefficients);
+    const PairFactors<V> factors(coefficients, ChromaRow::Uv);
     std::size_t x = 0;
     for (; x + V::kBytes <= widthPx; x += V::kBytes) {
         const std::uint8_t* const from = source.data() + x * 2;
-        const PairColors<V> low = ColorsOfPairs<V, layout>(from, factors);
-        const PairColors<V> high = ColorsOfPairs<V, layout>(from + V::kBytes, factors);
-        StoreColors<V, target>(destination.data() + x * kTargetBytes<target>,
-                               V::PackWords(low.blue, high.blue), V::PackWords(low.green, high.green),
-                               V::PackWords(low.red, high.red));
+        StoreWords<V, target>(destination.data() + x * kTargetBytes<target>,
+                              ColorsOfPairs<V, layout>(from, factors),
+                              ColorsOfPairs<V, layout>(from + V::kBytes, factors));
     }
     ConvertPairs<layout, target>(source, destination, x, widthPx, coefficients);
+}
+
+template <typename V, ChromaRow layout, Target target>
+VX_KERNEL void SemiplanarRow(const SemiplanarRows& rows, std::span<std::uint8_t> destination,
+                             const ColorCoefficients& coefficients)
+{
+    const std::size_t widthPx = destination.size() / kTargetBytes<target>;
+    const PairFactors<V> factors(coefficients, layout);
+    constexpr std::size_t kHalf = V::kBytes / 2;
+    std::size_t x = 0;
+    for (; x + V::kBytes <= widthPx; x += V::kBytes) {
+        const std::uint8_t* const luma = rows.luma.data() + x;
+        const std::uint8_t* const chroma = rows.chroma.data() + x;
+        StoreWords<V, target>(
+            destination.data() + x * kTargetBytes<target>,
+            ColorsOfWords<V>(V::LoadWords(luma), V::LoadWords(chroma), factors),
+            ColorsOfWords<V>(V::LoadWords(luma + kHalf), V::LoadWords(chroma + kHalf), factors));
+    }
+    ConvertSemiplanar<layout, target>(rows, destination, x, widthPx, coefficients);
+}
+
+/// Where the brightness of each 32 bits, or its differences as 16-bit numbers, come from in a lane; what lies
+/// between them has no meaning.
+template <typename V, TripleRow layout>
+struct TriplePlan {
+    static constexpr std::size_t kPixels = V::kLaneBytes / 4; // 32 bits each
+    static constexpr std::size_t kStep = kPixels * kTripleBytes;
+
+    static constexpr std::array<std::uint8_t, V::kLaneBytes> Indices(std::size_t low, std::size_t high)
+    {
+        std::array<std::uint8_t, V::kLaneBytes> indices{};
+        for (std::size_t x = 0; x < kPixels; ++x) {
+            indices[4 * x] = static_cast<std::uint8_t>(x * kTripleBytes + low); // less than kStep
+            indices[4 * x + 2] = static_cast<std::uint8_t>(x * kTripleBytes + high);
+        }
+        return indices;
+    }
+    static constexpr TripleOffsets kAt = OffsetsOf(layout);
+    static constexpr std::array<std::uint8_t, V::kLaneBytes> kLuma = Indices(kAt.luma, kAt.luma);
+    static constexpr std::array<std::uint8_t, V::kLaneBytes> kChroma = Indices(kAt.cb, kAt.cr);
+};
+
+/// The colours of V::kBytes / 4 pixels, 32 bits each.
+template <typename V, TripleRow layout>
+VX_KERNEL_PART PairColors<V> ColorsOfTriples(const std::uint8_t* source, typename V::Bytes lumaIndices,
+                                             typename V::Bytes chromaIndices, const PairFactors<V>& factors)
+{
+    using Plan = TriplePlan<V, layout>;
+    constexpr std::int32_t kLowOfWords = 0x00FF00FF;
+    const auto words = V::Splat32(kLowOfWords);
+    const auto luma = V::And(V::template GatherLanes<Plan::kStep>(source, lumaIndices), words);
+    const auto chroma = V::AddWords(
+        V::And(V::template GatherLanes<Plan::kStep>(source, chromaIndices), words), factors.centre);
+    const auto y = V::AddDwords(V::MultiplyPairs(luma, factors.firstLuma), factors.offset);
+    return {V::ShiftDwords(V::AddDwords(y, V::MultiplyPairs(chroma, factors.blue))),
+            V::ShiftDwords(V::AddDwords(y, V::MultiplyPairs(chroma, factors.green))),
+            V::ShiftDwords(V::AddDwords(y, V::MultiplyPairs(chroma, factors.red)))};
+}
+
+template <typename V, TripleRow layout, Target target>
+VX_KERNEL void TriplesRow(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                          const ColorCoefficients& coefficients)
+{
+    using Plan = TriplePlan<V, layout>;
+    const std::size_t widthPx = destination.size() / kTargetBytes<target>;
+    const PairFactors<V> factors(coefficients, ChromaRow::Uv);
+    const auto luma = V::LoadLaneIndices(Plan::kLuma.data());
+    const auto chroma = V::LoadLaneIndices(Plan::kChroma.data());
+    constexpr std::size_t kStep = V::kLanes * Plan::kStep; // of a register of 32-bit numbers
+    constexpr std::size_t kReach = 3 * kStep + (V::kLanes - 1) * Plan::kStep + V::kLaneBytes;
+    const std::size_t blocks =
+        std::min(widthPx / V::kBytes, BlocksIn(source.size(), V::kBytes * kTripleBytes, kReach));
+    for (std::size_t i = 0; i < blocks; ++i) {
+        const std::uint8_t* const from = source.data() + i * V::kBytes * kTripleBytes;
+        const auto a = ColorsOfTriples<V, layout>(from, luma, chroma, factors);
+        const auto b = ColorsOfTriples<V, layout>(from + kStep, luma, chroma, factors);
+        const auto c = ColorsOfTriples<V, layout>(from + 2 * kStep, luma, chroma, factors);
+        const auto d = ColorsOfTriples<V, layout>(from + 3 * kStep, luma, chroma, factors);
+        StoreColors<V, target>(destination.data() + i * V::kBytes * kTargetBytes<target>,
+                               V::PackDwords(a.blue, b.blue, c.blue, d.blue),
+                               V::PackDwords(a.green, b.green, c.green, d.green),
+                               V::PackDwords(a.red, b.red, c.red, d.red));
+    }
+    ConvertTriples<layout, target>(source, destination, blocks * V::kBytes, widthPx, coefficients);
+}
+
+template <typename V, Target target>
+VX_KERNEL void PlanesRow(const ColorRows& rows, std::span<std::uint8_t> destination)
+{
+    const std::size_t widthPx = destination.size() / kTargetBytes<target>;
+    std::size_t x = 0;
+    for (; x + V::kBytes <= widthPx; x += V::kBytes)
+        StoreColors<V, target>(destination.data() + x * kTargetBytes<target>, V::Load(rows.blue.data() + x),
+                               V::Load(rows.green.data() + x), V::Load(rows.red.data() + x));
+    ConvertPlanes<target>(rows, destination, x, widthPx);
+}
+
+template <typename V, Target target>
+VX_KERNEL void BiColorRow(const BiColorRows& rows, BiColorPhase phase, std::span<std::uint8_t> destination)
+{
+    const std::size_t widthPx = destination.size() / kTargetBytes<target>;
+    std::size_t x = 0;
+    for (; x + V::kBytes <= widthPx; x += V::kBytes) {
+        const std::size_t at = 2 * x;
+        const auto low = V::Load(rows.row.data() + at);
+        const auto high = V::Load(rows.row.data() + at + V::kBytes);
+        const auto otherLow = V::Average(V::Load(rows.above.data() + at), V::Load(rows.below.data() + at));
+        const auto otherHigh = V::Average(V::Load(rows.above.data() + at + V::kBytes),
+                                          V::Load(rows.below.data() + at + V::kBytes));
+        const auto own = V::PackWords(V::LowBytes(low), V::LowBytes(high));
+        const auto green = V::PackWords(V::HighBytes(low), V::HighBytes(high));
+        const auto other = V::PackWords(V::LowBytes(otherLow), V::LowBytes(otherHigh));
+        std::uint8_t* const to = destination.data() + x * kTargetBytes<target>;
+        if (phase == BiColorPhase::Red)
+            StoreColors<V, target>(to, other, green, own);
+        else
+            StoreColors<V, target>(to, own, green, other);
+    }
+    ConvertBiColor<target>(rows, phase, destination, x, widthPx);
+}
+
+/// The three fields of V::kBytes / 2 pixels, stretched, 16 bits each; the names are those of Bgr565.
+template <typename V>
+VX_KERNEL_PART PairColors<V> ColorsOf565(const std::uint8_t* source)
+{
+    using namespace rgb565;
+    const auto factor5 = V::SplatPair(kFactor5, kFactor5);
+    const auto offset5 = V::SplatPair(kOffset5, kOffset5);
+    const auto factor6 = V::SplatPair(kFactor6, kFactor6);
+    const auto offset6 = V::SplatPair(kOffset6, kOffset6);
+    const auto pixels = V::Load(source);
+    const auto low = V::And(pixels, V::SplatPair(kLowMask, kLowMask));
+    const auto middle =
+        V::And(V::template ShiftWords<kMiddleShift>(pixels), V::SplatPair(kMiddleMask, kMiddleMask));
+    const auto high = V::template ShiftWords<kHighShift>(pixels);
+    return {V::template ShiftWords<kShift>(V::AddWords(V::MultiplyWords(low, factor5), offset5)),
+            V::template ShiftWords<kShift>(V::AddWords(V::MultiplyWords(middle, factor6), offset6)),
+            V::template ShiftWords<kShift>(V::AddWords(V::MultiplyWords(high, factor5), offset5))};
+}
+
+template <typename V, InterleavedRow layout, Target target>
+VX_KERNEL void Row565(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination)
+{
+    const std::size_t widthPx = destination.size() / kTargetBytes<target>;
+    std::size_t x = 0;
+    for (; x + V::kBytes <= widthPx; x += V::kBytes) {
+        PairColors<V> low = ColorsOf565<V>(source.data() + 2 * x);
+        PairColors<V> high = ColorsOf565<V>(source.data() + 2 * x + V::kBytes);
+        if constexpr (layout == InterleavedRow::Rgb565) {
+            low = {low.red, low.green, low.blue};
+            high = {high.red, high.green, high.blue};
+        }
+        StoreWords<V, target>(destination.data() + x * kTargetBytes<target>, low, high);
+    }
+    Convert565<layout, target>(source, destination, x, widthPx);
+}
+
+/// How packed components get into 16-bit numbers: the two bytes that each comes from, a factor that brings it
+/// to the highest bits, and a shift back.
+template <typename V, UnpackKind kind>
+struct UnpackPlan {
+    static constexpr PackedGroup kGroup = GroupOf(kind);
+    static constexpr std::size_t kComponents = V::kLaneBytes / 2; // 16 bits each
+    static constexpr std::size_t kStep = kComponents / kUnpackGroup * kGroup.bytes;
+    static constexpr unsigned kWordBits = 16;
+    static constexpr unsigned kShift = kWordBits - kGroup.bits;
+    static constexpr std::uint8_t kStretch = 0xFF / ((1u << kGroup.bits) - 1); // exact for 1, 2, 4, 8 bits
+
+    static constexpr std::array<std::uint8_t, V::kLaneBytes> MakeIndices()
+    {
+        std::array<std::uint8_t, V::kLaneBytes> indices{};
+        for (std::size_t i = 0; i < kComponents; ++i) {
+            const std::size_t first =
+                i / kUnpackGroup * kGroup.bytes + kGroup.components[i % kUnpackGroup].byte;
+            // A second byte behind the lane holds no bit that is kept.
+            indices[2 * i] = static_cast<std::uint8_t>(first);
+            indices[2 * i + 1] = static_cast<std::uint8_t>((first + 1) % V::kLaneBytes); // less than 64
+        }
+        return indices;
+    }
+    static constexpr std::array<std::uint8_t, V::kBytes> MakeFactors()
+    {
+        std::array<std::uint8_t, V::kBytes> factors{};
+        for (std::size_t i = 0; i < V::kBytes / 2; ++i) {
+            constexpr unsigned kByteBits = 8;
+            const unsigned factor = 1u << (kShift - kGroup.components[i % kUnpackGroup].shift);
+            factors[2 * i] = static_cast<std::uint8_t>(factor & 0xFF);
+            factors[2 * i + 1] = static_cast<std::uint8_t>(factor >> kByteBits); // 0x80 at most
+        }
+        return factors;
+    }
+    static constexpr std::array<std::uint8_t, V::kLaneBytes> kIndices = MakeIndices();
+    static constexpr std::array<std::uint8_t, V::kBytes> kFactors = MakeFactors();
+};
+
+template <typename V, UnpackKind kind>
+VX_KERNEL_PART typename V::Bytes UnpackWords(const std::uint8_t* source, typename V::Bytes indices,
+                                             typename V::Bytes factors)
+{
+    using Plan = UnpackPlan<V, kind>;
+    const auto words = V::template ShiftWords<Plan::kShift>(
+        V::MultiplyWords(V::template GatherLanes<Plan::kStep>(source, indices), factors));
+    if constexpr (Plan::kStretch == 1)
+        return words;
+    else
+        return V::MultiplyWords(words, V::SplatPair(Plan::kStretch, Plan::kStretch));
+}
+
+template <typename V, UnpackKind kind>
+VX_KERNEL void UnpackRow(std::span<const std::uint8_t> packed, std::span<std::uint8_t> components)
+{
+    using Plan = UnpackPlan<V, kind>;
+    const auto indices = V::LoadLaneIndices(Plan::kIndices.data());
+    const auto factors = V::Load(Plan::kFactors.data());
+    const auto inverted = V::Splat8(static_cast<char>(Plan::kGroup.inverted));
+    constexpr std::size_t kStep = V::kLanes * Plan::kStep; // of a register of 16-bit numbers
+    constexpr std::size_t kReach = kStep + (V::kLanes - 1) * Plan::kStep + V::kLaneBytes;
+    const std::size_t blocks =
+        std::min(components.size() / V::kBytes, BlocksIn(packed.size(), 2 * kStep, kReach));
+    const std::uint8_t* from = packed.data();
+    std::uint8_t* to = components.data();
+    for (std::size_t i = 0; i < blocks; ++i, from += 2 * kStep, to += V::kBytes) {
+        const auto bytes = V::PackWords(UnpackWords<V, kind>(from, indices, factors),
+                                        UnpackWords<V, kind>(from + kStep, indices, factors));
+        V::Store(to, Plan::kGroup.inverted == 0 ? bytes : V::Xor(bytes, inverted));
+    }
+    UnpackComponents(Plan::kGroup, packed, components, blocks * V::kBytes);
+}
+
+template <typename V, std::size_t... kinds>
+[[nodiscard]] constexpr std::array<UnpackKernel, kUnpackKindCount>
+MakeUnpackKernels(std::index_sequence<kinds...>)
+{
+    return {UnpackRow<V, static_cast<UnpackKind>(kinds)>...};
 }
 
 template <typename V>
@@ -321,13 +582,25 @@ template <typename V>
     using enum InterleavedRow;
     constexpr Target kBgr = Target::Bgr;
     constexpr Target kBgra = Target::Bgra;
-    return {{{{MonoRow<V, kBgr>, MonoRow<V, kBgra>},
+    return {MakeUnpackKernels<V>(std::make_index_sequence<kUnpackKindCount>()),
+            {{{MonoRow<V, kBgr>, MonoRow<V, kBgra>},
               {ShuffledRow<V, Rgb, kBgr>, ShuffledRow<V, Rgb, kBgra>},
               {CopyRow, ShuffledRow<V, Bgr, kBgra>},
               {ShuffledRow<V, Rgba, kBgr>, ShuffledRow<V, Rgba, kBgra>},
-              {ShuffledRow<V, Bgra, kBgr>, CopyRow}}},
+              {ShuffledRow<V, Bgra, kBgr>, CopyRow},
+              {ShuffledRow<V, Rgbx, kBgr>, ShuffledRow<V, Rgbx, kBgra>},
+              {ShuffledRow<V, Xbgr, kBgr>, ShuffledRow<V, Xbgr, kBgra>},
+              {ShuffledRow<V, Mono32, kBgr>, ShuffledRow<V, Mono32, kBgra>},
+              {Row565<V, Rgb565, kBgr>, Row565<V, Rgb565, kBgra>},
+              {Row565<V, Bgr565, kBgr>, Row565<V, Bgr565, kBgra>}}},
             {{{PairsRow<V, PairRow::Yuyv, kBgr>, PairsRow<V, PairRow::Yuyv, kBgra>},
               {PairsRow<V, PairRow::Uyvy, kBgr>, PairsRow<V, PairRow::Uyvy, kBgra>}}},
+            {{{TriplesRow<V, TripleRow::Yuv, kBgr>, TriplesRow<V, TripleRow::Yuv, kBgra>},
+              {TriplesRow<V, TripleRow::Uyv, kBgr>, TriplesRow<V, TripleRow::Uyv, kBgra>}}},
+            {{{SemiplanarRow<V, ChromaRow::Uv, kBgr>, SemiplanarRow<V, ChromaRow::Uv, kBgra>},
+              {SemiplanarRow<V, ChromaRow::Vu, kBgr>, SemiplanarRow<V, ChromaRow::Vu, kBgra>}}},
+            {PlanesRow<V, kBgr>, PlanesRow<V, kBgra>},
+            {BiColorRow<V, kBgr>, BiColorRow<V, kBgra>},
             {BayerRowPair<V, kBgr>, BayerRowPair<V, kBgra>}};
 }
 

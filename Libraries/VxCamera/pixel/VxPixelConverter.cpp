@@ -13,10 +13,13 @@
 #include <string>
 
 using pixel::ConversionPlan;
+using pixel::RowKind;
 using pixel::SourceRows;
 using pixel::TargetRows;
 
 namespace {
+
+constexpr std::size_t kColors = 3;
 
 std::string FormatText(std::uint32_t code)
 {
@@ -125,47 +128,118 @@ VxResult VxPixelConverter::Convert(const VxPictureView& source, const VxWritable
         columns * pixel::kTargetBytesPerPixel[static_cast<std::size_t>(plan->target)];
     if (VxResult prepared = PrepareMemory(*plan, source.widthPx, targetBytes); !prepared.IsOK())
         return prepared;
-    SourceRows from(source, *sourceLayout, plan->unpack, source.widthPx * plan->componentsPerPixel,
-                    m_unpackedRows);
-    const TargetRows to(destination, *targetLayout, targetBytes, order == VxRowOrder::BottomUp);
-    if (plan->kind == pixel::RowKind::Bayer)
-        ConvertBayer(*plan, from, to, source.heightPx, rows);
-    else
-        ConvertRows(*plan, from, to, rows);
+    const TargetRows to(destination, *targetLayout, {rows, targetBytes}, order == VxRowOrder::BottomUp);
+    SourceRows from = RowsOf(*plan, source, *sourceLayout, 0);
+    switch (plan->kind) {
+    case RowKind::Bayer:
+        ConvertBayer(*plan, from, source.heightPx, to);
+        break;
+    case RowKind::BiColor:
+        ConvertBiColor(*plan, from, source.heightPx, to);
+        break;
+    case RowKind::Planes:
+        ConvertPlanes(*plan, source, *sourceLayout, to);
+        break;
+    case RowKind::Semiplanar:
+        ConvertSemiplanar(*plan, source, *sourceLayout, to);
+        break;
+    case RowKind::Interleaved:
+    case RowKind::Pairs:
+    case RowKind::Triples:
+        ConvertRows(*plan, from, to);
+        break;
+    }
     return VxResult::Ok();
 }
 
 VxResult VxPixelConverter::PrepareMemory(const ConversionPlan& plan, std::size_t sourceWidthPx,
                                          std::size_t targetRowBytes)
 try {
+    const std::size_t planes = plan.kind == RowKind::Planes ? kColors : 1;
     const std::size_t unpackedBytes =
-        plan.unpack != nullptr ? pixel::kRowsHeld * plan.componentsPerPixel * sourceWidthPx : 0;
+        plan.unpack ? planes * pixel::kRowsHeld * plan.bytesPerPixel * sourceWidthPx : 0;
     if (m_unpackedRows.size() < unpackedBytes)
         m_unpackedRows.resize(unpackedBytes);
-    if (plan.kind == pixel::RowKind::Bayer && m_spareRow.size() < targetRowBytes)
+    if (plan.kind == RowKind::Bayer && m_spareRow.size() < targetRowBytes)
         m_spareRow.resize(targetRowBytes);
     return VxResult::Ok();
 } catch (const std::bad_alloc&) {
     return VxError::OutOfMemory;
 }
 
-void VxPixelConverter::ConvertRows(const ConversionPlan& plan, SourceRows& source, const TargetRows& target,
-                                   std::size_t rows) const
+SourceRows VxPixelConverter::RowsOf(const ConversionPlan& plan, const VxPictureView& source,
+                                    const VxPictureLayout& layout, std::size_t plane)
+{
+    const pixel::PlaneLayout rows{plane * source.heightPx * layout.strideBytes, layout.rowBytes,
+                                  layout.strideBytes};
+    if (!plan.unpack)
+        return {source.bytes, rows, {nullptr, 0, {}}};
+    const std::size_t bytesPerRow = plan.bytesPerPixel * source.widthPx;
+    const std::size_t held = pixel::kRowsHeld * bytesPerRow;
+    return {source.bytes,
+            rows,
+            {m_kernels.unpack[static_cast<std::size_t>(*plan.unpack)], bytesPerRow,
+             std::span(m_unpackedRows).subspan(plane * held, held)}};
+}
+
+void VxPixelConverter::ConvertRows(const ConversionPlan& plan, SourceRows& source,
+                                   const TargetRows& target) const
 {
     const auto interleaved = KernelFor(m_kernels.interleaved, plan.interleaved, plan.target);
     const auto pairs = KernelFor(m_kernels.pairs, plan.pairs, plan.target);
-    for (std::size_t y = 0; y < rows; ++y) {
-        if (plan.kind == pixel::RowKind::Pairs)
+    const auto triples = KernelFor(m_kernels.triples, plan.triples, plan.target);
+    for (std::size_t y = 0; y < target.Count(); ++y) {
+        if (plan.kind == RowKind::Pairs)
             pairs(source.Row(y), target.Row(y), *plan.matrix);
+        else if (plan.kind == RowKind::Triples)
+            triples(source.Row(y), target.Row(y), *plan.matrix);
         else
             interleaved(source.Row(y), target.Row(y));
     }
 }
 
-void VxPixelConverter::ConvertBayer(const ConversionPlan& plan, SourceRows& source, const TargetRows& target,
-                                    std::size_t sourceRows, std::size_t rows)
+void VxPixelConverter::ConvertPlanes(const ConversionPlan& plan, const VxPictureView& source,
+                                     const VxPictureLayout& layout, const TargetRows& target)
+{
+    const pixel::PlanesKernel kernel = m_kernels.planes[static_cast<std::size_t>(plan.target)];
+    SourceRows red = RowsOf(plan, source, layout, 0);
+    SourceRows green = RowsOf(plan, source, layout, 1);
+    SourceRows blue = RowsOf(plan, source, layout, 2);
+    for (std::size_t y = 0; y < target.Count(); ++y)
+        kernel({blue.Row(y), green.Row(y), red.Row(y)}, target.Row(y));
+}
+
+void VxPixelConverter::ConvertSemiplanar(const ConversionPlan& plan, const VxPictureView& source,
+                                         const VxPictureLayout& layout, const TargetRows& target)
+{
+    const auto kernel = KernelFor(m_kernels.semiplanar, plan.chroma, plan.target);
+    SourceRows luma = RowsOf(plan, source, layout, 0);
+    const std::size_t chromaBytes = VxChromaRowBytes(layout.rowBytes);
+    SourceRows chroma(
+        source.bytes,
+        {source.heightPx * layout.strideBytes, chromaBytes, chromaBytes + source.rowPaddingBytes},
+        {nullptr, 0, {}});
+    for (std::size_t y = 0; y < target.Count(); ++y)
+        kernel({luma.Row(y), chroma.Row(y / plan.rowsPerChromaRow)}, target.Row(y), *plan.matrix);
+}
+
+void VxPixelConverter::ConvertBiColor(const ConversionPlan& plan, SourceRows& source, std::size_t sourceRows,
+                                      const TargetRows& target) const
+{
+    const pixel::BiColorKernel kernel = m_kernels.biColor[static_cast<std::size_t>(plan.target)];
+    for (std::size_t y = 0; y < target.Count(); ++y) {
+        const bool isRed = (plan.biColor == pixel::BiColorPhase::Red) == (y % 2 == 0);
+        kernel({source.Row(NeighbourRow(y, -1, sourceRows)), source.Row(y),
+                source.Row(NeighbourRow(y, 1, sourceRows))},
+               isRed ? pixel::BiColorPhase::Red : pixel::BiColorPhase::Blue, target.Row(y));
+    }
+}
+
+void VxPixelConverter::ConvertBayer(const ConversionPlan& plan, SourceRows& source, std::size_t sourceRows,
+                                    const TargetRows& target)
 {
     const pixel::BayerKernel kernel = m_kernels.bayer[static_cast<std::size_t>(plan.target)];
+    const std::size_t rows = target.Count();
     const auto convertPair = [&](std::size_t y, std::span<std::uint8_t> second) {
         const std::size_t next = NeighbourRow(y, 1, sourceRows);
         const pixel::BayerRows four{source.Row(NeighbourRow(y, -1, sourceRows)), source.Row(y),

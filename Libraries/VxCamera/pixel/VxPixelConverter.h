@@ -14,6 +14,7 @@ struct RowKernels;
 class SourceRows;
 class TargetRows;
 } // namespace pixel
+struct VxPictureLayout;
 
 /// Which row of the picture comes first in memory.
 enum class VxRowOrder : std::uint8_t {
@@ -27,7 +28,8 @@ enum class VxRowOrder : std::uint8_t {
 /// pixels of that colour, halves rounded up; at the edges the picture is continued by its mirror image about
 /// the outermost pixel. Brightness and colour differences follow the matrix and range that the format's name
 /// implies. Components of more than 8 bits keep the highest 8. Alpha is kept where the source has it, and
-/// opaque where it does not.
+/// opaque where it does not. Single planes and sparse colour patterns become grey; of two colours per pixel
+/// the third is the mean of the rows above and below.
 ///
 /// Owner:  anybody, by value.
 /// Thread: one at a time. Temporary memory is kept from picture to picture; it starts no threads.
@@ -57,10 +59,18 @@ public:
 private:
     VxResult PrepareMemory(const pixel::ConversionPlan& plan, std::size_t sourceWidthPx,
                            std::size_t targetRowBytes);
+    [[nodiscard]] pixel::SourceRows RowsOf(const pixel::ConversionPlan& plan, const VxPictureView& source,
+                                           const VxPictureLayout& layout, std::size_t plane);
     void ConvertRows(const pixel::ConversionPlan& plan, pixel::SourceRows& source,
-                     const pixel::TargetRows& target, std::size_t rows) const;
-    void ConvertBayer(const pixel::ConversionPlan& plan, pixel::SourceRows& source,
-                      const pixel::TargetRows& target, std::size_t sourceRows, std::size_t rows);
+                     const pixel::TargetRows& target) const;
+    void ConvertPlanes(const pixel::ConversionPlan& plan, const VxPictureView& source,
+                       const VxPictureLayout& layout, const pixel::TargetRows& target);
+    void ConvertSemiplanar(const pixel::ConversionPlan& plan, const VxPictureView& source,
+                           const VxPictureLayout& layout, const pixel::TargetRows& target);
+    void ConvertBiColor(const pixel::ConversionPlan& plan, pixel::SourceRows& source, std::size_t sourceRows,
+                        const pixel::TargetRows& target) const;
+    void ConvertBayer(const pixel::ConversionPlan& plan, pixel::SourceRows& source, std::size_t sourceRows,
+                      const pixel::TargetRows& target);
 
     const pixel::RowKernels& m_kernels; // static storage
     std::vector<std::uint8_t> m_unpackedRows;

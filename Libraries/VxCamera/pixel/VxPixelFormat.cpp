@@ -94,11 +94,10 @@ std::optional<VxPictureLayout> VxLayOutPicture(std::uint32_t code, std::uint32_t
     if (!AppendPlanes(layout, first, equalPlanes, rowPaddingBytes))
         return std::nullopt;
     if (planes == VxPixelPlanes::ChromaHalf || planes == VxPixelPlanes::ChromaQuarter) {
-        // A row of pairs at half width is as long as a row of brightness; an odd last column has a pair of
-        // its own.
         const std::uint64_t chromaRows =
             planes == VxPixelPlanes::ChromaHalf ? heightPx : (std::uint64_t{heightPx} + 1) / 2;
-        if (!AppendPlanes(layout, {first.rowBytes + first.rowBytes % 2, chromaRows}, 1, rowPaddingBytes))
+        const Plane chroma{VxChromaRowBytes(static_cast<std::size_t>(first.rowBytes)), chromaRows}; // fits
+        if (!AppendPlanes(layout, chroma, 1, rowPaddingBytes))
             return std::nullopt;
     }
     layout.rowBytes = static_cast<std::size_t>(first.rowBytes); // less than totalBytes, which fits

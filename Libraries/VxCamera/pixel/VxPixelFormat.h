@@ -131,6 +131,13 @@ struct VxPictureLayout {
     std::size_t usedBytes;   ///< the same without the padding behind the last row: up to the last pixel
 };
 
+/// Bytes of one row of colour pairs of a picture in two planes, without padding: at half width a pair takes
+/// as much as two pixels of brightness, and an odd last column has a pair of its own.
+[[nodiscard]] constexpr std::size_t VxChromaRowBytes(std::size_t lumaRowBytes)
+{
+    return lumaRowBytes + lumaRowBytes % 2;
+}
+
 /// @param rowPaddingBytes  bytes behind each row, of every plane
 /// @return  empty for a width, height or bits per pixel of 0, and when a size does not fit into std::size_t
 [[nodiscard]] std::optional<VxPictureLayout> VxLayOutPicture(std::uint32_t code, std::uint32_t widthPx,

@@ -3,12 +3,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
-/// Slow, obvious conversions to compare the library's with.
+/// Slow, obvious conversions to compare the library's with. They know formats by their names only.
 namespace reference {
 
 /// Blue, green, red, alpha as real numbers: what the formulas give before they are rounded.
@@ -23,23 +24,21 @@ struct Picture {
     [[nodiscard]] const Pixel& At(std::size_t x, std::size_t y) const { return pixels[y * widthPx + x]; }
 };
 
-/// Bytes of a picture without padding, and its size.
+/// Bytes of a picture, and its size.
 struct Source {
     std::size_t widthPx = 0;
     std::size_t heightPx = 0;
     std::vector<std::uint8_t> bytes;
+    std::size_t rowPaddingBytes = 0; ///< behind each row of each plane
 };
 
-/// A picture of random bytes; every seed gives another one, the same on every system.
+/// A picture of random bytes without padding; every seed gives another one, the same on every system.
 [[nodiscard]] Source RandomSource(std::size_t widthPx, std::size_t heightPx, std::size_t bytesPerPixel,
                                   unsigned seed);
 
-/// @param order  the letters of a pixel's bytes: "RGB", "BGRa", "Y" for grey
-[[nodiscard]] Picture FromChannels(const Source& source, std::string_view order);
-
-/// @param cell  the colours of the 2x2 cell: "RGGB" for a picture whose first row is R G R G and second G B G
-/// B
-[[nodiscard]] Picture FromBayer(const Source& source, std::string_view cell);
+/// The picture that the name of a format says; empty for names of what is no picture, or whose bytes nobody
+/// describes.
+[[nodiscard]] std::optional<Picture> FromFormat(std::string_view name, const Source& source);
 
 /// Brightness and colour differences as real numbers, and how they become colours.
 struct Matrix {
@@ -56,8 +55,5 @@ constexpr Matrix kLimited709{16, 1.164384, 1.792741, -0.213249, -0.532909, 2.112
 constexpr Matrix kLimited2020{16, 1.164384, 1.678674, -0.187326, -0.650424, 2.141772};
 
 [[nodiscard]] Pixel FromYCbCr(double y, double cb, double cr, const Matrix& matrix);
-
-/// @param order  the letters of the bytes of two pixels: "YUYV" or "UYVY"
-[[nodiscard]] Picture FromPairs(const Source& source, std::string_view order, const Matrix& matrix);
 
 } // namespace reference

@@ -119,12 +119,11 @@ TEST(RowKernelsTest, BestSetIsAvailable)
 
 TEST(RowKernelsTest, EverySetConvertsWholePixelsAlike)
 {
-    constexpr std::array<std::size_t, pixel::kInterleavedRowCount> kSourceBytes{1, 3, 3, 4, 4};
     for (std::size_t layout = 0; layout < pixel::kInterleavedRowCount; ++layout)
         for (std::size_t target = 0; target < pixel::kTargetCount; ++target)
             for (std::size_t widthPx = 1; widthPx <= kWidestPx; ++widthPx) {
-                const auto source =
-                    RandomBytes(widthPx * kSourceBytes[layout], static_cast<unsigned>(widthPx));
+                const auto source = RandomBytes(widthPx * pixel::kInterleavedBytesPerPixel[layout],
+                                                static_cast<unsigned>(widthPx));
                 ExpectSameFromEverySet(
                     widthPx * pixel::kTargetBytesPerPixel[target],
                     "layout " + std::to_string(layout) + ", " + std::to_string(widthPx) + " pixels",
@@ -148,6 +147,104 @@ TEST(RowKernelsTest, EverySetConvertsPairsAlike)
                             kernels.pairs[layout][target](source, destination, coefficients);
                         });
                 }
+}
+
+TEST(RowKernelsTest, EverySetConvertsTriplesAlike)
+{
+    for (const auto& [matrix, unused] : kMatrices)
+        for (std::size_t layout = 0; layout < pixel::kTripleRowCount; ++layout)
+            for (std::size_t target = 0; target < pixel::kTargetCount; ++target)
+                for (std::size_t widthPx = 1; widthPx <= kWidestPx; ++widthPx) {
+                    const auto source = RandomBytes(widthPx * 3, static_cast<unsigned>(widthPx));
+                    ExpectSameFromEverySet(
+                        widthPx * pixel::kTargetBytesPerPixel[target], std::to_string(widthPx) + " triples",
+                        [&](const pixel::RowKernels& kernels, std::span<std::uint8_t> destination) {
+                            kernels.triples[layout][target](source, destination,
+                                                            pixel::CoefficientsOf(matrix));
+                        });
+                }
+}
+
+TEST(RowKernelsTest, EverySetConvertsDifferencesOfAnotherPlaneAlike)
+{
+    for (const auto& [matrix, unused] : kMatrices)
+        for (std::size_t layout = 0; layout < pixel::kChromaRowCount; ++layout)
+            for (std::size_t target = 0; target < pixel::kTargetCount; ++target)
+                for (std::size_t widthPx = 1; widthPx <= kWidestPx; ++widthPx) {
+                    const auto luma = RandomBytes(widthPx, static_cast<unsigned>(widthPx));
+                    const auto chroma = RandomBytes(widthPx + widthPx % 2, static_cast<unsigned>(widthPx));
+                    ExpectSameFromEverySet(
+                        widthPx * pixel::kTargetBytesPerPixel[target], std::to_string(widthPx) + " pixels",
+                        [&](const pixel::RowKernels& kernels, std::span<std::uint8_t> destination) {
+                            kernels.semiplanar[layout][target]({luma, chroma}, destination,
+                                                               pixel::CoefficientsOf(matrix));
+                        });
+                }
+}
+
+TEST(RowKernelsTest, EverySetConvertsPlanesAlike)
+{
+    for (std::size_t target = 0; target < pixel::kTargetCount; ++target)
+        for (std::size_t widthPx = 1; widthPx <= kWidestPx; ++widthPx) {
+            const BayerSource source(widthPx);
+            ExpectSameFromEverySet(
+                widthPx * pixel::kTargetBytesPerPixel[target], std::to_string(widthPx) + " pixels",
+                [&](const pixel::RowKernels& kernels, std::span<std::uint8_t> destination) {
+                    kernels.planes[target]({source.rows[0], source.rows[1], source.rows[2]}, destination);
+                });
+        }
+}
+
+TEST(RowKernelsTest, EverySetConvertsTwoColorsPerPixelAlike)
+{
+    for (std::size_t target = 0; target < pixel::kTargetCount; ++target)
+        for (const auto phase : {pixel::BiColorPhase::Red, pixel::BiColorPhase::Blue})
+            for (std::size_t widthPx = 1; widthPx <= kWidestPx; ++widthPx) {
+                const BayerSource source(2 * widthPx);
+                ExpectSameFromEverySet(
+                    widthPx * pixel::kTargetBytesPerPixel[target], std::to_string(widthPx) + " pixels",
+                    [&](const pixel::RowKernels& kernels, std::span<std::uint8_t> destination) {
+                        kernels.biColor[target]({source.rows[0], source.rows[1], source.rows[2]}, phase,
+                                                destination);
+                    });
+            }
+}
+
+// Rows of every length, from memory that ends with the last byte that belongs to them.
+TEST(RowKernelsTest, EverySetUnpacksAlike)
+{
+    constexpr std::size_t kMostComponents = 3 * kWidestPx;
+    for (std::size_t i = 0; i < pixel::kUnpackKindCount; ++i) {
+        const auto group = pixel::GroupOf(static_cast<pixel::UnpackKind>(i));
+        for (std::size_t components = 1; components <= kMostComponents; ++components) {
+            const std::size_t bits = components * group.bytes * 8 / pixel::kUnpackGroup;
+            const auto packed = RandomBytes((bits + 7) / 8, static_cast<unsigned>(components));
+            // The last of four components in three fields has no meaning: whole pixels only.
+            if (static_cast<pixel::UnpackKind>(i) == pixel::UnpackKind::Rgb10p32 && components % 4 != 0)
+                continue;
+            ExpectSameFromEverySet(components,
+                                   "kind " + std::to_string(i) + ", " + std::to_string(components),
+                                   [&](const pixel::RowKernels& kernels, std::span<std::uint8_t> to) {
+                                       kernels.unpack[i](packed, to);
+                                   });
+        }
+    }
+}
+
+TEST(RowKernelsTest, FieldsOfFiveAndSixBitsAreStretchedToTheNearest)
+{
+    for (unsigned field = 0; field < 64; ++field) {
+        const unsigned pixels = (field & 31) | field << 5 | (field & 31) << 11;
+        const std::array<std::uint8_t, 2> source{static_cast<std::uint8_t>(pixels & 0xFF),
+                                                 static_cast<std::uint8_t>(pixels >> 8)};
+        std::array<std::uint8_t, 3> converted{};
+        constexpr auto kLayout = static_cast<std::size_t>(pixel::InterleavedRow::Bgr565);
+        pixel::ScalarKernels().interleaved[kLayout][0](source, converted);
+
+        EXPECT_EQ(converted[0], std::lround((field & 31) * 255.0 / 31));
+        EXPECT_EQ(converted[1], std::lround(field * 255.0 / 63));
+        EXPECT_EQ(converted[2], converted[0]);
+    }
 }
 
 TEST(RowKernelsTest, EverySetDemosaicsAlike)

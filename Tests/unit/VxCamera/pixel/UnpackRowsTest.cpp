@@ -1,5 +1,7 @@
 #include "VxCamera/pixel/UnpackRows.h"
 
+#include "VxCamera/pixel/RowKernels.h"
+
 #include <gmock/gmock.h>
 
 #include <array>
@@ -12,33 +14,30 @@ using testing::ElementsAre;
 namespace {
 
 /// Unpacks from memory of exactly the bytes given, so that a read beyond them is noticed by the sanitizer.
-std::vector<std::uint8_t> Unpacked(VxPixelPacking packing, unsigned bits,
-                                   std::initializer_list<std::uint8_t> bytes, std::size_t components)
+std::vector<std::uint8_t> Unpacked(pixel::UnpackKind kind, std::initializer_list<std::uint8_t> bytes,
+                                   std::size_t components)
 {
     const std::vector<std::uint8_t> packed(bytes);
     std::vector<std::uint8_t> unpacked(components);
-    const auto unpacking = pixel::UnpackingOf(packing, bits);
-    if (!unpacking || unpacking->kernel == nullptr)
-        return {};
-    unpacking->kernel(packed, unpacked);
+    pixel::ScalarKernels().unpack[static_cast<std::size_t>(kind)](packed, unpacked);
     return unpacked;
+}
+
+std::vector<std::uint8_t> Unpacked(VxPixelPacking packing, unsigned bits,
+                                   std::initializer_list<std::uint8_t> bytes, std::size_t components)
+{
+    const auto kind = pixel::UnpackKindOf(packing, bits);
+    return kind ? Unpacked(*kind, bytes, components) : std::vector<std::uint8_t>();
 }
 
 } // namespace
 
-TEST(UnpackRowsTest, BytesNeedNoUnpacking)
+TEST(UnpackRowsTest, RefusesWhatIsNotReadByComponents)
 {
-    const auto unpacking = pixel::UnpackingOf(VxPixelPacking::Cells, 8);
-
-    ASSERT_TRUE(unpacking);
-    EXPECT_EQ(unpacking->kernel, nullptr);
-}
-
-TEST(UnpackRowsTest, RefusesDepthsThatDoNotExist)
-{
-    EXPECT_FALSE(pixel::UnpackingOf(VxPixelPacking::Cells, 11));
-    EXPECT_FALSE(pixel::UnpackingOf(VxPixelPacking::Cells, 32));
-    EXPECT_FALSE(pixel::UnpackingOf(VxPixelPacking::GevPackedV1, 10));
+    EXPECT_FALSE(pixel::UnpackKindOf(VxPixelPacking::Cells, 8)); // bytes already
+    EXPECT_FALSE(pixel::UnpackKindOf(VxPixelPacking::Cells, 11));
+    EXPECT_FALSE(pixel::UnpackKindOf(VxPixelPacking::Cells, 32));
+    EXPECT_FALSE(pixel::UnpackKindOf(VxPixelPacking::GevPackedV1, 12));
 }
 
 // 0x234 of 10 bits, 0xDAB of 12, 0x2DAB of 14, 0xADAB of 16.
@@ -94,4 +93,28 @@ TEST(UnpackRowsTest, EndsInTheMiddleOfAGroup)
     EXPECT_THAT(Unpacked(VxPixelPacking::LsbPacked, 10, {0x12, 0x34}, 1), ElementsAre(0x012 >> 2));
     EXPECT_THAT(Unpacked(VxPixelPacking::LsbPacked, 1, {0xB4, 0x01}, 9),
                 ElementsAre(0, 0, 255, 0, 255, 255, 0, 255, 255));
+}
+
+TEST(UnpackRowsTest, ReadsThreeOfTenBitsInAWord)
+{
+    const auto unpacked = Unpacked(pixel::UnpackKind::Rgb10p32, {0x12, 0x34, 0x56, 0x78}, 4);
+
+    EXPECT_EQ(unpacked[0], 0x012 >> 2);
+    EXPECT_EQ(unpacked[1], 0x18D >> 2);
+    EXPECT_EQ(unpacked[2], 0x385 >> 2);
+}
+
+TEST(UnpackRowsTest, SpreadsDifferencesOfFourPixelsOverPairs)
+{
+    EXPECT_THAT(Unpacked(pixel::UnpackKind::Uyyvyy, {90, 1, 2, 160, 3, 4}, 8),
+                ElementsAre(1, 90, 2, 160, 3, 90, 4, 160));
+    EXPECT_THAT(Unpacked(pixel::UnpackKind::Yyuyyv, {1, 2, 90, 3, 4, 160}, 8),
+                ElementsAre(1, 90, 2, 160, 3, 90, 4, 160));
+}
+
+TEST(UnpackRowsTest, MissingDifferencesAreThoseOfTheGroupBefore)
+{
+    EXPECT_THAT(Unpacked(pixel::UnpackKind::Yyuyyv, {1, 2, 90, 3, 4, 160, 5, 6}, 10),
+                ElementsAre(1, 90, 2, 160, 3, 90, 4, 160, 5, 90));
+    EXPECT_THAT(Unpacked(pixel::UnpackKind::Yyuyyv, {1, 2}, 4), ElementsAre(1, 128, 2, 128));
 }

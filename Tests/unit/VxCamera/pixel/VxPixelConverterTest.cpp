@@ -1,9 +1,9 @@
 #include "VxCamera/pixel/VxPixelConverter.h"
 
-#include "VxCamera/pixel/PixelFormatTable.h"
-#include "VxCamera/pixel/RowKernels.h"
 #include "VxCamera/pixel/VxPixelFormat.h"
 #include "unit/VxCamera/pixel/AllocationCount.h"
+#include "unit/VxCamera/pixel/ConversionTrial.h"
+#include "unit/VxCamera/pixel/GuardedPicture.h"
 #include "unit/VxCamera/pixel/ReferencePicture.h"
 
 #include <opencv2/imgproc.hpp>
@@ -11,208 +11,13 @@
 #include <gmock/gmock.h>
 
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <limits>
-#include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-namespace {
-
-constexpr std::size_t kCanaryBytes = 64;
-constexpr std::uint8_t kCanary = 0xC5;
-
-/// A picture in memory of exactly its size, between canaries; padding bytes are canaries, too.
-class GuardedPicture {
-public:
-    GuardedPicture(std::uint32_t code, std::uint32_t widthPx, std::uint32_t heightPx,
-                   std::size_t rowPaddingBytes)
-        : m_layout(*VxLayOutPicture(code, widthPx, heightPx, rowPaddingBytes)),
-          m_code(code),
-          m_widthPx(widthPx),
-          m_heightPx(heightPx),
-          m_rowPaddingBytes(rowPaddingBytes),
-          m_bytes(m_layout.usedBytes + 2 * kCanaryBytes, kCanary)
-    {
-    }
-
-    [[nodiscard]] VxWritablePictureView View()
-    {
-        return {std::span(m_bytes).subspan(kCanaryBytes, m_layout.usedBytes), m_code, m_widthPx, m_heightPx,
-                m_rowPaddingBytes};
-    }
-    [[nodiscard]] VxPictureView ConstView() const
-    {
-        return {std::span(m_bytes).subspan(kCanaryBytes, m_layout.usedBytes), m_code, m_widthPx, m_heightPx,
-                m_rowPaddingBytes};
-    }
-
-    void SetRows(std::span<const std::uint8_t> unpadded)
-    {
-        for (std::size_t y = 0; y < m_heightPx; ++y)
-            std::ranges::copy(unpadded.subspan(y * m_layout.rowBytes, m_layout.rowBytes),
-                              m_bytes.begin() +
-                                  static_cast<std::ptrdiff_t>(kCanaryBytes + y * m_layout.strideBytes));
-    }
-
-    [[nodiscard]] std::span<const std::uint8_t> MemoryRow(std::size_t y) const
-    {
-        return std::span(m_bytes).subspan(kCanaryBytes + y * m_layout.strideBytes, m_layout.rowBytes);
-    }
-
-    /// Whether every byte outside the part (widthPx x heightPx from the top left in memory) is a canary
-    /// still.
-    [[nodiscard]] bool IsIntactOutside(std::size_t usedRowBytes, std::size_t firstRow,
-                                       std::size_t endRow) const
-    {
-        for (std::size_t i = 0; i < m_bytes.size(); ++i) {
-            const std::size_t offset = i - kCanaryBytes; // wraps for the canaries in front, and is large then
-            const std::size_t row = offset / m_layout.strideBytes;
-            const bool isPixel = i >= kCanaryBytes && row >= firstRow && row < endRow &&
-                                 offset % m_layout.strideBytes < usedRowBytes;
-            if (!isPixel && m_bytes[i] != kCanary)
-                return false;
-        }
-        return true;
-    }
-
-private:
-    VxPictureLayout m_layout;
-    std::uint32_t m_code;
-    std::uint32_t m_widthPx;
-    std::uint32_t m_heightPx;
-    std::size_t m_rowPaddingBytes;
-    std::vector<std::uint8_t> m_bytes;
-};
-
-/// What one conversion is tried with.
-struct Case {
-    std::uint32_t code;
-    std::uint32_t targetCode;
-    std::uint32_t widthPx;
-    std::uint32_t heightPx;
-    std::uint32_t targetWidthPx;
-    std::uint32_t targetHeightPx;
-    std::size_t sourcePadding;
-    std::size_t targetPadding;
-    VxRowOrder order;
-};
-
-reference::Picture ReferenceOf(std::uint32_t code, const reference::Source& source)
-{
-    const std::string name(VxFindPixelFormat(code)->name);
-    if (name == "Mono8")
-        return reference::FromChannels(source, "Y");
-    if (name.starts_with("BayerGR"))
-        return reference::FromBayer(source, "GRBG");
-    if (name.starts_with("BayerRG"))
-        return reference::FromBayer(source, "RGGB");
-    if (name.starts_with("BayerGB"))
-        return reference::FromBayer(source, "GBRG");
-    if (name.starts_with("BayerBG"))
-        return reference::FromBayer(source, "BGGR");
-    if (name.starts_with("Y")) {
-        const auto matrix = name.starts_with("YCbCr601")    ? reference::kLimited601
-                            : name.starts_with("YCbCr709")  ? reference::kLimited709
-                            : name.starts_with("YCbCr2020") ? reference::kLimited2020
-                                                            : reference::kFull601;
-        return reference::FromPairs(source, name.ends_with("Y") ? "UYVY" : "YUYV", matrix);
-    }
-    return reference::FromChannels(source, std::string_view(name).substr(0, name.size() - 1));
-}
-
-const std::vector<std::uint32_t>& ConvertedCodes()
-{
-    static const std::vector<std::uint32_t> codes{VxPfnc::kMono8,
-                                                  VxPfnc::kBayerGR8,
-                                                  VxPfnc::kBayerRG8,
-                                                  VxPfnc::kBayerGB8,
-                                                  VxPfnc::kBayerBG8,
-                                                  VxPfnc::kRgb8,
-                                                  VxPfnc::kBgr8,
-                                                  VxPfnc::kRgba8,
-                                                  VxPfnc::kBgra8,
-                                                  VxPfnc::kYuv422_8,
-                                                  VxPfnc::kYuv422_8_Uyvy,
-                                                  0x0210003B,
-                                                  0x02100043,
-                                                  0x0210003E,
-                                                  0x02100044,
-                                                  0x02100041,
-                                                  0x02100045,
-                                                  0x021000FA,
-                                                  0x021000FB};
-    return codes;
-}
-
-/// Differences that rounding explains; integer formulas must agree exactly, which a difference below 1/2
-/// says.
-constexpr double kRounding = 0.52;
-
-void ExpectPixels(const Case& tried, const reference::Picture& expected, const GuardedPicture& actual)
-{
-    const std::size_t bytesPerPixel = tried.targetCode == VxPfnc::kBgr8 ? 3 : 4;
-    const std::size_t columns = std::min(tried.widthPx, tried.targetWidthPx);
-    const std::size_t rows = std::min(tried.heightPx, tried.targetHeightPx);
-    for (std::size_t y = 0; y < rows; ++y) {
-        const std::size_t memoryRow = tried.order == VxRowOrder::BottomUp ? tried.targetHeightPx - 1 - y : y;
-        const auto row = actual.MemoryRow(memoryRow);
-        for (std::size_t x = 0; x < columns; ++x)
-            for (std::size_t channel = 0; channel < bytesPerPixel; ++channel)
-                ASSERT_NEAR(row[x * bytesPerPixel + channel], expected.At(x, y)[channel], kRounding)
-                    << "pixel " << x << ", " << y << ", channel " << channel;
-    }
-    const std::size_t firstRow = tried.order == VxRowOrder::BottomUp ? tried.targetHeightPx - rows : 0;
-    EXPECT_TRUE(actual.IsIntactOutside(columns * bytesPerPixel, firstRow, firstRow + rows));
-}
-
-void Try(VxPixelConverter& converter, const Case& tried)
-{
-    SCOPED_TRACE(std::string(VxFindPixelFormat(tried.code)->name) + " " + std::to_string(tried.widthPx) +
-                 "x" + std::to_string(tried.heightPx) + " to " +
-                 std::string(VxFindPixelFormat(tried.targetCode)->name) + " " +
-                 std::to_string(tried.targetWidthPx) + "x" + std::to_string(tried.targetHeightPx));
-    const auto source = reference::RandomSource(tried.widthPx, tried.heightPx, VxBitsPerPixel(tried.code) / 8,
-                                                tried.widthPx * 1000 + tried.heightPx);
-    GuardedPicture from(tried.code, tried.widthPx, tried.heightPx, tried.sourcePadding);
-    from.SetRows(source.bytes);
-    GuardedPicture to(tried.targetCode, tried.targetWidthPx, tried.targetHeightPx, tried.targetPadding);
-
-    const VxResult result = converter.Convert(from.ConstView(), to.View(), tried.order);
-
-    ASSERT_TRUE(result.IsOK()) << result.GetDescription().GetAscii();
-    ExpectPixels(tried, ReferenceOf(tried.code, source), to);
-}
-
-std::vector<pixel::InstructionSet> AvailableSets()
-{
-    std::vector<pixel::InstructionSet> sets;
-    for (const auto set : {pixel::InstructionSet::Scalar, pixel::InstructionSet::Sse41,
-                           pixel::InstructionSet::Avx2, pixel::InstructionSet::Avx512Vbmi})
-        if (pixel::IsAvailable(set))
-            sets.push_back(set);
-    return sets;
-}
-
-/// Converts a small picture given by its bytes to BGR8.
-std::vector<std::uint8_t> ToBgr(std::uint32_t code, std::uint32_t widthPx, std::uint32_t heightPx,
-                                const std::vector<std::uint8_t>& bytes,
-                                VxRowOrder order = VxRowOrder::TopDown)
-{
-    std::vector<std::uint8_t> converted(std::size_t{widthPx} * heightPx * 3);
-    VxPixelConverter converter;
-    const VxResult result = converter.Convert({bytes, code, widthPx, heightPx, 0},
-                                              {converted, VxPfnc::kBgr8, widthPx, heightPx, 0}, order);
-    EXPECT_TRUE(result.IsOK()) << result.GetDescription().GetAscii();
-    return converted;
-}
-
-} // namespace
 
 TEST(VxPixelConverterTest, GreyBecomesThreeEqualColors)
 {
@@ -330,56 +135,12 @@ TEST(VxPixelConverterTest, LastPixelOfAnOddRowTakesTheDifferenceOfThePairBefore)
     EXPECT_THAT(ToBgr(VxPfnc::kYuv422_8, 1, 1, {100, 128}), ElementsAre(100, 100, 100));
 }
 
-TEST(VxPixelConverterTest, EveryFormatOfEverySizeEqualsTheReference)
-{
-    constexpr std::array<std::uint32_t, 7> kHeightsPx{1, 2, 3, 4, 5, 6, 17};
-    constexpr std::array<std::uint32_t, 14> kWidthsPx{1, 2, 3, 4, 5, 15, 16, 17, 33, 64, 66, 67, 97, 131};
-    for (const auto set : AvailableSets()) {
-        VxPixelConverter converter(set);
-        for (const std::uint32_t code : ConvertedCodes())
-            for (const std::uint32_t targetCode : {VxPfnc::kBgr8, VxPfnc::kBgra8})
-                for (const std::uint32_t widthPx : kWidthsPx)
-                    for (const std::uint32_t heightPx : kHeightsPx) {
-                        const bool isOdd = (widthPx + heightPx) % 2 != 0;
-                        Try(converter,
-                            {code, targetCode, widthPx, heightPx, widthPx, heightPx, isOdd ? 5u : 0u,
-                             isOdd ? 0u : 3u, isOdd ? VxRowOrder::TopDown : VxRowOrder::BottomUp});
-                        if (HasFatalFailure())
-                            return;
-                    }
-    }
-}
-
-TEST(VxPixelConverterTest, CommonPartIsWrittenWhenSizesDiffer)
-{
-    constexpr std::array<std::uint32_t, 5> kTargetWidthsPx{1, 33, 69, 70, 90};
-    constexpr std::array<std::uint32_t, 5> kTargetHeightsPx{1, 2, 5, 6, 9};
-    for (const auto set : AvailableSets()) {
-        VxPixelConverter converter(set);
-        for (const std::uint32_t code : ConvertedCodes())
-            for (const std::uint32_t widthPx : kTargetWidthsPx)
-                for (const std::uint32_t heightPx : kTargetHeightsPx)
-                    for (const VxRowOrder order : {VxRowOrder::TopDown, VxRowOrder::BottomUp}) {
-                        Try(converter, {code, VxPfnc::kBgr8, 70, 6, widthPx, heightPx, 0, 4, order});
-                        if (HasFatalFailure())
-                            return;
-                    }
-    }
-}
-
-TEST(VxPixelConverterTest, PicturesOfManySizesCanFollowEachOther)
-{
-    VxPixelConverter converter;
-    for (const std::uint32_t widthPx : {9u, 200u, 1u, 80u})
-        for (const std::uint32_t code : ConvertedCodes())
-            Try(converter, {code, VxPfnc::kBgra8, widthPx, 3, widthPx, 3, 0, 0, VxRowOrder::BottomUp});
-}
-
 TEST(VxPixelConverterTest, SecondPictureOfTheSameSizeTakesNoMemory)
 {
     constexpr std::uint32_t kBayerGB12Packed = 0x010C002C;
+    constexpr std::uint32_t kRgb16Planar = 0x02300024;
     for (const std::uint32_t code :
-         {VxPfnc::kMono8, VxPfnc::kBayerRG8, kBayerGB12Packed, VxPfnc::kYuv422_8}) {
+         {VxPfnc::kMono8, VxPfnc::kBayerRG8, kBayerGB12Packed, VxPfnc::kYuv422_8, kRgb16Planar}) {
         const GuardedPicture from(code, 65, 7, 0);
         GuardedPicture to(VxPfnc::kBgr8, 65, 7, 0);
         VxPixelConverter converter;
@@ -445,26 +206,6 @@ TEST(VxPixelConverterTest, PackedBayerPicturesEqualThoseOfTheirHighBits)
                       ToBgr(VxPfnc::kBayerGB8, widthPx, heightPx, high.bytes))
                 << widthPx << "x" << heightPx;
         }
-}
-
-// Every row of the table: either it is converted, or the refusal names both formats; memory is never left.
-TEST(VxPixelConverterTest, EveryFormatIsConvertedOrRefusedByName)
-{
-    for (const VxPixelFormat& format : pixel::FormatTable()) {
-        const GuardedPicture from(format.code, 13, 5, 2);
-        GuardedPicture to(VxPfnc::kBgra8, 13, 5, 0);
-
-        const VxResult result = VxPixelConverter().Convert(from.ConstView(), to.View(), VxRowOrder::TopDown);
-
-        if (result.IsOK()) {
-            EXPECT_TRUE(to.IsIntactOutside(13 * 4, 0, 5)) << format.name;
-            continue;
-        }
-        EXPECT_EQ(result.Code(), VxError::NotSupported) << format.name;
-        EXPECT_THAT(result.GetDescription().GetAscii(), HasSubstr(std::string(format.name)));
-        EXPECT_THAT(result.GetDescription().GetAscii(), HasSubstr("BGRa8"));
-        EXPECT_TRUE(to.IsIntactOutside(0, 0, 0)) << format.name;
-    }
 }
 
 TEST(VxPixelConverterTest, RefusesOtherTargets)
