@@ -2,7 +2,7 @@
 
 #include "VxDSSource/camera/VxImage.h"
 #include "VxDSSource/stream/PictureDiagnosis.h"
-#include "VxDSSource/stream/Yuv422Formula.h"
+#include "VxDSSource/yuv422/Yuv422Formula.h"
 
 #include <opencv2/imgproc.hpp>
 
