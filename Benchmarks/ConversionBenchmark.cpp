@@ -290,6 +290,8 @@ int main(int argc, char** argv)
     for (const Work& work : Works()) {
         RegisterWork(work);
         table.AddWork(work.name, CopyName(work.targetCode));
+        if (work.name == "BayerRG8_to_BGR8")
+            MedianTable::AddGoal(work.name, "0.8 ms"); // chosen: where a copy of the result takes 0.12 ms
     }
     benchmark::RunSpecifiedBenchmarks(&table);
     benchmark::Shutdown();

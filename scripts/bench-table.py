@@ -20,6 +20,7 @@ class Results:
 
     def __init__(self):
         self.medians = {}
+        self.rates = {}
         self.errors = {}
         self.peers = {}
         self.goals = {}
@@ -37,6 +38,7 @@ class Results:
                 self.errors[name] = run.get("error_message", "error")
             elif run.get("aggregate_name") == "median":
                 self.medians[name] = run["real_time"] * UNIT_SECONDS[run["time_unit"]]
+                self.rates[name] = run.get("bytes_per_second")
 
     def compared(self, work):
         """Seconds by who did the work, the work's peer included, under the first part of the peer's name."""
@@ -55,6 +57,10 @@ def text_of(seconds):
         if seconds >= scale:
             return f"{seconds / scale:.3f} {unit}"
     return f"{seconds / 1e-9:.1f} ns"
+
+
+def rate_of(bytes_per_second):
+    return "-" if bytes_per_second is None else f"{bytes_per_second / 1e9:.2f}"
 
 
 def first_line(*command):
@@ -88,7 +94,8 @@ def judged(goal, seconds, ratio):
 
 
 def comparison_rows(systems):
-    """One row for each work and system: ours, a plain copy, OpenCV, ours as a multiple of the better one, the goal."""
+    """One row for each work and system: ours and its output, a plain copy, OpenCV, ours as a multiple of the better
+    one, the goal."""
     works = {name.removesuffix("/ours") for results in systems.values() for name in results.medians
              if name.endswith("/ours")}
     # The programs measure in an order made by chance.
@@ -100,7 +107,8 @@ def comparison_rows(systems):
             others = [seconds[who] for who in PEERS if who in seconds]
             ratio = seconds["ours"] / min(others) if others else None
             goal = results.goals.get(work)
-            yield (work, system, text_of(seconds["ours"]), *(text_of(seconds.get(who)) for who in PEERS),
+            yield (work, system, text_of(seconds["ours"]), rate_of(results.rates[work + "/ours"]),
+                   *(text_of(seconds.get(who)) for who in PEERS),
                    "-" if ratio is None else f"{ratio:.2f}", goal or "-", judged(goal, seconds["ours"], ratio))
 
 
@@ -137,7 +145,8 @@ def main():
         return 1
     print("\n".join([*machine(), ""]))
     if compared:
-        print_table([("median of real time", "on", "ours", *PEERS, "ours / better", "goal", "goal is"), *compared])
+        print_table([("median of real time", "on", "ours", "GB/s", *PEERS, "ours / better", "goal", "goal is"),
+                     *compared])
     if single:
         print_table([("median of real time", *systems), *single])
 

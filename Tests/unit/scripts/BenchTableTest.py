@@ -39,7 +39,8 @@ class BenchTableTest(unittest.TestCase):
             median("memcpy/6/real_time", 100), median("memcpy/8/real_time", 1)])})
 
         self.assertEqual(code, 0)
-        self.assertIn(["Copy", "native", "150.000 us", "100.000 us", "300.000 us", "-", "1.50", "-", "-"], rows)
+        self.assertIn(["Copy", "native", "150.000 us", "-", "100.000 us", "300.000 us", "-", "1.50", "-", "-"],
+                      rows)
 
     def goal_cells(self, ours, goal):
         """The last three cells of a work that is compared with a copy of 100 us."""
@@ -60,12 +61,18 @@ class BenchTableTest(unittest.TestCase):
     def test_does_not_judge_a_multiple_when_the_others_were_not_measured(self):
         _, rows, _ = table_of({"native-A.json": ({"goal of Copy": "1.3 x"}, [median("Copy/ours/real_time", 1)])})
 
-        self.assertIn(["Copy", "native", "1.000 us", "-", "-", "-", "-", "1.3 x", "-"], rows)
+        self.assertIn(["Copy", "native", "1.000 us", "-", "-", "-", "-", "-", "1.3 x", "-"], rows)
 
     def test_a_missed_goal_is_no_error(self):
         code, _, errors = table_of({"native-A.json": ({"goal of Copy": "1 us"}, [median("Copy/ours/real_time", 2)])})
 
         self.assertEqual((code, errors), (0, ""))
+
+    def test_shows_gigabytes_per_second_where_bytes_were_counted(self):
+        _, rows, _ = table_of({"native-A.json": ({}, [
+            {**median("Copy/ours", 2, "ms"), "bytes_per_second": 3.1e9}])})
+
+        self.assertIn(["Copy", "native", "2.000 ms", "3.10", "-", "-", "-", "-", "-", "-"], rows)
 
     def test_shows_both_systems_beside_each_other(self):
         _, rows, _ = table_of({"native-A.json": ({}, [median("Start", 2, "ms")]),
