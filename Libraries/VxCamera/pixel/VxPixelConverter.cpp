@@ -51,6 +51,12 @@ VxResult NoConversion(std::uint32_t source, std::uint32_t destination)
             "There is no conversion from " + FormatText(source) + " to " + FormatText(destination) + "."};
 }
 
+VxResult NoConversion(const VxPictureView& source, const VxWritablePictureView& destination)
+{
+    return {VxError::NotSupported,
+            "There is no conversion from " + PictureText(source) + " to " + PictureText(destination) + "."};
+}
+
 template <typename Byte>
 VxResult NoLayout(const char* which, const VxBasicPictureView<Byte>& picture)
 {
@@ -59,13 +65,22 @@ VxResult NoLayout(const char* which, const VxBasicPictureView<Byte>& picture)
                 " picture has no size, or one that is too large: " + PictureText(picture) + "."};
 }
 
-template <typename Byte>
-VxResult TooSmall(VxError code, const char* which, const VxBasicPictureView<Byte>& picture,
-                  std::size_t needed)
+VxResult TooSmallSource(const VxPictureView& source, const VxWritablePictureView& destination,
+                        std::size_t needed)
 {
-    return {code, std::string("The ") + which + " picture, " + PictureText(picture) + ", needs " +
-                      std::to_string(needed) + " bytes of memory and has " +
-                      std::to_string(picture.bytes.size()) + "."};
+    return {VxError::InvalidParameter, "The source picture, " + PictureText(source) + ", needs " +
+                                           std::to_string(needed) + " bytes of memory and has " +
+                                           std::to_string(source.bytes.size()) + "; it was to become " +
+                                           PictureText(destination) + "."};
+}
+
+VxResult TooSmallDestination(const VxPictureView& source, const VxWritablePictureView& destination,
+                             std::size_t needed)
+{
+    return {VxError::BufferTooSmall, "The destination picture, " + PictureText(destination) + ", needs " +
+                                         std::to_string(needed) + " bytes of memory and has " +
+                                         std::to_string(destination.bytes.size()) + "; the source is " +
+                                         PictureText(source) + "."};
 }
 
 bool Overlap(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b)
@@ -107,7 +122,7 @@ VxResult VxPixelConverter::Convert(const VxPictureView& source, const VxWritable
 {
     const auto plan = pixel::PlanConversion(source.code, destination.code);
     if (!plan)
-        return NoConversion(source.code, destination.code);
+        return NoConversion(source, destination);
     const auto sourceLayout = LayoutOf(source);
     if (!sourceLayout)
         return NoLayout("source", source);
@@ -115,9 +130,9 @@ VxResult VxPixelConverter::Convert(const VxPictureView& source, const VxWritable
     if (!targetLayout)
         return NoLayout("destination", destination);
     if (source.bytes.size() < sourceLayout->usedBytes)
-        return TooSmall(VxError::InvalidParameter, "source", source, sourceLayout->usedBytes);
+        return TooSmallSource(source, destination, sourceLayout->usedBytes);
     if (destination.bytes.size() < targetLayout->usedBytes)
-        return TooSmall(VxError::BufferTooSmall, "destination", destination, targetLayout->usedBytes);
+        return TooSmallDestination(source, destination, targetLayout->usedBytes);
     if (Overlap(source.bytes.first(sourceLayout->usedBytes),
                 destination.bytes.first(targetLayout->usedBytes)))
         return {VxError::InvalidParameter, "The source and the destination picture overlap in memory."};

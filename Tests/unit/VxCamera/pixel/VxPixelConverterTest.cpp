@@ -216,7 +216,9 @@ TEST(VxPixelConverterTest, RefusesOtherTargets)
     const VxResult result = VxPixelConverter().Convert(from.ConstView(), to.View(), VxRowOrder::TopDown);
 
     EXPECT_EQ(result.Code(), VxError::NotSupported);
-    EXPECT_THAT(result.GetDescription().GetAscii(), HasSubstr("RGB8 (0x02180014)"));
+    EXPECT_THAT(result.GetDescription().GetAscii(), HasSubstr("4x4 Mono8 (0x01080001)"));
+    EXPECT_THAT(result.GetDescription().GetAscii(), HasSubstr("4x4 RGB8 (0x02180014)"));
+    EXPECT_TRUE(to.IsIntactOutside(0, 0, 0));
 }
 
 TEST(VxPixelConverterTest, RefusesUnknownFormats)
@@ -242,6 +244,8 @@ TEST(VxPixelConverterTest, RefusesADestinationThatIsOneByteTooSmall)
 
     EXPECT_EQ(result.Code(), VxError::BufferTooSmall);
     EXPECT_THAT(result.GetDescription().GetAscii(), HasSubstr("needs 63 bytes of memory and has 62"));
+    EXPECT_THAT(result.GetDescription().GetAscii(), HasSubstr("5x4 BGR8 (0x02180015)"));
+    EXPECT_THAT(result.GetDescription().GetAscii(), HasSubstr("5x4 Mono8 (0x01080001)"));
     EXPECT_TRUE(to.IsIntactOutside(0, 0, 0));
 }
 
