@@ -20,8 +20,8 @@ struct ConversionCase {
     VxRowOrder order;
 };
 
-/// Every set that this processor has.
-[[nodiscard]] std::vector<pixel::InstructionSet> AvailableSets();
+/// One converter for every set that this processor has.
+[[nodiscard]] std::vector<VxPixelConverter> ConvertersOfAllSets();
 
 /// Converts random bytes and fails the running test where the result differs from the reference by more than
 /// rounding, or anything else was written.

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <map>
 #include <span>
 
 namespace reference {
@@ -161,7 +163,11 @@ Source RandomSource(std::size_t widthPx, std::size_t heightPx, std::size_t bytes
 
 std::optional<Picture> FromFormat(std::string_view name, const Source& source)
 {
-    const std::optional<Format> format = ParseName(name);
+    static std::map<std::string, std::optional<Format>, std::less<>> known; // parsing takes long
+    auto found = known.find(name);
+    if (found == known.end())
+        found = known.emplace(name, ParseName(name)).first;
+    const std::optional<Format>& format = found->second;
     if (!format)
         return std::nullopt;
     const Levels levels(*format, source);

@@ -66,12 +66,12 @@ TEST(VxPixelConverterFormatsTest, EveryFormatOfEverySizeEqualsTheReference)
 {
     constexpr std::array<std::uint32_t, 7> kHeightsPx{1, 2, 3, 4, 5, 6, 17};
     constexpr std::array<std::uint32_t, 14> kWidthsPx{1, 2, 3, 4, 5, 15, 16, 17, 33, 64, 66, 67, 97, 131};
-    for (const auto set : AvailableSets()) {
-        VxPixelConverter converter(set);
-        for (const std::uint32_t code : ConvertedCodes())
-            for (const std::uint32_t targetCode : {VxPfnc::kBgr8, VxPfnc::kBgra8})
-                for (const std::uint32_t widthPx : kWidthsPx)
-                    for (const std::uint32_t heightPx : kHeightsPx) {
+    auto converters = ConvertersOfAllSets();
+    for (const std::uint32_t code : ConvertedCodes())
+        for (const std::uint32_t widthPx : kWidthsPx)
+            for (const std::uint32_t heightPx : kHeightsPx)
+                for (const std::uint32_t targetCode : {VxPfnc::kBgr8, VxPfnc::kBgra8})
+                    for (VxPixelConverter& converter : converters) {
                         const bool isOdd = (widthPx + heightPx) % 2 != 0;
                         TryConversion(converter, {code, targetCode, widthPx, heightPx, widthPx, heightPx,
                                                   isOdd ? 5u : 0u, isOdd ? 0u : 3u,
@@ -79,7 +79,6 @@ TEST(VxPixelConverterFormatsTest, EveryFormatOfEverySizeEqualsTheReference)
                         if (HasFatalFailure())
                             return;
                     }
-    }
 }
 
 // Every row of the table: what is a picture by its name equals the reference, in every instruction set,
@@ -91,6 +90,7 @@ TEST(VxPixelConverterFormatsTest, EveryFormatOfTheTableEqualsWhatItsNameSays)
                                                      0x010C00CF, 0x010A00D2, 0x010C00D3};
     constexpr std::array<std::pair<std::uint32_t, std::uint32_t>, 8> kSizesPx{
         {{1, 1}, {2, 3}, {3, 2}, {1, 6}, {9, 1}, {5, 5}, {67, 4}, {142, 3}}};
+    auto converters = ConvertersOfAllSets();
     std::size_t converted = 0;
     for (const VxPixelFormat& format : pixel::FormatTable()) {
         const bool isPicture = reference::FromFormat(format.name, {}).has_value() &&
@@ -100,18 +100,16 @@ TEST(VxPixelConverterFormatsTest, EveryFormatOfTheTableEqualsWhatItsNameSays)
         if (!isPicture)
             continue;
         ++converted;
-        for (const auto set : AvailableSets()) {
-            VxPixelConverter converter(set);
-            for (const std::uint32_t targetCode : {VxPfnc::kBgr8, VxPfnc::kBgra8})
-                for (const auto& [widthPx, heightPx] : kSizesPx)
-                    for (const VxRowOrder order : {VxRowOrder::TopDown, VxRowOrder::BottomUp}) {
+        for (const auto& [widthPx, heightPx] : kSizesPx)
+            for (const VxRowOrder order : {VxRowOrder::TopDown, VxRowOrder::BottomUp})
+                for (const std::uint32_t targetCode : {VxPfnc::kBgr8, VxPfnc::kBgra8})
+                    for (VxPixelConverter& converter : converters) {
                         const std::size_t padding = order == VxRowOrder::TopDown ? 0 : 5;
                         TryConversion(converter, {format.code, targetCode, widthPx, heightPx, widthPx,
                                                   heightPx, padding, padding * 2, order});
                         if (HasFatalFailure())
                             return;
                     }
-        }
     }
 
     // All but 35 of coordinates, 5 of confidence, 10 of data, RGB12V1Packed and the doubtful ones.
@@ -123,18 +121,17 @@ TEST(VxPixelConverterFormatsTest, CommonPartIsWrittenWhenSizesDiffer)
 {
     constexpr std::array<std::uint32_t, 5> kTargetWidthsPx{1, 33, 69, 70, 90};
     constexpr std::array<std::uint32_t, 5> kTargetHeightsPx{1, 2, 5, 6, 9};
-    for (const auto set : AvailableSets()) {
-        VxPixelConverter converter(set);
-        for (const std::uint32_t code : ConvertedCodes())
-            for (const std::uint32_t widthPx : kTargetWidthsPx)
-                for (const std::uint32_t heightPx : kTargetHeightsPx)
-                    for (const VxRowOrder order : {VxRowOrder::TopDown, VxRowOrder::BottomUp}) {
+    auto converters = ConvertersOfAllSets();
+    for (const std::uint32_t code : ConvertedCodes())
+        for (const std::uint32_t widthPx : kTargetWidthsPx)
+            for (const std::uint32_t heightPx : kTargetHeightsPx)
+                for (const VxRowOrder order : {VxRowOrder::TopDown, VxRowOrder::BottomUp})
+                    for (VxPixelConverter& converter : converters) {
                         TryConversion(converter,
                                       {code, VxPfnc::kBgr8, 70, 6, widthPx, heightPx, 0, 4, order});
                         if (HasFatalFailure())
                             return;
                     }
-    }
 }
 
 TEST(VxPixelConverterFormatsTest, PicturesOfManySizesCanFollowEachOther)
