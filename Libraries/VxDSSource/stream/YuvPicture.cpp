@@ -50,6 +50,9 @@ void CompleteLastPair(std::uint8_t* row, std::size_t widthPx, Yuv422Layout layou
 
 void YuvPicture::Draw(VxImage& image, Yuv422Layout layout, const FrameTarget& target)
 {
+    // Fixed: these read brightness from 16 to 235, whatever range the format's name implies. A camera of the
+    // YUV family, whose range is 0 to 255, is shown with more contrast here than as RGB, where the name
+    // counts.
     const int code = layout == Yuv422Layout::Uyvy ? cv::COLOR_YUV2BGR_UYVY : cv::COLOR_YUV2BGR_YUY2;
     cv::cvtColor(PackedSource(image, layout, target.source), m_bgr, code);
     const cv::Mat source = m_bgr.colRange(0, static_cast<int>(target.source.widthPx));
