@@ -316,4 +316,11 @@ constexpr void UnpackComponents(const PackedGroup& group, std::span<const std::u
         components[i] = UnpackComponent(group, packed, i);
 }
 
+/// @return  how many blocks fit into a row when each starts `step` bytes after the one before and takes
+/// `reach` bytes
+[[nodiscard]] constexpr std::size_t BlocksIn(std::size_t rowBytes, std::size_t step, std::size_t reach)
+{
+    return rowBytes < reach ? 0 : (rowBytes - reach) / step + 1;
+}
+
 } // namespace pixel
