@@ -1,4 +1,5 @@
 #include "MedianTable.h"
+#include "RegisteredModule.h"
 
 #include "VxSimulator/VxSimulatedCamera.h"
 #include "VxSimulator/VxSimulatorOptions.h"
@@ -14,24 +15,22 @@
 
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <string>
 #include <utility>
 
-// What a user waits for: from the creation of the filter (through the module's class factory, as
-// CoCreateInstance does it) over connect, graph and run to the first picture that leaves the graph. The
-// camera is simulated, in this process.
+// What a user waits for: from CoCreateInstance over connect, graph and run to the first picture that leaves
+// the graph. The camera is simulated, in this process.
 
 namespace {
 
 constexpr std::chrono::seconds kPatience{10}; // chosen: a hundred times what it takes
 
-void MeasureFirstFrame(benchmark::State& state, const ModuleUnderTest& module)
+void MeasureFirstFrame(benchmark::State& state)
 {
     while (state.KeepRunning()) {
         FrameCatcher catcher;
         {
-            auto filter = module.CreateFilter();
+            auto filter = RegisteredModule::CreateFilter();
             auto control = ControlOf(filter);
             BSTR address = ::SysAllocString(L"127.0.0.1");
             control->SetDeviceId(address);
@@ -47,14 +46,6 @@ void MeasureFirstFrame(benchmark::State& state, const ModuleUnderTest& module)
     }
 }
 
-/// The module lies beside the folder of the benchmarks.
-void NameModule(const char* program)
-{
-    const auto module =
-        std::filesystem::absolute(program).parent_path().parent_path() / "bin" / "VxDSSource.dll";
-    ::SetEnvironmentVariableW(L"VX_MODULE", module.c_str());
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -63,7 +54,6 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
-    NameModule(argv[0]);
     const ComApartment com;
     const PrivateUserRegistry registry; // a saved default would connect to another camera
     VxSimulatedCamera camera;
@@ -73,11 +63,10 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "error: %s\n", started.GetDescription().GetAscii());
         return 1;
     }
-    const ModuleUnderTest module;
+    const RegisteredModule module(argv[0]);
     MedianTable table;
     const std::string name = "first_frame/ours";
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [&](benchmark::State& state) { MeasureFirstFrame(state, module); })
+    benchmark::RegisterBenchmark(name.c_str(), MeasureFirstFrame)
         ->Unit(benchmark::kMicrosecond)
         ->UseRealTime()
         ->Iterations(5);
