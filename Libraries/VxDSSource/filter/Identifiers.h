@@ -20,5 +20,9 @@ inline constexpr GUID CLSID_BrowserPage = {
 inline constexpr GUID CLSID_AboutPage = {
     0xB22E5C08, 0x89F5, 0x4FDF, {0x82, 0x88, 0xD3, 0xC9, 0x1D, 0x22, 0x68, 0xC2}};
 
+/// The type library of the control interface: {865A9CD3-0585-4753-8DF7-9ECE744FAF74}
+inline constexpr GUID LIBID_VxDSSource = {
+    0x865A9CD3, 0x0585, 0x4753, {0x8D, 0xF7, 0x9E, 0xCE, 0x74, 0x4F, 0xAF, 0x74}};
+
 /// Name of the filter wherever people see it.
 inline constexpr wchar_t kFilterName[] = L"Vexa DirectShow Source";
