@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -33,6 +34,24 @@ TEST_F(LifetimeTest, TwoHundredTimesCreatedRunStoppedAndReleasedHoldsNoMoreThanT
     limit.AllowEvents(kMadeOnce);
     const ProcessUse end = MeasureProcessUntilWithin(limit);
     EXPECT_TRUE(IsWithin(end, limit)) << "allowed: " << Describe(limit) << "\nheld:    " << Describe(end);
+}
+
+TEST_F(LifetimeTest, BeingLookedAtStartsNoThreadAndOpensNoSocket)
+{
+    const auto look = [&] {
+        const auto filter = m_module.CreateFilter();
+        EXPECT_TRUE(ControlOf(filter));
+        EXPECT_TRUE(FirstPin(*filter.Get(), PINDIR_OUTPUT));
+        return MeasureProcess();
+    };
+    std::ignore = look(); // loads what is loaded once
+    const ProcessUse before = MeasureProcess();
+
+    const ProcessUse during = look();
+
+    EXPECT_EQ(during.threads, before.threads);
+    EXPECT_EQ(during.udpSockets, before.udpSockets);
+    EXPECT_TRUE(m_module.IsUnused());
 }
 
 TEST_F(LifetimeTest, OneFilterRunsAndStopsManyTimes)
