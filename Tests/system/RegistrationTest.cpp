@@ -1,10 +1,9 @@
-#include "system/ChildProcess.h"
 #include "system/RegistrySnapshot.h"
+#include "system/Regsvr32.h"
 
 #include "VxDSSource/filter/Identifiers.h"
 
 #include "support/directshow/ComApartment.h"
-#include "support/graph/ModuleUnderTest.h"
 #include "vxgrab/DeviceList.h"
 
 #include <gmock/gmock.h>
@@ -27,17 +26,6 @@ protected:
         ASSERT_THAT(OurDevices(), IsEmpty());
     }
     void TearDown() override { std::ignore = Regsvr32({L"/u"}); }
-
-    static DWORD Regsvr32(std::vector<std::wstring> arguments)
-    {
-        arguments.insert(arguments.begin(), L"/s");
-        arguments.push_back(ModuleUnderTest::File().wstring());
-        std::wstring system(MAX_PATH, L'\0');
-        system.resize(::GetSystemDirectoryW(system.data(), MAX_PATH));
-        const ProgramRun run = RunProgram(system + L"\\regsvr32.exe", arguments, std::chrono::seconds(60));
-        EXPECT_TRUE(run.exitCode) << "regsvr32 does not end";
-        return run.exitCode.value_or(MAXDWORD);
-    }
 
     static std::vector<vxgrab::CaptureDevice> OurDevices()
     {
