@@ -1,9 +1,7 @@
 #include "VxCamera/control/CameraFinder.h"
 
 #include "VxBase/VxMutex.h"
-#include "VxCamera/control/DiscoveryScan.h"
 #include "VxCamera/control/InterfaceScans.h"
-#include "VxCamera/wire/gvcp/Command.h"
 
 #include <algorithm>
 #include <bit>
@@ -67,6 +65,12 @@ std::vector<ScannedInterface> Group(const std::vector<NetworkInterface>& interfa
     return groups;
 }
 
+bool IsInSubnetOf(const NetworkInterface& described, transport::Ipv4Address address)
+{
+    return !described.mask.IsUnspecified() && !address.IsUnspecified() &&
+           address.IsSameSubnet(described.address, described.mask);
+}
+
 VxResult NotFound(const ConnectionId& id)
 {
     return {VxError::NotFound, "no camera \"" + id.Text() +
@@ -75,11 +79,22 @@ VxResult NotFound(const ConnectionId& id)
 
 VxResult WrongConfiguration(const ConnectionId& id, const FoundCamera& found)
 {
-    return {VxError::InvalidConfiguration, "camera \"" + id.Text() + "\" has the address " +
-                                               transport::Ipv4Address(found.camera.ipAddress).ToString() +
-                                               ", which cannot be reached from the interface " +
-                                               found.via.name + " (" + found.via.address.ToString() +
-                                               "); give the camera an address of its own in that subnet"};
+    const std::string camera = "camera \"" + id.Text() + "\" ";
+    const std::string on = found.via.name + " (" + found.via.address.ToString() + ")";
+    const std::string remedy = "; give it an address of its own in that subnet";
+    switch (found.fault) {
+    case ConfigurationFault::NoAddress:
+        return {VxError::InvalidConfiguration,
+                camera + "on the interface " + on + " has no address" + remedy};
+    case ConfigurationFault::SharedAddress:
+        return {VxError::InvalidConfiguration, camera + "on the interface " + on + " has the address " +
+                                                   found.Address().ToString() +
+                                                   ", which another camera has as well" + remedy};
+    default:
+        return {VxError::InvalidConfiguration, camera + "has the address " + found.Address().ToString() +
+                                                   ", which cannot be reached from the interface " + on +
+                                                   remedy};
+    }
 }
 
 VxExpected<FoundCamera> Choose(const ConnectionId& id, const std::vector<ScannedInterface>& interfaces)
@@ -93,30 +108,48 @@ VxExpected<FoundCamera> Choose(const ConnectionId& id, const std::vector<Scanned
                 return VxResult(VxError::Ambiguous, "several cameras are called \"" + id.Text() +
                                                         "\": " + ConnectionId::Of(chosen->camera) + " and " +
                                                         ConnectionId::Of(found.camera));
-            if (!chosen || (!chosen->isConfigurationValid && found.isConfigurationValid))
+            if (!chosen || (!chosen->IsConfigurationValid() && found.IsConfigurationValid()))
                 chosen = found; // a camera can answer on several interfaces
         }
     }
     if (!chosen)
         return NotFound(id);
-    if (!chosen->isConfigurationValid)
+    if (!chosen->IsConfigurationValid())
         return WrongConfiguration(id, *chosen);
     return *chosen;
 }
 
 } // namespace
 
+VxExpected<std::vector<NetworkInterface>> CameraFinder::Interfaces()
+{
+    auto interfaces = m_network.interfaces.Interfaces();
+    if (interfaces) // systems list them in the order of their metrics, which change
+        std::ranges::stable_sort(*interfaces, {}, &NetworkInterface::index);
+    return interfaces;
+}
+
 VxExpected<std::vector<ScannedInterface>> CameraFinder::FindAll(std::chrono::milliseconds timeout)
 {
-    const auto interfaces = m_network.interfaces.Interfaces();
+    return FindUntil(timeout, [](const FoundCamera&) { return std::nullopt; });
+}
+
+VxExpected<std::vector<ScannedInterface>> CameraFinder::FindUntil(std::chrono::milliseconds timeout,
+                                                                  const Enough& enough)
+{
+    const auto interfaces = Interfaces();
     if (!interfaces)
         return interfaces.Error();
     InterfaceScans scans(m_network.sockets, m_network.clock, m_network.clock.Now() + timeout);
     std::vector<NetworkInterface> usable;
     std::ranges::copy_if(*interfaces, std::back_inserter(usable),
-                         [&](const NetworkInterface& described) { return scans.Add(described); });
+                         [&](const NetworkInterface& described) { return scans.AddEverybody(described); });
     Findings findings;
-    scans.Run([&](const FoundCamera& found) { findings.Add(found); });
+    scans.Run([&](const FoundCamera& found, InterfaceScans::Asked) {
+        findings.Add(found);
+        if (const auto rest = enough(found))
+            scans.EndAt(m_network.clock.Now() + *rest);
+    });
     return Group(usable, findings.Take());
 }
 
@@ -130,64 +163,67 @@ VxExpected<FoundCamera> CameraFinder::Find(const ConnectionId& id, std::chrono::
 
 VxExpected<FoundCamera> CameraFinder::FindByAddress(const ConnectionId& id, std::chrono::milliseconds timeout)
 {
-    const auto via = InterfaceTowards(id.IpAddress());
-    if (!via)
-        return VxResult(VxError::NotFound,
-                        "no way to camera \"" + id.Text() + "\": " + via.Error().GetDescription().Narrow());
-    transport::UdpSocketOptions options;
-    options.local.address = via->address;
-    const auto socket = m_network.sockets.OpenUdp(options);
-    if (!socket)
-        return socket.Error();
-    const transport::Ipv4Endpoint device{id.IpAddress(), gvcp::kPort};
-    DiscoveryScan scan(**socket, m_network.clock, {{device}, gvcp::DiscoveryAnswer::Unicast});
-    const auto end = m_network.clock.Now() + timeout;
+    const auto interfaces = Interfaces();
+    if (!interfaces)
+        return interfaces.Error();
+    InterfaceScans scans(m_network.sockets, m_network.clock, m_network.clock.Now() + timeout);
+    bool isLocal = false;
+    for (const NetworkInterface& described : *interfaces) {
+        if (IsInSubnetOf(described, id.IpAddress()))
+            isLocal = scans.AddOne(described, id.IpAddress()) || isLocal;
+    }
+    if (!isLocal)
+        AddFarAway(id.IpAddress(), *interfaces, scans);
+
+    VxMutex mutex;
     std::optional<FoundCamera> found;
-    const auto scanned = scan.Run([&] { return found ? IVxClock::Time{} : end; },
-                                  [&](const CameraAnswer& answer) {
-                                      if (answer.sender != device || found)
-                                          return;
-                                      found = FoundCamera{answer.camera, device, *via, true};
-                                      (*socket)->Wake();
-                                  });
-    if (found)
-        return *found;
-    return scanned.IsOK() ? NotFound(id) : scanned;
+    Findings elsewhere;
+    scans.Run([&](const FoundCamera& answer, InterfaceScans::Asked asked) {
+        if (answer.device.address != id.IpAddress())
+            return;
+        const bool isReachable = asked == InterfaceScans::Asked::ItAlone;
+        if (!isReachable)
+            elsewhere.Add(answer); // it can only be heard
+        const VxLock lock(mutex);
+        if (isReachable && !found)
+            found = answer;
+        scans.EndAt(m_network.clock.Now() + (isReachable ? 0ms : kAmbiguityGrace));
+    });
+    const VxLock lock(mutex);
+    return found ? VxExpected<FoundCamera>(*found) : Choose(id, Group(*interfaces, elsewhere.Take()));
+}
+
+/// An address in nobody's subnet may be behind a router, or that of a camera which only has the wrong one.
+void CameraFinder::AddFarAway(transport::Ipv4Address camera, const std::vector<NetworkInterface>& interfaces,
+                              InterfaceScans& scans)
+{
+    if (const auto via = InterfaceTowards(camera))
+        scans.AddOne(*via, camera);
+    for (const NetworkInterface& described : interfaces)
+        scans.AddEverybody(described);
 }
 
 VxExpected<FoundCamera> CameraFinder::FindByScan(const ConnectionId& id, std::chrono::milliseconds timeout)
 {
-    const auto interfaces = m_network.interfaces.Interfaces();
-    if (!interfaces)
-        return interfaces.Error();
-    InterfaceScans scans(m_network.sockets, m_network.clock, m_network.clock.Now() + timeout);
-    std::vector<NetworkInterface> usable;
-    std::ranges::copy_if(*interfaces, std::back_inserter(usable),
-                         [&](const NetworkInterface& described) { return scans.Add(described); });
     const bool isUnique = id.GetKind() == ConnectionId::Kind::MacAddress;
-    Findings findings;
-    scans.Run([&](const FoundCamera& found) {
-        findings.Add(found);
-        const bool isReachable =
-            transport::Ipv4Address(found.camera.ipAddress).IsSameSubnet(found.via.address, found.via.mask);
+    const auto scanned = FindUntil(timeout, [&](const FoundCamera& found) {
         // One that answers where it cannot be reached may also answer where it can.
-        if (id.Matches(found.camera) && isReachable)
-            scans.EndAt(m_network.clock.Now() + (isUnique ? 0ms : kAmbiguityGrace));
+        const bool isIt = id.Matches(found.camera) && IsInSubnetOf(found.via, found.Address());
+        return isIt ? std::optional(isUnique ? 0ms : kAmbiguityGrace) : std::nullopt;
     });
-    return Choose(id, Group(usable, findings.Take()));
+    return scanned ? Choose(id, *scanned) : scanned.Error();
 }
 
 VxExpected<NetworkInterface> CameraFinder::InterfaceTowards(transport::Ipv4Address remote)
 {
-    const auto interfaces = m_network.interfaces.Interfaces();
+    const auto interfaces = Interfaces();
     if (!interfaces)
         return interfaces.Error();
     const NetworkInterface* best = nullptr;
     for (const NetworkInterface& described : *interfaces) {
         const bool isNearer =
             best == nullptr || std::popcount(described.mask.Value()) > std::popcount(best->mask.Value());
-        if (remote.IsSameSubnet(described.address, described.mask) && !described.mask.IsUnspecified() &&
-            isNearer)
+        if (IsInSubnetOf(described, remote) && isNearer)
             best = &described;
     }
     if (best != nullptr)

@@ -8,9 +8,13 @@
 #include "VxCamera/transport/ISocketFactory.h"
 
 #include <chrono>
+#include <functional>
+#include <optional>
 #include <vector>
 
 namespace control {
+
+class InterfaceScans;
 
 /// Finds cameras on the network.
 ///
@@ -27,11 +31,20 @@ public:
     explicit CameraFinder(const Network& network) : m_network(network) {}
 
     /// Asks on every interface at once and collects answers for the time given.
-    /// @return  every interface in the system's order, also those without a camera. An interface that cannot
-    ///          be used is left out.
+    /// @return  every interface in the order of the system's numbers, also those without a camera. An
+    ///          interface that cannot be used is left out.
     [[nodiscard]] VxExpected<std::vector<ScannedInterface>> FindAll(std::chrono::milliseconds timeout);
 
-    /// Finds one camera and ends as soon as it has answered. For an IP address only that address is asked.
+    /// Tells of a camera that has just answered how much longer the search goes on; none = as long as before.
+    /// Called from several threads at once.
+    using Enough = std::function<std::optional<std::chrono::milliseconds>(const FoundCamera&)>;
+
+    /// The same, but a camera can bring the end forward.
+    [[nodiscard]] VxExpected<std::vector<ScannedInterface>> FindUntil(std::chrono::milliseconds timeout,
+                                                                      const Enough& enough);
+
+    /// Finds one camera and ends as soon as it has answered. For an IP address in the subnet of an interface
+    /// only that address is asked; the interface on which it answers is the one to use.
     /// @return  NOT_FOUND, AMBIGUOUS (several cameras have this name), INVALID_CONFIGURATION,
     ///          INVALID_PARAMETER for an empty id
     [[nodiscard]] VxExpected<FoundCamera> Find(const ConnectionId& id, std::chrono::milliseconds timeout);
@@ -40,6 +53,9 @@ public:
     [[nodiscard]] VxExpected<transport::NetworkInterface> InterfaceTowards(transport::Ipv4Address remote);
 
 private:
+    [[nodiscard]] VxExpected<std::vector<transport::NetworkInterface>> Interfaces();
+    void AddFarAway(transport::Ipv4Address camera, const std::vector<transport::NetworkInterface>& interfaces,
+                    InterfaceScans& scans);
     [[nodiscard]] VxExpected<FoundCamera> FindByAddress(const ConnectionId& id,
                                                         std::chrono::milliseconds timeout);
     [[nodiscard]] VxExpected<FoundCamera> FindByScan(const ConnectionId& id,

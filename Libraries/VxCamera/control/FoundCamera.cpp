@@ -14,10 +14,14 @@ void MarkConfigurations(std::vector<ScannedInterface>& interfaces)
 
     for (ScannedInterface& scanned : interfaces) {
         for (FoundCamera& found : scanned.cameras) {
-            const transport::Ipv4Address address(found.camera.ipAddress);
-            const bool isInSubnet = address.IsSameSubnet(found.via.address, found.via.mask);
-            const bool isUnique = users[found.camera.ipAddress].size() == 1;
-            found.isConfigurationValid = !address.IsUnspecified() && isInSubnet && isUnique;
+            if (found.Address().IsUnspecified())
+                found.fault = ConfigurationFault::NoAddress;
+            else if (!found.Address().IsSameSubnet(found.via.address, found.via.mask))
+                found.fault = ConfigurationFault::OtherSubnet;
+            else if (users[found.camera.ipAddress].size() > 1)
+                found.fault = ConfigurationFault::SharedAddress;
+            else
+                found.fault = ConfigurationFault::None;
         }
     }
 }

@@ -8,12 +8,23 @@
 
 namespace control {
 
+/// Why a camera's network set-up does not allow a connection.
+enum class ConfigurationFault {
+    None,
+    NoAddress,     ///< 0.0.0.0
+    OtherSubnet,   ///< not in the subnet of the interface on which it answered
+    SharedAddress, ///< another camera has the same one
+};
+
 /// A camera that answered discovery, and how it is reached.
 struct FoundCamera {
     gvcp::DiscoveryAck camera;
     transport::Ipv4Endpoint device;  ///< where it takes commands
     transport::NetworkInterface via; ///< the interface on which it answered
-    bool isConfigurationValid = true;
+    ConfigurationFault fault{};      ///< None at first
+
+    [[nodiscard]] bool IsConfigurationValid() const { return fault == ConfigurationFault::None; }
+    [[nodiscard]] transport::Ipv4Address Address() const { return transport::Ipv4Address(camera.ipAddress); }
 };
 
 /// One network interface and the cameras found on it.

@@ -23,16 +23,29 @@ std::vector<transport::Ipv4Endpoint> TargetsOn(const transport::NetworkInterface
 
 } // namespace
 
-bool InterfaceScans::Add(const transport::NetworkInterface& described)
+bool InterfaceScans::AddEverybody(const transport::NetworkInterface& described)
+{
+    return Add(described, {TargetsOn(described), gvcp::DiscoveryAnswer::BroadcastAllowed});
+}
+
+bool InterfaceScans::AddOne(const transport::NetworkInterface& described, transport::Ipv4Address camera)
+{
+    return Add(described, {{{camera, gvcp::kPort}}, gvcp::DiscoveryAnswer::Unicast});
+}
+
+bool InterfaceScans::Add(const transport::NetworkInterface& described, DiscoveryScan::Question question)
 {
     transport::UdpSocketOptions options;
     options.local.address = described.address;
+    options.interfaceIndex = described.index;
     options.isBroadcastAllowed = true;
+    // A camera whose address is in another subnet can only answer by broadcast.
+    options.isBroadcastReceived = question.answer == gvcp::DiscoveryAnswer::BroadcastAllowed;
     options.receiveBufferBytes = kReceiveBufferBytes;
     auto socket = m_sockets.OpenUdp(options);
     if (!socket)
         return false;
-    m_scans.push_back({described, std::move(*socket)});
+    m_scans.push_back({described, std::move(question), std::move(*socket)});
     return true;
 }
 
@@ -57,12 +70,13 @@ void InterfaceScans::Run(const OnCamera& onCamera)
 
 void InterfaceScans::RunOne(Scan& scan, const OnCamera& onCamera)
 {
-    DiscoveryScan discovery(*scan.socket, m_clock,
-                            {TargetsOn(scan.described), gvcp::DiscoveryAnswer::BroadcastAllowed});
+    DiscoveryScan discovery(*scan.socket, m_clock, scan.question);
     const auto deadline = [this] { return Time(m_deadline.load()); };
     // A failing interface (one that has just gone down) has no cameras; the others decide.
+    const auto asked =
+        scan.question.answer == gvcp::DiscoveryAnswer::Unicast ? Asked::ItAlone : Asked::Everybody;
     std::ignore = discovery.Run(deadline, [&](const CameraAnswer& answer) {
-        onCamera({answer.camera, {answer.sender.address, gvcp::kPort}, scan.described, true});
+        onCamera({answer.camera, {answer.sender.address, gvcp::kPort}, scan.described}, asked);
     });
 }
 

@@ -19,16 +19,25 @@ namespace control {
 class InterfaceScans {
 public:
     using Time = IVxClock::Time;
-    using OnCamera = std::function<void(const FoundCamera&)>;
+
+    /// Who was asked when a camera answered.
+    enum class Asked {
+        Everybody, ///< the camera may only have been heard
+        ItAlone,   ///< so datagrams reach it
+    };
+    using OnCamera = std::function<void(const FoundCamera&, Asked)>;
 
     InterfaceScans(transport::ISocketFactory& sockets, const IVxClock& clock, Time deadline)
         : m_sockets(sockets), m_clock(clock), m_deadline(deadline.time_since_epoch())
     {
     }
 
-    /// Prepares an interface; one that cannot be used is passed over.
+    /// Prepares to ask everybody on an interface; one that cannot be used is passed over.
     /// @return  whether it will be scanned
-    bool Add(const transport::NetworkInterface& described);
+    bool AddEverybody(const transport::NetworkInterface& described);
+
+    /// Prepares to ask one address through an interface.
+    bool AddOne(const transport::NetworkInterface& described, transport::Ipv4Address camera);
 
     /// Scans all interfaces until the deadline.
     void Run(const OnCamera& onCamera);
@@ -39,8 +48,10 @@ public:
 private:
     struct Scan {
         transport::NetworkInterface described;
+        DiscoveryScan::Question question;
         std::unique_ptr<transport::IUdpSocket> socket;
     };
+    bool Add(const transport::NetworkInterface& described, DiscoveryScan::Question question);
     void RunOne(Scan& scan, const OnCamera& onCamera);
 
     transport::ISocketFactory& m_sockets;

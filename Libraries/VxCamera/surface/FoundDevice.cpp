@@ -9,6 +9,6 @@ FoundDevice::FoundDevice(const control::FoundCamera& found)
       m_serialNumber(found.camera.serialNumber),
       m_userDefinedName(found.camera.userDefinedName),
       m_ipAddress(transport::Ipv4Address(found.camera.ipAddress).ToString()),
-      m_isConfigurationValid(found.isConfigurationValid)
+      m_isConfigurationValid(found.IsConfigurationValid())
 {
 }

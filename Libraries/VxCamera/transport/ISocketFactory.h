@@ -22,6 +22,11 @@ struct UdpSocketOptions {
     bool isSendingAtOnce = false;       ///< SendTo fails rather than wait for a full queue
     std::size_t receiveBufferBytes = 0; ///< asked for, the system may grant less; 0 = the system's default
     Ipv4Address multicastInterface; ///< through which SendTo reaches groups; 0.0.0.0 = the system's choice
+    /// Number of the interface through which SendTo goes, whatever the system's routes say; 0 = as they say.
+    std::uint32_t interfaceIndex = 0;
+    /// Also takes what is broadcast to the socket's port. Some systems hand that only to sockets that are not
+    /// bound to an address; local stays the address from which SendTo sends.
+    bool isBroadcastReceived = false;
 };
 
 /// Opens sockets: the real ones, or those of a test.

@@ -10,7 +10,8 @@ namespace transport {
 
 /// One IPv4 address of one network interface that is up.
 struct NetworkInterface {
-    std::string name; ///< for people, UTF-8: "lo", "Ethernet 2"
+    std::string name;        ///< for people, UTF-8: "lo", "Ethernet 2"
+    std::uint32_t index = 0; ///< the system's number of the interface; 0 = none
     Ipv4Address address;
     Ipv4Address mask;
     std::array<std::uint8_t, 6> macAddress{}; ///< all zero where there is none (loopback)

@@ -1,6 +1,7 @@
 #include "support/network/FakeCamera.h"
 
 #include "VxCamera/wire/gvcp/AckHeader.h"
+#include "VxCamera/wire/gvcp/ForceIp.h"
 #include "VxCamera/wire/gvcp/PendingAck.h"
 #include "VxCamera/wire/gvcp/ReadMem.h"
 #include "VxCamera/wire/gvcp/ReadReg.h"
@@ -81,6 +82,8 @@ void FakeCamera::Answer(FakeUdpSocket& socket, const gvcp::CommandPacket& packet
     const gvcp::Datagram answer = Execute(packet, socket.LocalEndpoint());
     if (controller == socket.LocalEndpoint())
         lastCommandOfController = m_clock.Now();
+    if (isSilentAboutForceIp && packet.header.command == gvcp::Command::ForceIp)
+        return;
     if (dropAnswers > 0) {
         --dropAnswers;
         return;
@@ -102,6 +105,8 @@ gvcp::Datagram FakeCamera::Execute(const gvcp::CommandPacket& packet, const tran
     case Command::Discovery:
         seen.push_back({Command::Discovery, packet.header.requestId, 0, 0, m_clock.Now()});
         return gvcp::MakeDiscoveryAck(packet.header.requestId, identity);
+    case Command::ForceIp:
+        return ForceIp(packet);
     case Command::ReadReg:
         return Read(packet, gvcp::ParseReadRegCommand(packet.payload)->addresses.front(), 4);
     case Command::ReadMem: {
@@ -116,6 +121,19 @@ gvcp::Datagram FakeCamera::Execute(const gvcp::CommandPacket& packet, const tran
         return gvcp::MakeEmptyAck(gvcp::Status::NotImplemented, gvcp::AckOf(packet.header.command),
                                   packet.header.requestId);
     }
+}
+
+gvcp::Datagram FakeCamera::ForceIp(const gvcp::CommandPacket& packet)
+{
+    const auto command = gvcp::ParseForceIpCommand(packet.payload);
+    seen.push_back({gvcp::Command::ForceIp, packet.header.requestId, 0, 0, m_clock.Now()});
+    if (forceIpStatus == gvcp::Status::Success) {
+        endpoint.address = transport::Ipv4Address(command->ipAddress);
+        identity.ipAddress = command->ipAddress;
+        identity.subnetMask = command->subnetMask;
+        identity.defaultGateway = command->defaultGateway;
+    }
+    return gvcp::MakeEmptyAck(forceIpStatus, gvcp::Ack::ForceIp, packet.header.requestId);
 }
 
 gvcp::Datagram FakeCamera::Read(const gvcp::CommandPacket& packet, std::uint32_t address, std::size_t bytes)

@@ -54,6 +54,8 @@ public:
     int busy = 0;                          ///< of the next ones are refused with that status
     std::vector<std::uint16_t> pendingMs;  ///< announced before the next answer, which comes after them
     std::map<std::uint32_t, gvcp::Status> refused; ///< by address
+    gvcp::Status forceIpStatus = gvcp::Status::Success;
+    bool isSilentAboutForceIp = false; ///< its acknowledge gets lost on the way to another subnet
     std::optional<transport::Ipv4Endpoint> controller;
     IVxClock::Time lastCommandOfController;
 
@@ -61,6 +63,7 @@ private:
     void Answer(FakeUdpSocket& socket, const gvcp::CommandPacket& packet);
     [[nodiscard]] gvcp::Datagram Execute(const gvcp::CommandPacket& packet,
                                          const transport::Ipv4Endpoint& sender);
+    [[nodiscard]] gvcp::Datagram ForceIp(const gvcp::CommandPacket& packet);
     [[nodiscard]] gvcp::Datagram Read(const gvcp::CommandPacket& packet, std::uint32_t address,
                                       std::size_t bytes);
     [[nodiscard]] gvcp::Datagram Write(const gvcp::CommandPacket& packet, std::uint32_t address,

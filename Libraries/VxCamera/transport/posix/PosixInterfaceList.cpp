@@ -80,6 +80,7 @@ VxExpected<std::vector<NetworkInterface>> PosixInterfaceList::Interfaces()
             continue;
         NetworkInterface found;
         found.name = entry->ifa_name;
+        found.index = ::if_nametoindex(entry->ifa_name);
         found.address = AddressOf(entry->ifa_addr);
         if (entry->ifa_netmask != nullptr)
             found.mask = AddressOf(entry->ifa_netmask);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <utility>
@@ -54,6 +55,13 @@ VxResult Configure(int socket, const UdpSocketOptions& options)
         if (const auto set = SetOption(socket, SOL_SOCKET, SO_BROADCAST, 1, "allow broadcast"); !set.IsOK())
             return set;
     }
+    if (options.interfaceIndex != 0) {
+        // In network byte order, unlike every other interface number of this system.
+        const auto index = static_cast<int>(htonl(options.interfaceIndex)); // the same 32 bits
+        if (const auto set = SetOption(socket, IPPROTO_IP, IP_UNICAST_IF, index, "choose the interface");
+            !set.IsOK())
+            return set;
+    }
     if (options.receiveBufferBytes > 0)
         AskForReceiveBuffer(socket, options.receiveBufferBytes);
     if (!options.multicastInterface.IsUnspecified()) {
@@ -92,6 +100,31 @@ std::size_t SpreadOver(std::array<iovec, 3>& pieces, const Datagram& datagram)
     return pieces.size();
 }
 
+/// Tells the system from which of this machine's addresses a datagram goes.
+///
+/// Owner:  the scope that sends it.
+/// Thread: one.
+class SourceAddress {
+public:
+    explicit SourceAddress(Ipv4Address address) { m_info.ipi_spec_dst.s_addr = htonl(address.Value()); }
+
+    /// @param message  borrows this until it is sent
+    void AttachTo(msghdr& message)
+    {
+        message.msg_control = m_memory.data();
+        message.msg_controllen = m_memory.size();
+        cmsghdr* const header = CMSG_FIRSTHDR(&message);
+        header->cmsg_level = IPPROTO_IP;
+        header->cmsg_type = IP_PKTINFO;
+        header->cmsg_len = CMSG_LEN(sizeof m_info);
+        std::memcpy(CMSG_DATA(header), &m_info, sizeof m_info);
+    }
+
+private:
+    in_pktinfo m_info{};
+    alignas(cmsghdr) std::array<std::byte, CMSG_SPACE(sizeof(in_pktinfo))> m_memory{};
+};
+
 timespec ToTimespec(std::chrono::nanoseconds duration)
 {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
@@ -110,29 +143,40 @@ VxExpected<std::unique_ptr<IUdpSocket>> PosixUdpSocket::Open(const UdpSocketOpti
         return SystemFailure("open an event", errno);
     if (auto configured = Configure(socket.Get(), options); !configured.IsOK())
         return configured;
-    const auto local = Bind(socket.Get(), options.local);
+    // Linux hands a broadcast to nobody who is bound to the address of an interface.
+    const bool isBoundToAll = options.isBroadcastReceived && !options.local.address.IsUnspecified();
+    auto local =
+        Bind(socket.Get(), {isBoundToAll ? Ipv4Address() : options.local.address, options.local.port});
     if (!local)
         return local.Error();
+    local->address = options.local.address;
+    const auto sendFrom = isBoundToAll ? options.local.address : Ipv4Address();
     return std::unique_ptr<IUdpSocket>(std::make_unique<PosixUdpSocket>(
-        std::move(socket), std::move(wakeEvent), *local, options.isSendingAtOnce));
+        std::move(socket), std::move(wakeEvent), Manner{*local, sendFrom, options.isSendingAtOnce}));
 }
 
-PosixUdpSocket::PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Ipv4Endpoint& local,
-                               bool isSendingAtOnce)
+PosixUdpSocket::PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Manner& manner)
     : m_socket(std::move(socket)),
       m_wakeEvent(std::move(wakeEvent)),
-      m_local(local),
-      m_isSendingAtOnce(isSendingAtOnce)
+      m_local(manner.local),
+      m_sendFrom(manner.sendFrom),
+      m_isSendingAtOnce(manner.isSendingAtOnce)
 {
 }
 
 VxResult PosixUdpSocket::SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination)
 {
-    const sockaddr_in address = ToSystem(destination);
-    const auto send = [&] {
-        return ::sendto(m_socket.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL,
-                        reinterpret_cast<const sockaddr*>(&address), sizeof address) >= 0;
-    };
+    sockaddr_in address = ToSystem(destination);
+    iovec memory{const_cast<std::byte*>(bytes.data()), bytes.size()}; // only read from
+    msghdr message{};
+    message.msg_name = &address;
+    message.msg_namelen = sizeof address;
+    message.msg_iov = &memory;
+    message.msg_iovlen = 1;
+    SourceAddress source(m_sendFrom);
+    if (!m_sendFrom.IsUnspecified())
+        source.AttachTo(message);
+    const auto send = [&] { return ::sendmsg(m_socket.Get(), &message, MSG_NOSIGNAL) >= 0; };
     bool isSent = send();
     if (!isSent && !m_isSendingAtOnce && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
         pollfd waiting{m_socket.Get(), POLLOUT, 0};

@@ -10,10 +10,16 @@ namespace transport {
 /// A UDP socket of a POSIX system. Owner and thread: see IUdpSocket.
 class PosixUdpSocket final : public IUdpSocket {
 public:
+    /// Where it is, and how it sends.
+    struct Manner {
+        Ipv4Endpoint local;
+        Ipv4Address sendFrom; ///< 0.0.0.0 = the one it is bound to
+        bool isSendingAtOnce = false;
+    };
+
     [[nodiscard]] static VxExpected<std::unique_ptr<IUdpSocket>> Open(const UdpSocketOptions& options);
 
-    PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Ipv4Endpoint& local,
-                   bool isSendingAtOnce);
+    PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Manner& manner);
 
     VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) override;
     VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
@@ -32,6 +38,7 @@ private:
     const FileDescriptor m_socket;
     const FileDescriptor m_wakeEvent;
     const Ipv4Endpoint m_local;
+    const Ipv4Address m_sendFrom;
     const bool m_isSendingAtOnce;
     std::atomic<bool> m_isWoken =
         false; // set before the event is, so that a consumed wake leaves no second one

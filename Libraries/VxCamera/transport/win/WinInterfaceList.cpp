@@ -49,6 +49,7 @@ NetworkInterface Describe(const IP_ADAPTER_ADDRESSES& adapter, const IP_ADAPTER_
     std::memcpy(&address, unicast.Address.lpSockaddr, sizeof address);
     NetworkInterface described;
     described.name = VxUtf8FromWide(adapter.FriendlyName != nullptr ? adapter.FriendlyName : L"");
+    described.index = adapter.IfIndex;
     described.address = FromSystem(address).address;
     described.mask = MaskOf(unicast.OnLinkPrefixLength);
     if (adapter.PhysicalAddressLength == described.macAddress.size())

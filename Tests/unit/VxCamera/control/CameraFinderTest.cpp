@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace control {
 namespace {
 
@@ -28,6 +30,7 @@ protected:
     {
         transport::NetworkInterface described;
         described.name = name;
+        described.index = 7;
         described.address = address;
         described.mask = mask;
         return described;
@@ -63,7 +66,7 @@ TEST_F(CameraFinderTest, ListsEveryCameraOnceHoweverOftenItAnswers)
     ASSERT_EQ(found->front().cameras.size(), 2u);
     EXPECT_EQ(found->front().cameras[0].camera.serialNumber, "SN-1");
     EXPECT_EQ(found->front().cameras[1].camera.serialNumber, "SN-2");
-    EXPECT_TRUE(found->front().cameras[0].isConfigurationValid);
+    EXPECT_TRUE(found->front().cameras[0].IsConfigurationValid());
     EXPECT_EQ(Elapsed(), 1500ms);
 }
 
@@ -169,10 +172,47 @@ TEST_F(CameraFinderTest, ByIpAddressACameraBehindARouterIsFound)
     EXPECT_EQ(found->via.name, "eth0");
 }
 
-TEST_F(CameraFinderTest, WithoutARouteACameraIsNotFoundAtOnce)
+TEST_F(CameraFinderTest, AnAddressInNoSubnetIsLookedForOnEveryInterface)
 {
     EXPECT_EQ(m_finder.Find(ConnectionId("10.9.8.7"), 400ms).Result().Code(), VxError::NotFound);
-    EXPECT_EQ(Elapsed(), 0ms);
+
+    EXPECT_EQ(Elapsed(), 400ms);
+    EXPECT_EQ(m_asked.front().address, Ipv4Address(192, 168, 1, 255));
+}
+
+TEST_F(CameraFinderTest, ByIpAddressACameraInAWrongSubnetIsToldFromOneThatIsNotThere)
+{
+    m_camera.identity.ipAddress = Ipv4Address(169, 254, 3, 4).Value();
+    m_camera.endpoint.address = Ipv4Address(169, 254, 3, 4);
+
+    const auto found = m_finder.Find(ConnectionId("169.254.3.4"), 400ms);
+
+    ASSERT_FALSE(found);
+    EXPECT_EQ(found.Error().Code(), VxError::InvalidConfiguration);
+    EXPECT_NE(found.Error().GetDescription().Narrow().find("eth0"), std::string::npos);
+    EXPECT_LT(Elapsed(), 100ms);
+}
+
+TEST_F(CameraFinderTest, ADiscoverySocketSendsThroughItsInterfaceAndHearsBroadcasts)
+{
+    ASSERT_TRUE(m_finder.FindAll(100ms));
+
+    EXPECT_EQ(m_sockets.opened.front().interfaceIndex, 7u);
+    EXPECT_TRUE(m_sockets.opened.front().isBroadcastReceived);
+}
+
+TEST_F(CameraFinderTest, InterfacesKeepTheirOrderWhateverTheSystemsIs)
+{
+    m_sockets.portsInUse.clear();
+    m_camera.isGone = true;
+    transport::NetworkInterface second = m_interfaces.interfaces.front();
+    m_interfaces.interfaces.front().index = 9;
+    second.name = "eth1";
+
+    m_interfaces.interfaces.insert(m_interfaces.interfaces.end(), second);
+    EXPECT_EQ(m_finder.InterfaceTowards(Ipv4Address(192, 168, 1, 9))->name, "eth1");
+    std::ranges::reverse(m_interfaces.interfaces);
+    EXPECT_EQ(m_finder.InterfaceTowards(Ipv4Address(192, 168, 1, 9))->name, "eth1");
 }
 
 TEST_F(CameraFinderTest, TwoCamerasOfOneNameAreAmbiguous)
@@ -194,7 +234,20 @@ TEST_F(CameraFinderTest, ACameraOutsideTheSubnetIsListedAsInvalid)
     const auto found = m_finder.FindAll(100ms);
 
     ASSERT_EQ(found->front().cameras.size(), 1u);
-    EXPECT_FALSE(found->front().cameras.front().isConfigurationValid);
+    EXPECT_EQ(found->front().cameras.front().fault, ConfigurationFault::OtherSubnet);
+}
+
+TEST_F(CameraFinderTest, ACameraWithoutAnAddressIsListedAsInvalid)
+{
+    m_camera.identity.ipAddress = 0;
+
+    const auto found = m_finder.FindAll(100ms);
+
+    ASSERT_EQ(found->front().cameras.size(), 1u);
+    EXPECT_EQ(found->front().cameras.front().fault, ConfigurationFault::NoAddress);
+    const auto connected = m_finder.Find(ConnectionId("SN-1"), 400ms);
+    EXPECT_EQ(connected.Result().Code(), VxError::InvalidConfiguration);
+    EXPECT_NE(connected.Error().GetDescription().Narrow().find("no address"), std::string::npos);
 }
 
 TEST_F(CameraFinderTest, ACameraOutsideTheSubnetCannotBeConnected)
@@ -216,8 +269,8 @@ TEST_F(CameraFinderTest, TwoCamerasOfOneAddressAreInvalid)
     const auto found = m_finder.FindAll(100ms);
 
     ASSERT_EQ(found->front().cameras.size(), 2u);
-    EXPECT_FALSE(found->front().cameras[0].isConfigurationValid);
-    EXPECT_FALSE(found->front().cameras[1].isConfigurationValid);
+    EXPECT_EQ(found->front().cameras[0].fault, ConfigurationFault::SharedAddress);
+    EXPECT_EQ(found->front().cameras[1].fault, ConfigurationFault::SharedAddress);
 }
 
 TEST_F(CameraFinderTest, GarbageIsNoCamera)
