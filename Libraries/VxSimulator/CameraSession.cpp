@@ -18,20 +18,26 @@ constexpr auto kLongestWait = std::chrono::microseconds(400'000);
 // Chosen: after a network that fails, so that a failure that stays does not use up a processor.
 constexpr auto kPauseAfterFailure = std::chrono::milliseconds(10);
 
+// Chosen: real cameras take seconds; long enough that every command of a client fails meanwhile.
+constexpr auto kRebootTime = std::chrono::milliseconds(1000);
+
 } // namespace
 
-CameraSession::CameraSession(CameraSockets sockets, const VxSimulatorOptions& options,
-                             const NetworkFacts& network, const IVxClock& clock, EventSink eventSink)
-    : m_sockets(std::move(sockets)),
+CameraSession::CameraSession(CameraSockets sockets, const VxSimulatorOptions& options, const IVxClock& clock,
+                             Callbacks callbacks)
+    : m_control(std::move(sockets.control)),
+      m_stream(std::move(sockets.stream)),
       m_options(options),
-      m_network(network),
       m_clock(clock),
-      m_eventSink(std::move(eventSink)),
-      m_sender(*m_sockets.stream, options),
-      m_device(options, network, clock.Now())
+      m_callbacks(std::move(callbacks)),
+      m_sender(m_stream, options),
+      m_device(options, sockets.network, clock.Now()),
+      m_subnetMask(sockets.network.subnetMask)
 {
-    m_threads.emplace_back([this] { Serve(*m_sockets.control); });
-    for (const auto& socket : m_sockets.broadcast)
+    for (auto& socket : sockets.broadcast)
+        m_broadcast.push_back(std::make_unique<MovableSocket>(std::move(socket)));
+    m_threads.emplace_back([this] { Serve(m_control); });
+    for (const auto& socket : m_broadcast)
         m_threads.emplace_back([this, &socket] { Serve(*socket); });
     m_threads.emplace_back([this] { Stream(); });
 }
@@ -44,8 +50,8 @@ CameraSession::~CameraSession()
     }
     m_sender.Cancel();
     m_changed.notify_all();
-    m_sockets.control->Wake();
-    for (const auto& socket : m_sockets.broadcast)
+    m_control.Wake();
+    for (const auto& socket : m_broadcast)
         socket->Wake();
     for (std::thread& thread : m_threads)
         thread.join();
@@ -76,14 +82,16 @@ void CameraSession::Vanish()
     }
     m_sender.Cancel();
     m_changed.notify_all();
-    if (m_eventSink)
-        m_eventSink("vanished");
+    if (m_callbacks.eventSink)
+        m_callbacks.eventSink("vanished");
 }
 
 std::chrono::microseconds CameraSession::TimeToAdvance() const
 {
     const VxLock lock(m_mutex);
-    const auto deadline = m_device.NextAdvance();
+    auto deadline = m_device.NextAdvance();
+    if (!m_lateAnswers.empty())
+        deadline = std::min(deadline.value_or(m_lateAnswers.front().due), m_lateAnswers.front().due);
     if (!deadline)
         return kLongestWait;
     const auto rest = std::chrono::ceil<std::chrono::microseconds>(*deadline - m_clock.Now());
@@ -102,6 +110,7 @@ void CameraSession::Serve(transport::IUdpSocket& socket)
             Advance();
         else if (received.Error().Code() != VxError::Aborted)
             std::this_thread::sleep_for(kPauseAfterFailure);
+        SendWhatIsDue();
     }
 }
 
@@ -119,7 +128,10 @@ void CameraSession::Handle(std::span<const std::byte> datagram, const transport:
         after = CurrentState();
         destination = m_device.StreamDestination();
     }
-    SendAnswer(reaction, sender);
+    // A camera that cannot have the address stays where it is, and stays silent.
+    if (!reaction.newAddress || MoveTo(*reaction.newAddress).IsOK())
+        SendAnswer(reaction, sender);
+    SendLate(reaction, sender);
     m_changed.notify_all();
     if (reaction.testPacket)
         m_sender.SendTestPacket(*reaction.testPacket);
@@ -133,11 +145,67 @@ void CameraSession::SendAnswer(const Reaction& reaction, const transport::Ipv4En
     if (!reaction.answer)
         return;
     transport::Ipv4Endpoint destination = sender;
-    const bool isReachable = sender.address.IsSameSubnet(m_options.address, m_network.subnetMask);
-    if (reaction.isBroadcastAllowed && !isReachable)
-        destination.address = transport::Ipv4Address::LimitedBroadcast();
+    if (reaction.isBroadcastAllowed) {
+        const VxLock lock(m_mutex);
+        if (!sender.address.IsSameSubnet(m_control.LocalEndpoint().address, m_subnetMask))
+            destination.address = transport::Ipv4Address::LimitedBroadcast();
+    }
     // An answer that is lost is asked for again.
-    std::ignore = m_sockets.control->SendTo(reaction.answer->Bytes(), destination);
+    std::ignore = m_control.SendTo(reaction.answer->Bytes(), destination);
+}
+
+void CameraSession::SendLate(const Reaction& reaction, const transport::Ipv4Endpoint& sender)
+{
+    const VxLock lock(m_mutex);
+    for (const TimedAnswer& each : reaction.later) {
+        const auto place = std::ranges::upper_bound(m_lateAnswers, each.due, {}, &LateAnswer::due);
+        m_lateAnswers.insert(place, {each.due, each.answer, sender});
+    }
+}
+
+void CameraSession::SendWhatIsDue()
+{
+    for (;;) {
+        LateAnswer late;
+        {
+            const VxLock lock(m_mutex);
+            if (m_lateAnswers.empty() || m_clock.Now() < m_lateAnswers.front().due)
+                return;
+            late = m_lateAnswers.front();
+            m_lateAnswers.pop_front();
+        }
+        std::ignore = m_control.SendTo(late.answer.Bytes(), late.destination); // as any answer
+    }
+}
+
+VxResult CameraSession::MoveTo(const gvcp::ForceIpCommand& address)
+{
+    const transport::Ipv4Address wanted(address.ipAddress);
+    if (wanted != m_control.LocalEndpoint().address) {
+        auto sockets = m_callbacks.openSockets(wanted);
+        if (!sockets)
+            return sockets.Error();
+        m_control.MoveTo(std::move(sockets->control));
+        m_stream.MoveTo(std::move(sockets->stream));
+        for (std::size_t i = 0; i < std::min(m_broadcast.size(), sockets->broadcast.size()); ++i)
+            m_broadcast[i]->MoveTo(std::move(sockets->broadcast[i]));
+    }
+    const VxLock lock(m_mutex);
+    m_device.SetAddress(address);
+    m_subnetMask = transport::Ipv4Address(address.subnetMask);
+    return VxResult::Ok();
+}
+
+void CameraSession::Reboot()
+{
+    {
+        const VxLock lock(m_mutex);
+        const auto now = m_clock.Now();
+        m_lateAnswers.clear();
+        m_device.Reboot(now, now + kRebootTime);
+    }
+    if (m_callbacks.eventSink)
+        m_callbacks.eventSink("starts anew");
 }
 
 void CameraSession::Advance()
@@ -155,16 +223,16 @@ void CameraSession::Advance()
 
 void CameraSession::TellChange(const State& before, const State& after) const
 {
-    if (!m_eventSink)
+    if (!m_callbacks.eventSink)
         return;
     if (before.owner && before.owner != after.owner)
-        m_eventSink("control released or lost by " + before.owner->ToString());
+        m_callbacks.eventSink("control released or lost by " + before.owner->ToString());
     if (after.owner && before.owner != after.owner)
-        m_eventSink("control taken by " + after.owner->ToString());
+        m_callbacks.eventSink("control taken by " + after.owner->ToString());
     if (before.isAcquiring != after.isAcquiring)
-        m_eventSink(after.isAcquiring
-                        ? "acquisition started"
-                        : "acquisition stopped after " + std::to_string(m_framesSent) + " frames");
+        m_callbacks.eventSink(after.isAcquiring
+                                  ? "acquisition started"
+                                  : "acquisition stopped after " + std::to_string(m_framesSent) + " frames");
 }
 
 void CameraSession::Stream()
@@ -191,6 +259,8 @@ void CameraSession::FrameSent()
     const std::uint64_t frames = ++m_framesSent;
     if (m_options.faults.vanishAfterFrames == frames)
         Vanish();
+    if (m_options.faults.rebootAfterFrames == frames)
+        Reboot();
 }
 
 } // namespace simulator

@@ -6,6 +6,7 @@
 
 #include "VxCamera/transport/ISocketFactory.h"
 
+#include "VxSimulator/MovableSocket.h"
 #include "VxSimulator/VxSimulatorOptions.h"
 #include "VxSimulator/device/SimulatedDevice.h"
 #include "VxSimulator/stream/StreamSender.h"
@@ -13,6 +14,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -22,12 +24,13 @@
 
 namespace simulator {
 
-/// Sockets of a running camera.
+/// Sockets of a camera at one address, and what it knows of its network there.
 struct CameraSockets {
     std::unique_ptr<transport::IUdpSocket> control;
     std::unique_ptr<transport::IUdpSocket> stream;
     std::vector<std::unique_ptr<transport::IUdpSocket>>
         broadcast; ///< for discovery; on some systems none is needed
+    NetworkFacts network;
 };
 
 /// A camera that is switched on: the device with its sockets and threads.
@@ -39,20 +42,25 @@ class CameraSession {
 public:
     using EventSink = std::function<void(const std::string&)>;
 
+    /// Opens sockets at another address, when the camera is given one.
+    using SocketOpener = std::function<VxExpected<CameraSockets>(transport::Ipv4Address)>;
+
+    /// What a session asks of those around it; called from its threads with no lock held.
+    struct Callbacks {
+        EventSink eventSink; ///< may be empty
+        SocketOpener openSockets;
+    };
+
     /// @param clock      borrowed: outlives this
-    /// @param eventSink  called from the session's threads with no lock held; may be empty
-    CameraSession(CameraSockets sockets, const VxSimulatorOptions& options, const NetworkFacts& network,
-                  const IVxClock& clock, EventSink eventSink);
+    CameraSession(CameraSockets sockets, const VxSimulatorOptions& options, const IVxClock& clock,
+                  Callbacks callbacks);
 
     /// Switches the camera off; nobody is told.
     ~CameraSession();
     CameraSession(const CameraSession&) = delete;
     CameraSession& operator=(const CameraSession&) = delete;
 
-    [[nodiscard]] transport::Ipv4Endpoint ControlEndpoint() const
-    {
-        return m_sockets.control->LocalEndpoint();
-    }
+    [[nodiscard]] transport::Ipv4Endpoint ControlEndpoint() const { return m_control.LocalEndpoint(); }
     [[nodiscard]] std::optional<transport::Ipv4Endpoint> ControlOwner() const;
     [[nodiscard]] bool IsAcquiring() const;
     [[nodiscard]] std::uint64_t FramesSent() const { return m_framesSent; }
@@ -68,6 +76,10 @@ private:
     void Serve(transport::IUdpSocket& socket);
     void Handle(std::span<const std::byte> datagram, const transport::Ipv4Endpoint& sender);
     void SendAnswer(const Reaction& reaction, const transport::Ipv4Endpoint& sender);
+    void SendLate(const Reaction& reaction, const transport::Ipv4Endpoint& sender);
+    void SendWhatIsDue();
+    [[nodiscard]] VxResult MoveTo(const gvcp::ForceIpCommand& address);
+    void Reboot();
     void Advance();
     void Stream();
     void TellChange(const State& before, const State& after) const;
@@ -75,16 +87,25 @@ private:
     [[nodiscard]] std::chrono::microseconds TimeToAdvance() const;
     void FrameSent();
 
-    CameraSockets m_sockets;
+    struct LateAnswer {
+        IVxClock::Time due;
+        gvcp::Datagram answer;
+        transport::Ipv4Endpoint destination;
+    };
+
+    MovableSocket m_control;
+    MovableSocket m_stream;
+    std::vector<std::unique_ptr<MovableSocket>> m_broadcast;
     const VxSimulatorOptions m_options;
-    const NetworkFacts m_network;
     const IVxClock& m_clock; // borrowed, see the constructor
-    const EventSink m_eventSink;
+    const Callbacks m_callbacks;
     StreamSender m_sender;
 
     mutable VxMutex m_mutex;
     std::condition_variable_any m_changed; // the device's state, or m_isStopping
     SimulatedDevice m_device VX_GUARDED_BY(m_mutex);
+    transport::Ipv4Address m_subnetMask VX_GUARDED_BY(m_mutex);
+    std::deque<LateAnswer> m_lateAnswers VX_GUARDED_BY(m_mutex); // by time
 
     std::atomic<bool> m_isStopping = false;
     std::atomic<std::uint64_t> m_framesSent = 0;

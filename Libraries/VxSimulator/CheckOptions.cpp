@@ -83,6 +83,18 @@ VxResult CheckPicture(const VxSimulatorOptions& options)
     return VxResult::Ok();
 }
 
+VxResult CheckControlFaults(const VxSimulatorFaults& faults)
+{
+    for (const double share : {faults.dropCommandShare, faults.dropAnswerShare})
+        if (!(share >= 0 && share <= 1))
+            return Wrong("the share of lost commands and answers must be from 0 to 1");
+    constexpr std::chrono::milliseconds kLongest(UINT16_MAX); // what a PENDING_ACK can tell
+    for (const auto time : {faults.answerDelay, faults.pendingTime})
+        if (time.count() < 0 || time > kLongest)
+            return Wrong("an answer cannot come later than 65535 ms");
+    return VxResult::Ok();
+}
+
 } // namespace
 
 VxResult CheckOptions(const VxSimulatorOptions& options)
@@ -105,7 +117,9 @@ VxResult CheckOptions(const VxSimulatorOptions& options)
     const std::array shares{
         Share{"dropped", options.faults.dropShare}, Share{"duplicated", options.faults.duplicateShare},
         Share{"reordered", options.faults.reorderShare}, Share{"delayed", options.faults.delayShare}};
-    return CheckAll(shares, CheckShare);
+    if (auto result = CheckAll(shares, CheckShare); !result.IsOK())
+        return result;
+    return CheckControlFaults(options.faults);
 }
 
 } // namespace simulator

@@ -88,34 +88,46 @@ VxResult VxSimulatedCamera::Start(const VxSimulatorOptions& options)
     if (auto checked = simulator::CheckOptions(options); !checked.IsOK())
         return checked;
 
-    simulator::CameraSockets sockets;
+    auto sockets = OpenSockets({options.address, options.controlPort});
+    if (!sockets)
+        return WithRemedy(sockets.Error());
+    VxSimulatorOptions fixed = options;
+    fixed.mac = simulator::MacOf(options); // stays the same when the address changes
+    m_mac = *fixed.mac;
+    const auto reopen = [this, port = sockets->control->LocalEndpoint().port](Ipv4Address address) {
+        return OpenSockets({address, port});
+    };
+    m_session = std::make_unique<simulator::CameraSession>(
+        *std::move(sockets), fixed, m_clock, simulator::CameraSession::Callbacks{m_eventSink, reopen});
+    return VxResult::Ok();
+}
+
+VxExpected<simulator::CameraSockets> VxSimulatedCamera::OpenSockets(const Ipv4Endpoint& at) const
+{
     transport::UdpSocketOptions controlOptions;
-    controlOptions.local = {options.address, options.controlPort};
+    controlOptions.local = at;
     controlOptions.isBroadcastAllowed = true;
     auto control = m_sockets.OpenUdp(controlOptions);
     if (!control)
-        return WithRemedy(control.Error());
+        return control.Error();
     transport::UdpSocketOptions streamOptions;
-    streamOptions.local = {options.address, 0};
-    streamOptions.multicastInterface = options.address;
+    streamOptions.local = {at.address, 0};
+    streamOptions.multicastInterface = at.address;
     auto stream = m_sockets.OpenUdp(streamOptions);
     if (!stream)
-        return WithRemedy(stream.Error());
-    sockets.control = *std::move(control);
-    sockets.stream = *std::move(stream);
+        return stream.Error();
 
-    simulator::NetworkFacts network;
-    if (const auto found = InterfaceOf(m_interfaces, options.address)) {
-        network.subnetMask = found->mask;
-        network.mtuBytes = found->mtuBytes != 0 ? found->mtuBytes : network.mtuBytes;
+    simulator::CameraSockets opened;
+    opened.control = *std::move(control);
+    opened.stream = *std::move(stream);
+    if (const auto found = InterfaceOf(m_interfaces, at.address)) {
+        opened.network.subnetMask = found->mask;
+        opened.network.mtuBytes = found->mtuBytes != 0 ? found->mtuBytes : opened.network.mtuBytes;
     }
-    network.streamSourcePort = sockets.stream->LocalEndpoint().port;
-    sockets.broadcast = OpenBroadcastSockets(m_sockets, sockets.control->LocalEndpoint(), network.subnetMask);
-
-    m_mac = simulator::MacOf(options);
-    m_session = std::make_unique<simulator::CameraSession>(std::move(sockets), options, network, m_clock,
-                                                           m_eventSink);
-    return VxResult::Ok();
+    opened.network.streamSourcePort = opened.stream->LocalEndpoint().port;
+    opened.broadcast =
+        OpenBroadcastSockets(m_sockets, opened.control->LocalEndpoint(), opened.network.subnetMask);
+    return opened;
 }
 
 void VxSimulatedCamera::Stop()

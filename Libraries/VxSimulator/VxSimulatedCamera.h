@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VxBase/VxClock.h"
+#include "VxBase/VxExpected.h"
 #include "VxBase/VxResult.h"
 
 #include "VxCamera/transport/IInterfaceList.h"
@@ -17,7 +18,8 @@
 
 namespace simulator {
 class CameraSession;
-}
+struct CameraSockets;
+} // namespace simulator
 
 /// What a simulated camera has done since it was started.
 struct VxSimulatorCounters {
@@ -83,6 +85,8 @@ public:
 
 private:
     struct OwnNetwork;
+    [[nodiscard]] VxExpected<simulator::CameraSockets> OpenSockets(const transport::Ipv4Endpoint& at) const;
+
     std::unique_ptr<OwnNetwork> m_ownNetwork; // empty when everything is borrowed
     transport::ISocketFactory& m_sockets;     // ours or borrowed, see the constructors
     transport::IInterfaceList& m_interfaces;

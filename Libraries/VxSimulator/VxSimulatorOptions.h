@@ -2,9 +2,11 @@
 
 #include "VxCamera/transport/Ipv4Address.h"
 #include "VxCamera/wire/gvcp/Command.h"
+#include "VxCamera/wire/gvcp/Status.h"
 
 #include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -22,6 +24,21 @@ struct VxSimulatorFaults {
     std::optional<std::chrono::milliseconds> resendMemory{};
     /// After so many frames the camera is as if switched off: no packet, no answer. None: never.
     std::optional<std::uint64_t> vanishAfterFrames{};
+    /// After so many frames the camera starts anew: it is away for a while, and then nobody controls it and
+    /// every register is as at first. None: never.
+    std::optional<std::uint64_t> rebootAfterFrames{};
+
+    // Of commands other than discovery.
+    double dropCommandShare = 0;              ///< commands that do not arrive
+    double dropAnswerShare = 0;               ///< commands that are done, but whose answer does not arrive
+    std::chrono::milliseconds answerDelay{0}; ///< each answer comes so much later
+    /// Each write takes so long, which a PENDING_ACK announces; 0: none does. At most 65535.
+    std::chrono::milliseconds pendingTime{0};
+    std::optional<std::uint32_t>
+        refusedAddress{}; ///< register whose reading and writing is refused; none: no one
+    gvcp::Status refusal = gvcp::Status::AccessDenied; ///< how it is refused
+    int answerLengthError = 0;               ///< added to the number of bytes that an answer says it has
+    std::int64_t descriptionLengthError = 0; ///< added to the length that the description's URL tells
 };
 
 /// How the simulated camera is set up when it starts.
@@ -42,8 +59,10 @@ struct VxSimulatorOptions {
     double frameRateHz = 25;                ///< 0.1 to 1000
     std::uint32_t linkSpeedMbps = 1000;     ///< packets are not sent faster
     std::optional<std::uint64_t>
-        frameLimit;         ///< after so many frames the camera sends no more; none: without end
-    bool hasSources = true; ///< whether the feature list has SourceSelector
+        frameLimit;                   ///< after so many frames the camera sends no more; none: without end
+    bool hasSources = true;           ///< whether the feature list has SourceSelector
+    bool hasTestPackets = true;       ///< whether the camera sends a test packet when it is asked to
+    std::size_t descriptionBytes = 0; ///< the feature description is filled up to so many; 0: as it is
 
     VxSimulatorFaults faults{};
 };

@@ -15,6 +15,9 @@ namespace {
 
 using Mac = std::array<std::uint8_t, 6>;
 
+// Chosen: the largest descriptions known have 5 MB.
+constexpr std::size_t kLargestDescription = 16 * 1024 * 1024;
+
 /// @param text  "00:11:22:33:44:55", with ':' or '-'
 std::optional<Mac> ParseMac(std::string_view text)
 {
@@ -33,6 +36,17 @@ std::optional<Mac> ParseMac(std::string_view text)
     return mac;
 }
 
+/// @param text  hexadecimal, with or without "0x"
+std::optional<std::uint32_t> ParseAddress(std::string_view text)
+{
+    if (text.starts_with("0x") || text.starts_with("0X"))
+        text.remove_prefix(2);
+    std::uint32_t address = 0;
+    constexpr int kHexadecimal = 16;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), address, kHexadecimal);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(address) : std::nullopt;
+}
+
 std::string FormatNames()
 {
     std::string names;
@@ -46,6 +60,9 @@ struct Texts {
     std::string address = "127.0.0.1";
     std::string format = "Mono8";
     std::string mac;
+    std::string refusedAddress;
+    std::uint16_t answerDelayMs = 0;
+    std::uint16_t pendingMs = 0;
 };
 
 void AddCameraOptions(CLI::App& app, Texts& texts, VxSimulatorOptions& camera)
@@ -92,6 +109,32 @@ void AddIdentityOptions(CLI::App& app, Texts& texts, VxSimulatorOptions& camera)
     app.add_flag(
         "--no-source-selector", [&camera](std::int64_t) { camera.hasSources = false; },
         "Leave the feature SourceSelector out, as many cameras do");
+    app.add_flag(
+        "--no-test-packets", [&camera](std::int64_t) { camera.hasTestPackets = false; },
+        "Send no packets with which an application finds the packet size, as many cameras do");
+    app.add_option("--description-size", camera.descriptionBytes,
+                   "Fill the feature description up to this many bytes")
+        ->type_name("BYTES")
+        ->check(CLI::Range(std::size_t{0}, kLargestDescription));
+}
+
+void AddControlFaultOptions(CLI::App& app, VxSimulatorFaults& faults, Texts& texts)
+{
+    constexpr const char* kGroup = "Faults of commands other than discovery";
+    const auto add = [&](const char* name, auto& value, const char* type, const char* what) {
+        app.add_option(name, value, what)->type_name(type)->group(kGroup);
+    };
+    add("--drop-commands", faults.dropCommandShare, "SHARE", "Share of commands that get lost, from 0 to 1");
+    add("--drop-answers", faults.dropAnswerShare, "SHARE",
+        "Share of commands that are done, but not answered");
+    add("--answer-delay", texts.answerDelayMs, "MS", "Answer so much later");
+    add("--pending", texts.pendingMs, "MS", "Need so long for each write, and announce it (PENDING_ACK)");
+    add("--refuse", texts.refusedAddress, "ADDRESS",
+        "Refuse to read and write the register at this address, for instance 0xA108");
+    add("--answer-length", faults.answerLengthError, "BYTES",
+        "Add this to the length that answers tell; may be negative");
+    add("--description-length", faults.descriptionLengthError, "BYTES",
+        "Add this to the length of the feature description that is told; may be negative");
 }
 
 void AddFaultOptions(CLI::App& app, VxSimulatorFaults& faults)
@@ -118,6 +161,11 @@ void AddFaultOptions(CLI::App& app, VxSimulatorFaults& faults)
            "After this many frames neither send nor answer anything more, as if the cable were pulled")
         ->type_name("FRAMES")
         ->group(kGroup);
+    app.add_option(
+           "--reboot-after", faults.rebootAfterFrames,
+           "After this many frames start anew: silent for a second, then without settings and control")
+        ->type_name("FRAMES")
+        ->group(kGroup);
 }
 
 VxResult Wrong(const std::string& sentence)
@@ -136,6 +184,15 @@ VxResult Understand(const Texts& texts, VxSimulatorOptions& camera)
     if (format == nullptr)
         return Wrong("'" + texts.format + "' is no format of this camera: it has " + FormatNames());
     camera.pixelFormat = format->code;
+
+    camera.faults.answerDelay = std::chrono::milliseconds(texts.answerDelayMs);
+    camera.faults.pendingTime = std::chrono::milliseconds(texts.pendingMs);
+    if (!texts.refusedAddress.empty()) {
+        camera.faults.refusedAddress = ParseAddress(texts.refusedAddress);
+        if (!camera.faults.refusedAddress)
+            return Wrong("'" + texts.refusedAddress +
+                         "' is no register address: give hexadecimal digits like 0xA108");
+    }
 
     if (texts.mac.empty())
         return VxResult::Ok();
@@ -158,6 +215,7 @@ VxExpected<CommandLine> ParseCommandLine(int argc, const char* const* argv)
     AddCameraOptions(app, texts, commandLine.camera);
     AddIdentityOptions(app, texts, commandLine.camera);
     AddFaultOptions(app, commandLine.camera.faults);
+    AddControlFaultOptions(app, commandLine.camera.faults, texts);
     app.add_flag(
         "--verbose", [&commandLine](std::int64_t) { commandLine.talk = Talk::Verbose; },
         "Tell on the error output who takes control and when frames are sent");

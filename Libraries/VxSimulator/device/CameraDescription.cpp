@@ -11,7 +11,7 @@ constexpr std::string_view kSectionEnd = "<!--[/source]-->";
 
 } // namespace
 
-std::string CameraDescription(SourceFeatures sources)
+std::string CameraDescription(SourceFeatures sources, std::size_t leastBytes)
 {
     std::string text(WholeCameraDescription());
     for (auto begin = text.find(kSectionBegin); begin != std::string::npos;
@@ -23,6 +23,14 @@ std::string CameraDescription(SourceFeatures sources)
             text.erase(end, kSectionEnd.size());
             text.erase(begin, kSectionBegin.size());
         }
+    }
+    constexpr std::string_view kCommentBegin = "<!--";
+    constexpr std::string_view kCommentEnd = "-->\n";
+    if (const std::size_t marks = kCommentBegin.size() + kCommentEnd.size();
+        text.size() + marks < leastBytes) {
+        text += kCommentBegin;
+        text.resize(leastBytes - kCommentEnd.size(), '.');
+        text += kCommentEnd;
     }
     // Applications read whole words, and not all of them cut off what they did not ask for.
     text.resize((text.size() + gvcp::kAlignment - 1) / gvcp::kAlignment * gvcp::kAlignment, '\n');

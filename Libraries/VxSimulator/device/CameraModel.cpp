@@ -51,6 +51,13 @@ void CameraModel::ShowPrivilege(std::uint32_t value, std::uint32_t address, std:
     m_memory.Store32(bootstrap::kPrimaryApplicationPort, port);
 }
 
+void CameraModel::ShowAddress(const gvcp::ForceIpCommand& address)
+{
+    m_memory.Store32(bootstrap::kCurrentIpAddress, address.ipAddress);
+    m_memory.Store32(bootstrap::kCurrentSubnetMask, address.subnetMask);
+    m_memory.Store32(bootstrap::kCurrentDefaultGateway, address.defaultGateway);
+}
+
 void CameraModel::ControlLost()
 {
     using namespace bootstrap;
@@ -194,7 +201,8 @@ void CameraModel::KeepPacketSize()
     const std::uint32_t size =
         std::clamp(wanted - wanted % kPacketSizeStep, kPacketSizeMin, m_memory.Load32(kPacketSizeMax));
     m_memory.Store32(kStreamChannelPacketSize, (written & kDoNotFragment) | size);
-    m_isTestPacketWanted = m_isTestPacketWanted || (written & kFireTestPacket) != 0;
+    const bool isAsked = m_options.hasTestPackets && (written & kFireTestPacket) != 0;
+    m_isTestPacketWanted = m_isTestPacketWanted || isAsked;
 }
 
 void CameraModel::KeepPayloadSize()

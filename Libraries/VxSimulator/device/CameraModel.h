@@ -2,6 +2,8 @@
 
 #include "VxBase/VxClock.h"
 
+#include "VxCamera/wire/gvcp/ForceIp.h"
+
 #include "VxSimulator/VxSimulatorOptions.h"
 #include "VxSimulator/device/DeviceMemory.h"
 #include "VxSimulator/device/FeatureLimits.h"
@@ -33,6 +35,9 @@ public:
 
     /// The registers that tell who controls the camera are kept by the control server.
     void ShowPrivilege(std::uint32_t value, std::uint32_t address, std::uint16_t port);
+
+    /// The camera has another address from now on.
+    void ShowAddress(const gvcp::ForceIpCommand& address);
 
     /// Nobody controls the camera any more: acquisition ends, unless it is to go on unconditionally.
     void ControlLost();

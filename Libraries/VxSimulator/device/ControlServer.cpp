@@ -3,7 +3,6 @@
 #include "VxBase/VxByteOrder.h"
 
 #include "VxCamera/wire/gvcp/Discovery.h"
-#include "VxCamera/wire/gvcp/ForceIp.h"
 #include "VxCamera/wire/gvcp/ReadMem.h"
 #include "VxCamera/wire/gvcp/ReadReg.h"
 #include "VxCamera/wire/gvcp/WriteMem.h"
@@ -59,8 +58,6 @@ Datagram ControlServer::Execute(const Request& request)
     switch (request.packet.header.command) {
     case Command::Discovery:
         return Discover(request);
-    case Command::ForceIp:
-        return ForceIp(request);
     case Command::ReadReg:
         return ReadReg(request);
     case Command::WriteReg:
@@ -95,14 +92,6 @@ Datagram ControlServer::Discover(const Request& request)
     out.Bytes(identity);
     answer.Close(out);
     return answer;
-}
-
-Datagram ControlServer::ForceIp(const Request& request)
-{
-    if (!gvcp::ParseForceIpCommand(request.packet.payload))
-        return Refuse(request, Status::InvalidHeader);
-    // The address belongs to the machine on which this runs, so it cannot be changed.
-    return Refuse(request, Status::NotImplemented);
 }
 
 Datagram ControlServer::ReadReg(const Request& request)

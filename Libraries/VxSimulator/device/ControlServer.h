@@ -57,7 +57,6 @@ private:
     [[nodiscard]] gvcp::Datagram Execute(const Request& request);
     [[nodiscard]] gvcp::Datagram Refuse(const Request& request, gvcp::Status status);
     [[nodiscard]] gvcp::Datagram Discover(const Request& request);
-    [[nodiscard]] gvcp::Datagram ForceIp(const Request& request);
     [[nodiscard]] gvcp::Datagram ReadReg(const Request& request);
     [[nodiscard]] gvcp::Datagram WriteReg(const Request& request);
     [[nodiscard]] gvcp::Datagram ReadMem(const Request& request);

@@ -134,14 +134,16 @@ void StoreCapabilities(DeviceMemory& memory, const VxSimulatorOptions& options, 
 
 void StoreDescription(DeviceMemory& memory, const VxSimulatorOptions& options)
 {
-    const std::string description =
-        CameraDescription(options.hasSources ? SourceFeatures::Present : SourceFeatures::Absent);
+    const std::string description = CameraDescription(
+        options.hasSources ? SourceFeatures::Present : SourceFeatures::Absent, options.descriptionBytes);
     memory.Add(kDescription, description.size(), Access::ReadOnly);
     memory.StoreText(kDescription, description.size(), description);
 
     std::array<char, 64> url{};
-    std::snprintf(url.data(), url.size(), "Local:VxSimulatedCamera.xml;%X;%zX",
-                  static_cast<unsigned>(kDescription), description.size());
+    const auto bytes = static_cast<std::int64_t>(description.size()); // some MiB
+    const std::int64_t toldBytes = std::max<std::int64_t>(bytes + options.faults.descriptionLengthError, 0);
+    std::snprintf(url.data(), url.size(), "Local:VxSimulatedCamera.xml;%X;%llX",
+                  static_cast<unsigned>(kDescription), static_cast<unsigned long long>(toldBytes));
     memory.StoreText(bootstrap::kFirstUrl, bootstrap::kUrlBytes, url.data());
     memory.StoreText(bootstrap::kSecondUrl, bootstrap::kUrlBytes, url.data());
 }

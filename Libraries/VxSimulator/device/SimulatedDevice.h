@@ -3,23 +3,29 @@
 #include "VxBase/VxClock.h"
 
 #include "VxCamera/transport/Ipv4Endpoint.h"
+#include "VxCamera/wire/gvcp/ForceIp.h"
 #include "VxCamera/wire/gvcp/PacketResend.h"
 
 #include "VxSimulator/VxSimulatorOptions.h"
 #include "VxSimulator/device/CameraModel.h"
+#include "VxSimulator/device/ControlFaults.h"
 #include "VxSimulator/device/ControlServer.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace simulator {
 
 /// What the camera does after a control datagram.
 struct Reaction {
     std::optional<gvcp::Datagram> answer; ///< to the sender
-    bool isBroadcastAllowed = false;      ///< the answer may be broadcast if the sender is in another subnet
+    std::vector<TimedAnswer> later{};     ///< more answers to the sender
+    /// The address that the camera is to have before it answers; whether it has is told by SetAddress.
+    std::optional<gvcp::ForceIpCommand> newAddress{};
+    bool isBroadcastAllowed = false; ///< the answer may be broadcast if the sender is in another subnet
     std::optional<CameraModel::TestPacket> testPacket;
     std::optional<gvcp::PacketResendCommand> resend; ///< of packets of the stream
 };
@@ -52,7 +58,7 @@ public:
     /// The application in control.
     [[nodiscard]] const std::optional<transport::Ipv4Endpoint>& ControlOwner() const
     {
-        return m_server.Owner();
+        return m_server->Owner();
     }
 
     [[nodiscard]] bool IsAcquiring() const { return m_model.IsAcquiring(); }
@@ -60,20 +66,32 @@ public:
     /// Where frames go, and packets that are sent again; port 0: nowhere.
     [[nodiscard]] transport::Ipv4Endpoint StreamDestination() const { return m_model.StreamDestination(); }
 
+    /// The camera has the address that a reaction asked for.
+    void SetAddress(const gvcp::ForceIpCommand& address) { m_model.ShowAddress(address); }
+
+    /// Starts anew: silent until then, and every register as at first.
+    void Reboot(Time now, Time silentUntil);
+
     /// From now on as if switched off: no answer, no frame.
     void Vanish() { m_isVanished = true; }
-    [[nodiscard]] bool IsVanished() const { return m_isVanished; }
+    [[nodiscard]] bool IsSilent(Time now) const { return m_isVanished || now < m_silentUntil; }
 
     SimulatedDevice(const SimulatedDevice&) = delete;
     SimulatedDevice& operator=(const SimulatedDevice&) = delete;
 
 private:
+    [[nodiscard]] Reaction ForceIp(const gvcp::CommandPacket& packet);
+    void AnswerWithFaults(Reaction& reaction, const gvcp::CommandPacket& packet, Time now);
     [[nodiscard]] std::optional<gvcp::PacketResendCommand>
     ResendOf(const gvcp::CommandPacket& packet, const transport::Ipv4Endpoint& sender) const;
 
+    const VxSimulatorOptions m_options;
+    const NetworkFacts m_network;
     CameraModel m_model;
-    ControlServer m_server;
+    std::optional<ControlServer> m_server; // never empty; made anew by a reboot
+    ControlFaults m_faults;
     bool m_isVanished = false;
+    Time m_silentUntil{};
 };
 
 } // namespace simulator

@@ -2,6 +2,7 @@
 
 #include "VxCamera/wire/gvcp/AckHeader.h"
 #include "VxCamera/wire/gvcp/Discovery.h"
+#include "VxCamera/wire/gvcp/ForceIp.h"
 #include "VxCamera/wire/gvcp/PacketResend.h"
 #include "VxCamera/wire/gvcp/ReadReg.h"
 #include "VxCamera/wire/gvcp/WriteReg.h"
@@ -312,6 +313,40 @@ TEST_F(VxSimulatedCameraTest, SeveralRunBesideEachOther)
     ASSERT_TRUE(second.Start(options).IsOK());
 
     EXPECT_NE(second.MacText(), m_camera.MacText());
+}
+
+TEST_F(VxSimulatedCameraTest, MovesToTheAddressItIsGivenAndAnswersFromThere)
+{
+    ASSERT_TRUE(m_camera.Start(Options()).IsOK());
+    const auto mac = m_camera.Mac();
+    const gvcp::ForceIpCommand address{mac, Ipv4Address(10, 0, 0, 77).Value(), 0xFFFFFF00u, 0};
+
+    ASSERT_TRUE(m_client
+                    ->SendTo(gvcp::MakeForceIpCommand(9, gvcp::DiscoveryAnswer::Unicast, address).Bytes(),
+                             {Ipv4Address::LimitedBroadcast(), 3956})
+                    .IsOK());
+
+    EXPECT_EQ(Receive(*m_client), bytes::FromHex("00 00 00 05 00 00 00 09"));
+    EXPECT_EQ(m_camera.ControlEndpoint().ToString(), "10.0.0.77:3956");
+    EXPECT_EQ(m_camera.Mac(), mac);
+    const auto discovery = gvcp::MakeDiscoveryCommand(7, gvcp::DiscoveryAnswer::Unicast);
+    ASSERT_TRUE(m_client->SendTo(discovery.Bytes(), {Ipv4Address(10, 0, 0, 77), 3956}).IsOK());
+    const auto answer = Receive(*m_client);
+    const auto ack = gvcp::ParseAck(answer);
+    ASSERT_TRUE(ack);
+    EXPECT_EQ(gvcp::ParseDiscoveryAck(ack->payload)->ipAddress, Ipv4Address(10, 0, 0, 77).Value());
+}
+
+TEST_F(VxSimulatedCameraTest, AnAnswerThatIsLateComesLate)
+{
+    VxSimulatorOptions options = Options();
+    options.faults.answerDelay = 30ms;
+    ASSERT_TRUE(m_camera.Start(options).IsOK());
+    const auto start = m_clock.Now();
+
+    EXPECT_EQ(Write(bootstrap::kControlChannelPrivilege, 2), gvcp::Status::Success);
+
+    EXPECT_GE(m_clock.Now() - start, 30ms);
 }
 
 } // namespace

@@ -129,4 +129,32 @@ TEST(CommandLineTest, GivesHelp)
     }
 }
 
+TEST(CommandLineTest, TakesWhatGoesWrongWithCommands)
+{
+    const auto parsed = Parse({"--drop-commands", "0.1", "--drop-answers", "0.2", "--answer-delay", "300",
+                               "--pending", "1500", "--refuse", "0xA108", "--answer-length", "-4",
+                               "--description-length", "1000", "--reboot-after", "7", "--no-test-packets",
+                               "--description-size", "1000000"});
+
+    ASSERT_TRUE(parsed);
+    const VxSimulatorFaults& faults = parsed->camera.faults;
+    EXPECT_EQ(faults.dropCommandShare, 0.1);
+    EXPECT_EQ(faults.dropAnswerShare, 0.2);
+    EXPECT_EQ(faults.answerDelay, std::chrono::milliseconds(300));
+    EXPECT_EQ(faults.pendingTime, std::chrono::milliseconds(1500));
+    EXPECT_EQ(faults.refusedAddress, 0xA108u);
+    EXPECT_EQ(faults.answerLengthError, -4);
+    EXPECT_EQ(faults.descriptionLengthError, 1000);
+    EXPECT_EQ(faults.rebootAfterFrames, 7u);
+    EXPECT_FALSE(parsed->camera.hasTestPackets);
+    EXPECT_EQ(parsed->camera.descriptionBytes, 1'000'000u);
+}
+
+TEST(CommandLineTest, SaysWhatIsNoRegisterAddress)
+{
+    EXPECT_THAT(WhatIsWrong({"--refuse", "Width"}), HasSubstr("'Width' is no register address"));
+    EXPECT_THAT(WhatIsWrong({"--refuse", "0x"}), HasSubstr("no register address"));
+    EXPECT_THAT(WhatIsWrong({"--refuse", "1A2B3C4D5"}), HasSubstr("no register address"));
+}
+
 } // namespace

@@ -121,15 +121,6 @@ TEST_F(ControlServerTest, RefusesPayloadsOfTheWrongLength)
     EXPECT_EQ(Ask(kFirst, "42 01 00 82 00 04 00 01 00 00 0A 00"), FromHex("80 0E 00 83 00 00 00 01"));
     EXPECT_EQ(Ask(kFirst, "42 01 00 84 00 04 00 01 00 00 02 00"), FromHex("80 0E 00 85 00 00 00 01"));
     EXPECT_EQ(Ask(kFirst, "42 01 00 86 00 04 00 01 00 00 00 E8"), FromHex("80 0E 00 87 00 00 00 01"));
-    EXPECT_EQ(Ask(kFirst, "42 01 00 04 00 04 00 01 00 00 00 00"), FromHex("80 0E 00 05 00 00 00 01"));
-}
-
-TEST_F(ControlServerTest, CannotBeGivenAnotherAddress)
-{
-    bytes::Vector forceIp = FromHex("42 01 00 04 00 38 00 01");
-    forceIp.resize(8 + 56);
-
-    EXPECT_EQ(Ask(kFirst, forceIp), FromHex("80 01 00 05 00 00 00 01"));
 }
 
 TEST_F(ControlServerTest, DoesNotAnswerWhatIsNoCommand)

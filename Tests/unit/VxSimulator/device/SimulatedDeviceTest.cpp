@@ -144,12 +144,83 @@ TEST_F(SimulatedDeviceTest, NeitherAnswersNorSendsWhenItHasVanished)
 
     m_device.Vanish();
 
-    EXPECT_TRUE(m_device.IsVanished());
+    EXPECT_TRUE(m_device.IsSilent(m_now));
     EXPECT_FALSE(Handle(kOwner, FromHex("42 01 00 02 00 00 FF FF")).answer);
     EXPECT_FALSE(Handle(kOwner, kResend).resend);
     EXPECT_FALSE(m_device.NextFrameDue());
     EXPECT_FALSE(m_device.TakeFrame(m_now + 1s));
     EXPECT_FALSE(m_device.NextAdvance());
+}
+
+// 127.0.0.1, the usual address, makes the MAC 02:00:7F:00:00:01. To 192.168.1.20/24, gateway 192.168.1.1.
+const auto kForceIp =
+    FromHex("42 11 00 04 00 38 00 07 | 00 00 02 00 7F 00 00 01 | 00 00 00 00 00 00 00 00 00 00 00 00"
+            "| C0 A8 01 14 | 00 00 00 00 00 00 00 00 00 00 00 00 | FF FF FF 00"
+            "| 00 00 00 00 00 00 00 00 00 00 00 00 | C0 A8 01 01");
+
+TEST_F(SimulatedDeviceTest, CanBeGivenAnotherAddress)
+{
+    const auto reaction = Handle(kOwner, kForceIp);
+
+    ASSERT_TRUE(reaction.newAddress);
+    EXPECT_EQ(reaction.newAddress->ipAddress, 0xC0A80114u);
+    EXPECT_TRUE(reaction.isBroadcastAllowed);
+    ASSERT_TRUE(reaction.answer);
+    EXPECT_EQ(bytes::Copy(reaction.answer->Bytes()), FromHex("00 00 00 05 00 00 00 07"));
+
+    m_device.SetAddress(*reaction.newAddress);
+    const auto asked =
+        Handle(kOwner, FromHex("42 01 00 80 00 0C 00 01 | 00 00 00 24 | 00 00 00 34 | 00 00 00 44"));
+    EXPECT_EQ(bytes::Copy(asked.answer->Bytes()),
+              FromHex("00 00 00 81 00 0C 00 01 | C0 A8 01 14 | FF FF FF 00 | C0 A8 01 01"));
+}
+
+TEST_F(SimulatedDeviceTest, AnAddressForAnotherCameraIsNotItsBusiness)
+{
+    auto forOther = kForceIp;
+    forOther[15] = std::byte{0x02}; // the last byte of the MAC
+
+    const auto reaction = Handle(kOwner, forOther);
+
+    EXPECT_FALSE(reaction.newAddress);
+    EXPECT_FALSE(reaction.answer);
+}
+
+TEST_F(SimulatedDeviceTest, WhoControlsItKeepsItsAddress)
+{
+    StartStreaming();
+
+    const auto reaction = Handle(kStranger, kForceIp);
+
+    EXPECT_FALSE(reaction.newAddress);
+    EXPECT_EQ(bytes::Copy(reaction.answer->Bytes()), FromHex("80 06 00 05 00 00 00 07"));
+}
+
+TEST_F(SimulatedDeviceTest, AfterARebootNobodyControlsItAndRegistersAreAsAtFirst)
+{
+    StartStreaming();
+    const auto readControlAndPort = FromHex("42 01 00 80 00 08 00 09 | 00 00 0A 00 | 00 00 0D 00");
+
+    m_device.Reboot(m_now, m_now + 1s);
+
+    EXPECT_FALSE(Handle(kOwner, readControlAndPort).answer);
+    m_now += 1s;
+    EXPECT_EQ(bytes::Copy(Handle(kOwner, readControlAndPort).answer->Bytes()),
+              FromHex("00 00 00 81 00 08 00 09 | 00 00 00 00 | 00 00 00 00"));
+    EXPECT_FALSE(m_device.IsAcquiring());
+    EXPECT_FALSE(m_device.ControlOwner());
+}
+
+TEST_F(SimulatedDeviceTest, ACameraWithoutTestPacketsSendsNone)
+{
+    VxSimulatorOptions options;
+    options.hasTestPackets = false;
+    SimulatedDevice device(options, {}, m_now);
+    const auto handle = [&](const char* hex) { return device.Handle(FromHex(hex), kOwner, m_now); };
+    handle("42 01 00 82 00 08 00 01 | 00 00 0A 00 00 00 00 02");
+    handle("42 01 00 82 00 10 00 02 | 00 00 0D 18 0A 00 00 02 | 00 00 0D 00 00 00 9C 40");
+
+    EXPECT_FALSE(handle("42 01 00 82 00 08 00 03 | 00 00 0D 04 80 00 05 DC").testPacket);
 }
 
 } // namespace
