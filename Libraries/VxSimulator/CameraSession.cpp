@@ -35,10 +35,11 @@ CameraSession::CameraSession(CameraSockets sockets, const VxSimulatorOptions& op
       m_subnetMask(sockets.network.subnetMask)
 {
     for (auto& socket : sockets.broadcast)
-        m_broadcast.push_back(std::make_unique<MovableSocket>(std::move(socket)));
+        m_broadcast.push_back(socket ? std::make_unique<MovableSocket>(std::move(socket)) : nullptr);
     m_threads.emplace_back([this] { Serve(m_control); });
     for (const auto& socket : m_broadcast)
-        m_threads.emplace_back([this, &socket] { Serve(*socket); });
+        if (socket)
+            m_threads.emplace_back([this, &socket] { Serve(*socket); });
     m_threads.emplace_back([this] { Stream(); });
 }
 
@@ -52,7 +53,8 @@ CameraSession::~CameraSession()
     m_changed.notify_all();
     m_control.Wake();
     for (const auto& socket : m_broadcast)
-        socket->Wake();
+        if (socket)
+            socket->Wake();
     for (std::thread& thread : m_threads)
         thread.join();
 }
@@ -188,10 +190,11 @@ VxResult CameraSession::MoveTo(const gvcp::ForceIpCommand& address)
         m_control.MoveTo(std::move(sockets->control));
         m_stream.MoveTo(std::move(sockets->stream));
         for (std::size_t i = 0; i < std::min(m_broadcast.size(), sockets->broadcast.size()); ++i)
-            m_broadcast[i]->MoveTo(std::move(sockets->broadcast[i]));
+            if (m_broadcast[i] && sockets->broadcast[i])
+                m_broadcast[i]->MoveTo(std::move(sockets->broadcast[i]));
     }
     const VxLock lock(m_mutex);
-    m_device.SetAddress(address);
+    m_device.SetAddress(address, m_stream.LocalEndpoint().port);
     m_subnetMask = transport::Ipv4Address(address.subnetMask);
     return VxResult::Ok();
 }

@@ -29,7 +29,7 @@ struct CameraSockets {
     std::unique_ptr<transport::IUdpSocket> control;
     std::unique_ptr<transport::IUdpSocket> stream;
     std::vector<std::unique_ptr<transport::IUdpSocket>>
-        broadcast; ///< for discovery; on some systems none is needed
+        broadcast; ///< for discovery: of everybody, of the subnet; empty where one cannot be had
     NetworkFacts network;
 };
 
@@ -95,7 +95,7 @@ private:
 
     MovableSocket m_control;
     MovableSocket m_stream;
-    std::vector<std::unique_ptr<MovableSocket>> m_broadcast;
+    std::vector<std::unique_ptr<MovableSocket>> m_broadcast; // as CameraSockets::broadcast
     const VxSimulatorOptions m_options;
     const IVxClock& m_clock; // borrowed, see the constructor
     const Callbacks m_callbacks;

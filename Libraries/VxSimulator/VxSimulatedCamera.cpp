@@ -43,6 +43,7 @@ OpenBroadcastSockets(transport::ISocketFactory& sockets, const Ipv4Endpoint& con
     std::vector<std::unique_ptr<transport::IUdpSocket>> opened;
     const Ipv4Address ofSubnet(control.address.Value() | ~mask.Value());
     for (const Ipv4Address address : {Ipv4Address::LimitedBroadcast(), ofSubnet}) {
+        opened.emplace_back();
         if (address == control.address)
             continue; // a subnet of one host
         transport::UdpSocketOptions options;
@@ -50,7 +51,7 @@ OpenBroadcastSockets(transport::ISocketFactory& sockets, const Ipv4Endpoint& con
         options.sharing = transport::PortSharing::Shared;
         auto socket = sockets.OpenUdp(options);
         if (socket)
-            opened.push_back(*std::move(socket));
+            opened.back() = *std::move(socket);
     }
     return opened;
 }

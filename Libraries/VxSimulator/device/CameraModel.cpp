@@ -51,8 +51,9 @@ void CameraModel::ShowPrivilege(std::uint32_t value, std::uint32_t address, std:
     m_memory.Store32(bootstrap::kPrimaryApplicationPort, port);
 }
 
-void CameraModel::ShowAddress(const gvcp::ForceIpCommand& address)
+void CameraModel::ShowAddress(const gvcp::ForceIpCommand& address, std::uint16_t streamSourcePort)
 {
+    m_memory.Store32(bootstrap::kStreamChannelSourcePort, streamSourcePort);
     m_memory.Store32(bootstrap::kCurrentIpAddress, address.ipAddress);
     m_memory.Store32(bootstrap::kCurrentSubnetMask, address.subnetMask);
     m_memory.Store32(bootstrap::kCurrentDefaultGateway, address.defaultGateway);

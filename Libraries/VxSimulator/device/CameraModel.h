@@ -37,7 +37,7 @@ public:
     void ShowPrivilege(std::uint32_t value, std::uint32_t address, std::uint16_t port);
 
     /// The camera has another address from now on.
-    void ShowAddress(const gvcp::ForceIpCommand& address);
+    void ShowAddress(const gvcp::ForceIpCommand& address, std::uint16_t streamSourcePort);
 
     /// Nobody controls the camera any more: acquisition ends, unless it is to go on unconditionally.
     void ControlLost();

@@ -67,7 +67,10 @@ public:
     [[nodiscard]] transport::Ipv4Endpoint StreamDestination() const { return m_model.StreamDestination(); }
 
     /// The camera has the address that a reaction asked for.
-    void SetAddress(const gvcp::ForceIpCommand& address) { m_model.ShowAddress(address); }
+    void SetAddress(const gvcp::ForceIpCommand& address, std::uint16_t streamSourcePort)
+    {
+        m_model.ShowAddress(address, streamSourcePort);
+    }
 
     /// Starts anew: silent until then, and every register as at first.
     void Reboot(Time now, Time silentUntil);

@@ -48,15 +48,16 @@ TEST(MovableSocketTest, AMoveEndsAReceiveThatWaitsAtTheOldAddress)
 {
     MemoryNetwork network;
     MovableSocket socket(Open(network, kHere));
-    const auto received = std::async(std::launch::async, [&] {
+    auto received = std::async(std::launch::async, [&] {
         bytes::Vector memory(8);
         std::array datagrams{transport::Datagram{.memory = memory}};
         return socket.Receive(datagrams, 1h).Result().Code();
     });
 
     // Whether the wait has begun or not, it ends: a wake before it is kept by the old socket.
+    std::uint16_t port = 5000;
     while (received.wait_for(1ms) != std::future_status::ready)
-        socket.MoveTo(Open(network, socket.LocalEndpoint() == kHere ? kThere : kHere));
+        socket.MoveTo(Open(network, {kThere.address, port++}));
 }
 
 } // namespace

@@ -168,7 +168,7 @@ TEST_F(SimulatedDeviceTest, CanBeGivenAnotherAddress)
     ASSERT_TRUE(reaction.answer);
     EXPECT_EQ(bytes::Copy(reaction.answer->Bytes()), FromHex("00 00 00 05 00 00 00 07"));
 
-    m_device.SetAddress(*reaction.newAddress);
+    m_device.SetAddress(*reaction.newAddress, 40404);
     const auto asked =
         Handle(kOwner, FromHex("42 01 00 80 00 0C 00 01 | 00 00 00 24 | 00 00 00 34 | 00 00 00 44"));
     EXPECT_EQ(bytes::Copy(asked.answer->Bytes()),
