@@ -120,7 +120,8 @@ VxResult AddressForcer::CheckNobodyHas(const AddressAssignment& wanted, const Fo
     const std::string address = wanted.address.ToString();
     for (const ScannedInterface& each : scanned) {
         // A simulated camera lives at this machine's own addresses.
-        const bool isOwn = each.description.address == wanted.address && !each.description.isLoopback;
+        const bool isOwn = std::ranges::find(each.addresses, wanted.address) != each.addresses.end() &&
+                           !each.description.isLoopback;
         if (isOwn && camera.device.address != camera.via.address)
             return {VxError::InvalidParameter,
                     "the interface " + each.description.name + " of this machine has the address " + address};

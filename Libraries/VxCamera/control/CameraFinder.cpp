@@ -1,6 +1,7 @@
 #include "VxCamera/control/CameraFinder.h"
 
 #include "VxBase/VxMutex.h"
+#include "VxCamera/control/InterfaceMemory.h"
 #include "VxCamera/control/InterfaceScans.h"
 
 #include <algorithm>
@@ -51,17 +52,38 @@ private:
     std::map<Key, FoundCamera> m_cameras VX_GUARDED_BY(m_mutex);
 };
 
-std::vector<ScannedInterface> Group(const std::vector<NetworkInterface>& interfaces,
-                                    const std::vector<FoundCamera>& all)
+/// A camera that answers at several addresses of an interface is one camera, reached from the address in
+/// whose subnet it is.
+void AddOnce(std::vector<FoundCamera>& cameras, const FoundCamera& found)
 {
+    const auto isSame = [&](const FoundCamera& other) {
+        return other.camera.mac == found.camera.mac && other.camera.ipAddress == found.camera.ipAddress;
+    };
+    const auto known = std::ranges::find_if(cameras, isSame);
+    if (known == cameras.end())
+        cameras.push_back(found);
+    else if (!known->IsConfigurationValid() && found.IsConfigurationValid())
+        *known = found;
+}
+
+/// @param described  interfaces by number, one entry for each of their addresses
+std::vector<ScannedInterface> Group(const std::vector<NetworkInterface>& described,
+                                    std::vector<FoundCamera> all)
+{
+    MarkConfigurations(all);
     std::vector<ScannedInterface> groups;
-    for (const NetworkInterface& described : interfaces) {
-        ScannedInterface group{described, {}};
-        std::ranges::copy_if(all, std::back_inserter(group.cameras),
-                             [&](const FoundCamera& found) { return found.via == described; });
-        groups.push_back(std::move(group));
+    for (const NetworkInterface& each : described) {
+        const bool isNew = groups.empty() || each.index == 0 || groups.back().description.index != each.index;
+        if (isNew)
+            groups.push_back({each});
+        groups.back().addresses.push_back(each.address);
+        for (const FoundCamera& found : all)
+            if (found.via == each)
+                AddOnce(groups.back().cameras, found);
     }
-    MarkConfigurations(groups);
+    for (ScannedInterface& group : groups)
+        std::ranges::stable_sort(group.cameras, {},
+                                 [](const FoundCamera& found) { return ConnectionId::Of(found.camera); });
     return groups;
 }
 
@@ -129,6 +151,12 @@ VxExpected<std::vector<NetworkInterface>> CameraFinder::Interfaces()
     return interfaces;
 }
 
+void CameraFinder::Remember(const FoundCamera& found)
+{
+    if (m_network.memory != nullptr)
+        m_network.memory->Remember(found.device.address, found.via.address);
+}
+
 VxExpected<std::vector<ScannedInterface>> CameraFinder::FindAll(std::chrono::milliseconds timeout)
 {
     return FindUntil(timeout, [](const FoundCamera&) { return std::nullopt; });
@@ -147,6 +175,8 @@ VxExpected<std::vector<ScannedInterface>> CameraFinder::FindUntil(std::chrono::m
     Findings findings;
     scans.Run([&](const FoundCamera& found, InterfaceScans::Asked) {
         findings.Add(found);
+        if (IsInSubnetOf(found.via, found.Address()))
+            Remember(found);
         if (const auto rest = enough(found))
             scans.EndAt(m_network.clock.Now() + *rest);
     });
@@ -185,8 +215,10 @@ VxExpected<FoundCamera> CameraFinder::FindByAddress(const ConnectionId& id, std:
         if (!isReachable)
             elsewhere.Add(answer); // it can only be heard
         const VxLock lock(mutex);
-        if (isReachable && !found)
+        if (isReachable && !found) {
             found = answer;
+            Remember(answer);
+        }
         scans.EndAt(m_network.clock.Now() + (isReachable ? 0ms : kAmbiguityGrace));
     });
     const VxLock lock(mutex);
@@ -219,6 +251,12 @@ VxExpected<NetworkInterface> CameraFinder::InterfaceTowards(transport::Ipv4Addre
     const auto interfaces = Interfaces();
     if (!interfaces)
         return interfaces.Error();
+    const auto known = m_network.memory != nullptr ? m_network.memory->Find(remote) : std::nullopt;
+    if (known) {
+        const auto remembered = std::ranges::find(*interfaces, *known, &NetworkInterface::address);
+        if (remembered != interfaces->end())
+            return *remembered;
+    }
     const NetworkInterface* best = nullptr;
     for (const NetworkInterface& described : *interfaces) {
         const bool isNearer =

@@ -14,6 +14,7 @@
 
 namespace control {
 
+class InterfaceMemory;
 class InterfaceScans;
 
 /// Finds cameras on the network.
@@ -26,6 +27,7 @@ public:
         transport::ISocketFactory& sockets;
         transport::IInterfaceList& interfaces;
         const IVxClock& clock;
+        InterfaceMemory* memory = nullptr; ///< null: nothing is remembered from one search to the next
     };
 
     explicit CameraFinder(const Network& network) : m_network(network) {}
@@ -49,11 +51,14 @@ public:
     ///          INVALID_PARAMETER for an empty id
     [[nodiscard]] VxExpected<FoundCamera> Find(const ConnectionId& id, std::chrono::milliseconds timeout);
 
-    /// @return  the interface through which this machine reaches the address
+    /// @return  the interface on which a camera with this address answered last; for an unknown one that
+    /// whose
+    ///          subnet the address is in, or else the one to which the system's routes lead
     [[nodiscard]] VxExpected<transport::NetworkInterface> InterfaceTowards(transport::Ipv4Address remote);
 
 private:
     [[nodiscard]] VxExpected<std::vector<transport::NetworkInterface>> Interfaces();
+    void Remember(const FoundCamera& found);
     void AddFarAway(transport::Ipv4Address camera, const std::vector<transport::NetworkInterface>& interfaces,
                     InterfaceScans& scans);
     [[nodiscard]] VxExpected<FoundCamera> FindByAddress(const ConnectionId& id,

@@ -5,24 +5,21 @@
 
 namespace control {
 
-void MarkConfigurations(std::vector<ScannedInterface>& interfaces)
+void MarkConfigurations(std::vector<FoundCamera>& cameras)
 {
     std::map<std::uint32_t, std::set<gvcp::MacAddress>> users;
-    for (const ScannedInterface& scanned : interfaces)
-        for (const FoundCamera& found : scanned.cameras)
-            users[found.camera.ipAddress].insert(found.camera.mac);
+    for (const FoundCamera& found : cameras)
+        users[found.camera.ipAddress].insert(found.camera.mac);
 
-    for (ScannedInterface& scanned : interfaces) {
-        for (FoundCamera& found : scanned.cameras) {
-            if (found.Address().IsUnspecified())
-                found.fault = ConfigurationFault::NoAddress;
-            else if (!found.Address().IsSameSubnet(found.via.address, found.via.mask))
-                found.fault = ConfigurationFault::OtherSubnet;
-            else if (users[found.camera.ipAddress].size() > 1)
-                found.fault = ConfigurationFault::SharedAddress;
-            else
-                found.fault = ConfigurationFault::None;
-        }
+    for (FoundCamera& found : cameras) {
+        if (found.Address().IsUnspecified())
+            found.fault = ConfigurationFault::NoAddress;
+        else if (!found.Address().IsSameSubnet(found.via.address, found.via.mask))
+            found.fault = ConfigurationFault::OtherSubnet;
+        else if (users[found.camera.ipAddress].size() > 1)
+            found.fault = ConfigurationFault::SharedAddress;
+        else
+            found.fault = ConfigurationFault::None;
     }
 }
 

@@ -29,12 +29,13 @@ struct FoundCamera {
 
 /// One network interface and the cameras found on it.
 struct ScannedInterface {
-    transport::NetworkInterface description;
-    std::vector<FoundCamera> cameras; ///< by connection id
+    transport::NetworkInterface description;         ///< with its first address
+    std::vector<transport::Ipv4Address> addresses{}; ///< all it has
+    std::vector<FoundCamera> cameras{};              ///< by connection id, each once
 };
 
 /// Marks the cameras whose network set-up does not allow a connection: without an address, outside the subnet
 /// of the interface they answered on, or with an address that another camera has as well.
-void MarkConfigurations(std::vector<ScannedInterface>& interfaces);
+void MarkConfigurations(std::vector<FoundCamera>& cameras);
 
 } // namespace control

@@ -1,6 +1,14 @@
 #include "VxCamera/surface/CameraNetwork.h"
 
+#include "VxCamera/control/InterfaceMemory.h"
 #include "VxCamera/transport/SystemNetwork.h"
+
+namespace {
+
+// Shared: the device that has found a camera and the stream that is then opened for it are separate objects.
+constinit control::InterfaceMemory g_interfaceMemory;
+
+} // namespace
 
 CameraNetwork::CameraNetwork()
     : m_sockets(transport::MakeSystemSocketFactory()), m_interfaces(transport::MakeSystemInterfaceList())
@@ -8,3 +16,8 @@ CameraNetwork::CameraNetwork()
 }
 
 CameraNetwork::~CameraNetwork() = default;
+
+control::CameraFinder::Network CameraNetwork::Parts()
+{
+    return {*m_sockets, *m_interfaces, m_clock, &g_interfaceMemory};
+}

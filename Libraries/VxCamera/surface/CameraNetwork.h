@@ -9,7 +9,8 @@
 
 /// The outside world of one device, stream or search: the system's sockets, interfaces and clock.
 ///
-/// Each object has its own, so that nothing of ours is left in the process when the last one is gone.
+/// Each object has its own, so that nothing of ours is left in the process when the last one is gone; they
+/// share a memory of where cameras answered.
 ///
 /// Owner:  the object, by value; declared before whatever borrows from it.
 /// Thread: like its parts: any.
@@ -20,7 +21,7 @@ public:
     CameraNetwork(const CameraNetwork&) = delete;
     CameraNetwork& operator=(const CameraNetwork&) = delete;
 
-    [[nodiscard]] control::CameraFinder::Network Parts() { return {*m_sockets, *m_interfaces, m_clock}; }
+    [[nodiscard]] control::CameraFinder::Network Parts();
     [[nodiscard]] transport::ISocketFactory& Sockets() { return *m_sockets; }
     [[nodiscard]] const IVxClock& Clock() const { return m_clock; }
 

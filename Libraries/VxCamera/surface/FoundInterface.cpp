@@ -1,7 +1,20 @@
 #include "VxCamera/surface/FoundInterface.h"
 
-FoundInterface::FoundInterface(const control::ScannedInterface& scanned)
-    : m_displayName(scanned.description.name + " (" + scanned.description.address.ToString() + ")")
+#include <string>
+
+namespace {
+
+std::string DisplayName(const control::ScannedInterface& scanned)
+{
+    std::string addresses;
+    for (const transport::Ipv4Address address : scanned.addresses)
+        addresses += (addresses.empty() ? "" : ", ") + address.ToString();
+    return scanned.description.name + " (" + addresses + ")";
+}
+
+} // namespace
+
+FoundInterface::FoundInterface(const control::ScannedInterface& scanned) : m_displayName(DisplayName(scanned))
 {
     m_devices.reserve(scanned.cameras.size());
     for (const control::FoundCamera& camera : scanned.cameras)

@@ -16,7 +16,7 @@ public:
     VxInterface& operator=(const VxInterface&) = delete;
     virtual ~VxInterface() = default;
 
-    /// Name for people, with the address: "lo (127.0.0.1)".
+    /// Name for people, with its addresses: "lo (127.0.0.1)", "Ethernet 2 (192.168.1.5, 169.254.7.8)".
     [[nodiscard]] virtual VxString GetDisplayName() const = 0;
 
     [[nodiscard]] virtual std::size_t GetDeviceCount() const = 0;

@@ -32,7 +32,8 @@ public:
 
     [[nodiscard]] std::size_t GetInterfaceCount() const;
 
-    /// @return  borrowed until the next Find; null for an index without an interface. Order: the system's.
+    /// @return  borrowed until the next Find; null for an index without an interface. Order: by the
+    ///          system's numbers, the same from search to search.
     [[nodiscard]] const VxInterface* GetInterface(std::size_t index) const;
 
 private:

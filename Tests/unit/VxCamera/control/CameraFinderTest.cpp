@@ -1,5 +1,6 @@
 #include "VxCamera/control/CameraFinder.h"
 
+#include "VxCamera/control/InterfaceMemory.h"
 #include "VxCamera/wire/gvcp/AckHeader.h"
 #include "support/network/FakeCamera.h"
 #include "support/network/FakeInterfaceList.h"
@@ -289,6 +290,21 @@ TEST_F(CameraFinderTest, GarbageIsNoCamera)
 
     ASSERT_TRUE(found);
     EXPECT_TRUE(found->front().cameras.empty());
+}
+
+TEST_F(CameraFinderTest, WhereACameraHasAnsweredIsTheWayToItWhateverTheSubnetsSay)
+{
+    InterfaceMemory memory;
+    CameraFinder finder({m_sockets, m_interfaces, m_clock, &memory});
+    ASSERT_TRUE(finder.Find(ConnectionId("SN-1"), 400ms));
+    transport::NetworkInterface other = Interface("eth1", {192, 168, 1, 2}, {255, 255, 255, 0});
+    other.index = 1; // comes first
+    m_interfaces.interfaces.push_back(other);
+
+    EXPECT_EQ(finder.InterfaceTowards(m_camera.endpoint.address)->name, "eth0");
+    EXPECT_EQ(finder.InterfaceTowards(Ipv4Address(192, 168, 1, 99))->name, "eth1") << "never seen";
+    std::erase_if(m_interfaces.interfaces, [](const auto& each) { return each.name == "eth0"; });
+    EXPECT_EQ(finder.InterfaceTowards(m_camera.endpoint.address)->name, "eth1") << "the other one is gone";
 }
 
 TEST_F(CameraFinderTest, TheNearestSubnetIsTheWayToAnAddress)

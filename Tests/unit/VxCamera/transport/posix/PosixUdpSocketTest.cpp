@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <chrono>
+
 namespace transport {
 namespace {
 
@@ -16,6 +19,66 @@ TEST(PosixUdpSocketTest, AnAddressOfNoInterfaceCannotBeBound)
     ASSERT_FALSE(socket);
     EXPECT_EQ(socket.Error().Code(), VxError::NetworkError);
     EXPECT_NE(socket.Error().GetDescription().Narrow().find("203.0.113.1"), std::string::npos);
+}
+
+class BroadcastSocketTest : public testing::Test {
+protected:
+    static std::unique_ptr<IUdpSocket> Open(Ipv4Address address)
+    {
+        UdpSocketOptions options;
+        options.local.address = address;
+        options.interfaceIndex = 1; // fixed by the system: loopback
+        options.isBroadcastAllowed = true;
+        options.isBroadcastReceived = true;
+        auto socket = PosixUdpSocket::Open(options);
+        EXPECT_TRUE(socket) << socket.Result().GetDescription().Narrow();
+        return *std::move(socket);
+    }
+    static Ipv4Endpoint SenderOfNext(IUdpSocket& receiver)
+    {
+        std::array<std::byte, 8> memory{};
+        Datagram datagram{memory};
+        const auto received = receiver.Receive({&datagram, 1}, std::chrono::seconds(10));
+        EXPECT_TRUE(received);
+        return datagram.sender;
+    }
+
+    std::array<std::byte, 1> m_bytes{std::byte{7}};
+};
+
+TEST_F(BroadcastSocketTest, HearsWhatIsBroadcastToItsPort)
+{
+    const auto sender = Open(Ipv4Address(127, 0, 0, 1));
+    const auto receiver = Open(Ipv4Address(127, 0, 0, 2));
+
+    const Ipv4Endpoint everybody{Ipv4Address(127, 255, 255, 255), receiver->LocalEndpoint().port};
+    ASSERT_TRUE(sender->SendTo(m_bytes, everybody).IsOK());
+
+    EXPECT_EQ(SenderOfNext(*receiver), sender->LocalEndpoint());
+}
+
+TEST_F(BroadcastSocketTest, StillSendsFromItsOwnAddressAndIsReachedThere)
+{
+    const auto socket = Open(Ipv4Address(127, 0, 0, 3));
+    const auto peer = Open(Ipv4Address(127, 0, 0, 1));
+
+    EXPECT_EQ(socket->LocalEndpoint().address, Ipv4Address(127, 0, 0, 3));
+    ASSERT_TRUE(socket->SendTo(m_bytes, peer->LocalEndpoint()).IsOK());
+    EXPECT_EQ(SenderOfNext(*peer), socket->LocalEndpoint());
+    ASSERT_TRUE(peer->SendTo(m_bytes, socket->LocalEndpoint()).IsOK());
+    EXPECT_EQ(SenderOfNext(*socket), peer->LocalEndpoint());
+}
+
+TEST_F(BroadcastSocketTest, AnInterfaceThatIsNotThereCannotBeChosen)
+{
+    UdpSocketOptions options;
+    options.local.address = Ipv4Address::Loopback();
+    options.interfaceIndex = 0x7FFFFFFF; // no system has so many
+
+    const auto socket = PosixUdpSocket::Open(options);
+
+    ASSERT_FALSE(socket);
+    EXPECT_EQ(socket.Error().Code(), VxError::NetworkError);
 }
 
 } // namespace
