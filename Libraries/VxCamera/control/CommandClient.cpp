@@ -190,7 +190,7 @@ VxResult CommandClient::SendAndAwait(const Request& request, const CommandSettin
     if (!command)
         return command.Error();
     if (auto sent = m_socket->SendTo(command->Bytes(), m_device); !sent.IsOK())
-        return sent;
+        return {sent.Code(), Describe(request) + ": " + sent.GetDescription().Narrow()};
     CommandExchange exchange({m_device, m_requestId, request.ack}, settings, m_clock.Now());
     auto result = Await(exchange, *command, request);
     return result.Code() == VxError::Timeout ? Unanswered(request, settings) : result;

@@ -68,6 +68,7 @@ public:
     /// When the camera was last heard of; the client's birth before that.
     [[nodiscard]] IVxClock::Time LastAnswer() const;
 
+    [[nodiscard]] IVxClock::Time Now() const { return m_clock.Now(); }
     [[nodiscard]] const transport::Ipv4Endpoint& Device() const { return m_device; }
     [[nodiscard]] transport::Ipv4Endpoint Local() const { return m_socket->LocalEndpoint(); }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <span>
 
 namespace control {
@@ -16,6 +17,10 @@ namespace {
 // Chosen: the largest descriptions known have about 5 MB; a length that lies must not take all memory and
 // time.
 constexpr std::size_t kLargestDescription = 16 * 1024 * 1024;
+
+// Chosen: the largest known descriptions come within ten seconds from the slowest cameras known; nobody waits for
+// one that comes a few bytes at a time.
+constexpr std::chrono::seconds kLongestLoad{30};
 
 // Chosen: what one command carries.
 constexpr std::size_t kStepBytes = 512;
@@ -66,7 +71,11 @@ VxExpected<std::string> DescriptionLoader::ReadFile(const DescriptionUrl& url)
                                                HexText(url.address));
     const std::size_t end = isLengthKnown ? url.lengthBytes : kLargestDescription;
     std::string file;
+    const auto deadline = m_client.Now() + kLongestLoad;
     while (file.size() < end) {
+        if (m_client.Now() > deadline)
+            return Named(VxError::Timeout, "its description \"" + url.name + "\" comes too slowly: " +
+                                               std::to_string(file.size()) + " bytes until now");
         std::array<char, kStepBytes> step{};
         const auto wanted = std::span(step).first(std::min(step.size(), end - file.size()));
         const auto address =

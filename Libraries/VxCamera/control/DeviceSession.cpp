@@ -5,6 +5,7 @@
 #include "VxCamera/wire/registers/BootstrapBits.h"
 #include "VxCamera/wire/registers/BootstrapRegisters.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <tuple>
@@ -22,6 +23,9 @@ constexpr auto kIdleInterval = 1h;
 // Fixed by the protocol: what READREG and WRITEREG carry.
 constexpr std::size_t kRegisterBytes = 4;
 
+// Fixed by the protocol: where the registers of more channels would be, others begin.
+constexpr std::uint32_t kMostStreamChannels = 512;
+
 /// Whether it is the link that failed, and not the camera that refused.
 bool IsLinkFailure(const VxResult& result)
 {
@@ -37,10 +41,11 @@ constexpr bool IsRegister(std::uint64_t address, std::size_t bytes)
 
 VxExpected<std::unique_ptr<DeviceSession>> DeviceSession::Connect(const Network& network,
                                                                   const transport::Ipv4Endpoint& device,
-                                                                  transport::Ipv4Address local)
+                                                                  const transport::NetworkInterface& via)
 {
     transport::UdpSocketOptions options;
-    options.local.address = local;
+    options.local.address = via.address;
+    options.interfaceIndex = via.index;
     auto socket = network.sockets.OpenUdp(options);
     if (!socket)
         return socket.Error();
@@ -90,6 +95,7 @@ VxResult DeviceSession::ReadFacts()
         if (auto read = ReadOr(row.fallback, row.address, row.value); !read.IsOK())
             return read;
     }
+    m_facts.streamChannelCount = std::min(m_facts.streamChannelCount, kMostStreamChannels);
     m_facts.tickFrequencyHz = std::uint64_t{frequencyHigh} << 32 | frequencyLow;
     m_client.SetWriteMemorySupported((m_facts.capability & bootstrap::kCapabilityWriteMem) != 0);
     return ReadHeartbeatTimeout();
@@ -148,6 +154,23 @@ void DeviceSession::SetHeartbeat(bool isOn)
         m_onTimingChanged();
 }
 
+void DeviceSession::SetHeartbeatInterval(std::chrono::milliseconds interval)
+{
+    m_wantedInterval = interval;
+    if (m_onTimingChanged)
+        m_onTimingChanged();
+}
+
+std::chrono::milliseconds DeviceSession::HeartbeatInterval() const
+{
+    return HeartbeatMonitor::IntervalOf(Timing());
+}
+
+HeartbeatMonitor::Timing DeviceSession::Timing() const
+{
+    return {m_heartbeatTimeout, m_wantedInterval};
+}
+
 std::optional<IVxClock::Time> DeviceSession::Beat()
 {
     if (!IsAlive())
@@ -157,9 +180,9 @@ std::optional<IVxClock::Time> DeviceSession::Beat()
         m_monitor.reset();
         return now + kIdleInterval;
     }
-    if (!m_monitor || m_monitoredTimeout != m_heartbeatTimeout.load()) {
-        m_monitoredTimeout = m_heartbeatTimeout;
-        m_monitor.emplace(m_monitoredTimeout, m_client.LastAnswer());
+    if (!m_monitor || m_monitoredTiming != Timing()) {
+        m_monitoredTiming = Timing();
+        m_monitor.emplace(m_monitoredTiming, m_client.LastAnswer());
     }
     m_monitor->OnAnswer(m_client.LastAnswer());
     if (const auto next = m_monitor->NextBeat(); now < next)

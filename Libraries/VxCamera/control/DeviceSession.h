@@ -8,6 +8,7 @@
 #include "VxCamera/control/HeartbeatMonitor.h"
 #include "VxCamera/genapi/IRegisterPort.h"
 #include "VxCamera/transport/ISocketFactory.h"
+#include "VxCamera/transport/NetworkInterface.h"
 
 #include <atomic>
 #include <cstdint>
@@ -38,10 +39,11 @@ public:
     };
 
     /// Takes control of a camera.
-    /// @param local  own address on the interface through which the camera is reached
+    /// @param via  the interface through which the camera is reached, which all that is sent goes through
     /// @return  ACCESS_DENIED, TIMEOUT, NETWORK_ERROR, ...
     [[nodiscard]] static VxExpected<std::unique_ptr<DeviceSession>>
-    Connect(const Network& network, const transport::Ipv4Endpoint& device, transport::Ipv4Address local);
+    Connect(const Network& network, const transport::Ipv4Endpoint& device,
+            const transport::NetworkInterface& via);
 
     DeviceSession(const Network& network, std::unique_ptr<transport::IUdpSocket> socket,
                   const transport::Ipv4Endpoint& device);
@@ -70,6 +72,12 @@ public:
     /// @param isOn  false: no heartbeats; the camera may then take control away
     void SetHeartbeat(bool isOn);
 
+    /// @param interval  between heartbeats; 0 = a third of the camera's time-out, which is the usual. At most
+    /// half
+    ///                  of the time-out is used.
+    void SetHeartbeatInterval(std::chrono::milliseconds interval);
+    [[nodiscard]] std::chrono::milliseconds HeartbeatInterval() const;
+
     /// @param onTimingChanged  called, from any thread, when Beat must be called earlier than it said. Set
     ///                         before others use the session.
     void SetTimingListener(std::function<void()> onTimingChanged)
@@ -85,16 +93,18 @@ private:
     VxResult ReadOr(std::uint32_t fallback, std::uint32_t address, std::uint32_t& value);
     void JudgeBeat(const VxResult& beat);
     [[nodiscard]] VxResult SendBeat();
+    [[nodiscard]] HeartbeatMonitor::Timing Timing() const;
 
     const Network m_network;
     CommandClient m_client;
     DeviceFacts m_facts;                       // set by Connect, constant afterwards
     std::optional<ControlOwner> m_ownIdentity; // how the camera sees us; set by Connect
     std::atomic<std::chrono::milliseconds> m_heartbeatTimeout{};
+    std::atomic<std::chrono::milliseconds> m_wantedInterval{}; // 0: the usual
     std::atomic<bool> m_isHeartbeatOn = true;
-    std::function<void()> m_onTimingChanged;        // may be empty
-    std::optional<HeartbeatMonitor> m_monitor;      // heartbeat thread only
-    std::chrono::milliseconds m_monitoredTimeout{}; // with which m_monitor was made
+    std::function<void()> m_onTimingChanged;    // may be empty
+    std::optional<HeartbeatMonitor> m_monitor;  // heartbeat thread only
+    HeartbeatMonitor::Timing m_monitoredTiming; // with which m_monitor was made
 };
 
 } // namespace control

@@ -22,13 +22,31 @@ constexpr auto kLongestTry = 500ms;
 // Chosen: so that a system that refuses to send is not asked without pause.
 constexpr auto kRetryDelay = 50ms;
 
+// Chosen: one heartbeat that fails can still be repeated in time.
+constexpr int kFewestBeatsPerTimeout = 2;
+
+// Chosen: no network keeps a shorter one, and a camera that tells nonsense must not be flooded.
+constexpr auto kShortestTimeout = 150ms;
+
+std::chrono::milliseconds TimeoutOf(const HeartbeatMonitor::Timing& timing)
+{
+    return timing.cameraTimeout <= 0ms ? kUsualTimeout
+                                       : std::clamp<std::chrono::milliseconds>(
+                                             timing.cameraTimeout, kShortestTimeout, kUsualTimeout);
+}
+
 } // namespace
 
-HeartbeatMonitor::HeartbeatMonitor(std::chrono::milliseconds cameraTimeout, Time lastAnswer)
-    : m_timeout(cameraTimeout <= 0ms ? kUsualTimeout
-                                     : std::min<std::chrono::milliseconds>(cameraTimeout, kUsualTimeout)),
-      m_lastAnswer(lastAnswer)
+HeartbeatMonitor::HeartbeatMonitor(const Timing& timing, Time lastAnswer)
+    : m_timeout(TimeoutOf(timing)), m_interval(IntervalOf(timing)), m_lastAnswer(lastAnswer)
 {
+}
+
+std::chrono::milliseconds HeartbeatMonitor::IntervalOf(const Timing& timing)
+{
+    const auto timeout = TimeoutOf(timing);
+    return timing.interval <= 0ms ? timeout / kBeatsPerTimeout
+                                  : std::min(timing.interval, timeout / kFewestBeatsPerTimeout);
 }
 
 void HeartbeatMonitor::OnAnswer(Time lastAnswer)
@@ -49,7 +67,7 @@ HeartbeatMonitor::Time HeartbeatMonitor::NextBeat() const
     if (m_lastFailure)
         return *m_lastFailure +
                std::min<std::chrono::milliseconds>(kRetryDelay, m_timeout / kTriesPerTimeout);
-    return m_lastAnswer + m_timeout / kBeatsPerTimeout;
+    return m_lastAnswer + m_interval;
 }
 
 bool HeartbeatMonitor::IsLost(Time now) const

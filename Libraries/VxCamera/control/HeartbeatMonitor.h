@@ -19,9 +19,19 @@ class HeartbeatMonitor {
 public:
     using Time = IVxClock::Time;
 
-    /// @param cameraTimeout  after which the camera takes control away; 0 = it does not tell
+    struct Timing {
+        std::chrono::milliseconds
+            cameraTimeout{}; ///< after which the camera takes control away; 0 = it does not tell
+        std::chrono::milliseconds interval{}; ///< between heartbeats; 0 = a third of the time-out
+
+        friend bool operator==(const Timing&, const Timing&) = default;
+    };
+
     /// @param lastAnswer     when the camera was last heard of
-    HeartbeatMonitor(std::chrono::milliseconds cameraTimeout, Time lastAnswer);
+    HeartbeatMonitor(const Timing& timing, Time lastAnswer);
+
+    /// @return  the time between heartbeats that comes of it: at most half of the time-out
+    [[nodiscard]] static std::chrono::milliseconds IntervalOf(const Timing& timing);
 
     /// The camera was heard of, by a heartbeat or another command.
     void OnAnswer(Time lastAnswer);
@@ -39,6 +49,7 @@ public:
 
 private:
     std::chrono::milliseconds m_timeout;
+    std::chrono::milliseconds m_interval;
     Time m_lastAnswer;
     std::optional<Time> m_lastFailure; // empty: none since the last answer
 };

@@ -7,10 +7,9 @@
 
 #include "VxCamera/control/ConnectionId.h"
 #include "VxCamera/control/DescriptionLoader.h"
+#include "VxCamera/control/PacketSizeFinder.h"
+#include "VxCamera/control/StreamChannel.h"
 #include "VxCamera/surface/KnownDescriptions.h"
-#include "VxCamera/surface/ListedBoolean.h"
-#include "VxCamera/surface/ListedInteger.h"
-#include "VxCamera/surface/ListedString.h"
 #include "VxCamera/wire/registers/BootstrapBits.h"
 #include "VxCamera/wire/registers/BootstrapRegisters.h"
 
@@ -22,16 +21,9 @@ using std::chrono::milliseconds;
 // which is opened all the same, and looks for the camera, too.
 constexpr milliseconds kFindTimeout{350};
 
-// Chosen for loopback, where a packet costs the same whatever its size: half of the largest IP packet, a
-// multiple of 4.
-constexpr std::uint32_t kLoopbackPacketBytes = 32000;
-
 // Fixed by the naming convention of camera features.
 constexpr const char* kLockFeature = "TLParamsLocked";
 constexpr const char* kPayloadFeature = "PayloadSize";
-
-constexpr std::int64_t kLongestAckTimeoutMs = 10'000; // chosen: more is a hang to a user
-constexpr std::int64_t kMostRetries = 20;             // chosen: as above
 
 } // namespace
 
@@ -61,8 +53,8 @@ VxExpected<std::unique_ptr<GevDevice>> GevDevice::Connect(const VxString& connec
 VxResult GevDevice::TakeControl(const control::FoundCamera& found)
 {
     m_found = found;
-    auto session = control::DeviceSession::Connect({m_network->Sockets(), m_network->Clock()}, found.device,
-                                                   found.via.address);
+    auto session =
+        control::DeviceSession::Connect({m_network->Sockets(), m_network->Clock()}, found.device, found.via);
     if (!session)
         return session.Error();
     m_session = *std::move(session);
@@ -89,44 +81,14 @@ VxResult GevDevice::LoadFeatures()
 
 void GevDevice::ListLink()
 {
-    control::DeviceSession& session =
-        *m_session; // outlives the list: both are members, the list is declared later
-    const auto facts = [](const char* name, VxGenVisibility visibility) {
-        return ParameterFacts{name, "root\\Communication", visibility};
-    };
-    m_link.Add<ListedString>(facts("DeviceIPAddress", VxGenVisibility::Beginner),
-                             [this] { return VxString(m_found.device.address.ToString()); });
-    m_link.Add<ListedString>(facts("HostIPAddress", VxGenVisibility::Beginner),
-                             [this] { return VxString(m_found.via.address.ToString()); });
-    m_link.Add<ListedString>(facts("HostInterface", VxGenVisibility::Beginner),
-                             [this] { return VxString(m_found.via.name); });
-    m_link.Add<ListedBoolean>(
-        facts("HeartbeatEnabled", VxGenVisibility::Guru), [&session] { return session.IsHeartbeatOn(); },
-        [&session](bool isOn) { session.SetHeartbeat(isOn); });
-    m_link.Add<ListedInteger>(
-        facts("HeartbeatTimeout", VxGenVisibility::Expert),
-        ListedInteger::Access{[&session]() -> std::int64_t { return session.HeartbeatTimeout().count(); },
-                              {}});
-    m_link.Add<ListedInteger>(facts("CommandAckTimeout", VxGenVisibility::Guru),
-                              ListedInteger::Access{[&session]() -> std::int64_t {
-                                                        return session.Client().Settings().ackTimeout.count();
-                                                    },
-                                                    [&session](std::int64_t value) {
-                                                        control::CommandSettings settings =
-                                                            session.Client().Settings();
-                                                        settings.ackTimeout = milliseconds(value);
-                                                        session.Client().SetSettings(settings);
-                                                    },
-                                                    1, kLongestAckTimeoutMs});
-    m_link.Add<ListedInteger>(
-        facts("CommandRetries", VxGenVisibility::Guru),
-        ListedInteger::Access{[&session]() -> std::int64_t { return session.Client().Settings().retries; },
-                              [&session](std::int64_t value) {
-                                  control::CommandSettings settings = session.Client().Settings();
-                                  settings.retries = static_cast<unsigned>(value); // 0 to 20
-                                  session.Client().SetSettings(settings);
-                              },
-                              0, kMostRetries});
+    const PacketSizeAccess packetSize{
+        [this] {
+            const VxLock lock(m_streamMutex);
+            return m_packetSize;
+        },
+        [this](const PacketSizeSetting& setting) { std::ignore = SetPacketSize(setting); }};
+    // The session outlives the list: both are members, the list is declared later.
+    ListLinkParameters(m_found, *m_session, packetSize, m_link);
 }
 
 bool GevDevice::IsConnected() const
@@ -136,17 +98,22 @@ bool GevDevice::IsConnected() const
 
 VxResult GevDevice::Disconnect()
 {
-    m_streamControl.Disconnect();
+    {
+        const VxLock lock(m_streamMutex);
+        m_streamControl.Disconnect();
+    }
     if (m_session == nullptr || !m_session->IsAlive()) {
         if (m_heartbeat != nullptr)
             m_heartbeat->Stop();
         return VxResult::Ok();
     }
     std::ignore = Lock(false); // a camera without the feature has nothing to unlock
-    for (std::uint32_t channel = 0; channel < m_session->Facts().streamChannelCount; ++channel)
-        std::ignore = m_session->Client().WriteRegister(
-            bootstrap::StreamChannelRegister(bootstrap::kStreamChannelPort, channel),
-            0); // control ends all the same
+    {
+        const VxLock lock(m_streamMutex);
+        if (m_destination) // control ends all the same
+            std::ignore = control::StreamChannel(m_session->Client(), m_destination->channel).Close();
+        m_destination.reset();
+    }
     m_heartbeat->Stop();
     return m_session->Release();
 }
@@ -169,25 +136,83 @@ VxResult GevDevice::Lock(bool isLocked)
 
 VxResult GevDevice::StreamEnable(std::uint32_t)
 {
+    {
+        const VxLock lock(m_streamMutex);
+        if (m_isPacketSizeNew)
+            std::ignore = Direct(); // what was set while the camera was streaming
+        m_isStreaming = true;
+    }
     return Lock(true);
 }
 
 VxResult GevDevice::StreamDisable(std::uint32_t)
 {
+    {
+        const VxLock lock(m_streamMutex);
+        m_isStreaming = false;
+    }
     return Lock(false);
 }
 
-VxResult GevDevice::ChoosePacketSize(std::uint32_t channel)
+VxResult GevDevice::SetPacketSize(const PacketSizeSetting& setting)
 {
-    if (!m_found.via.isLoopback)
-        return VxResult::Ok(); // the camera's own choice passes every network between it and us
-    const std::uint32_t address =
-        bootstrap::StreamChannelRegister(bootstrap::kStreamChannelPacketSize, channel);
-    const auto present = m_session->Client().ReadRegister(address);
-    if (!present)
-        return present.Error();
-    return m_session->Client().WriteRegister(address,
-                                             (*present & ~bootstrap::kPacketSizeMask) | kLoopbackPacketBytes);
+    const VxLock lock(m_streamMutex);
+    m_packetSize = setting;
+    m_isPacketSizeNew = true;
+    return m_isStreaming ? VxResult::Ok() : Direct();
+}
+
+/// On a thread of m_streamControl, which is ended under m_streamMutex: so that lock is not taken here.
+VxResult GevDevice::StepPacketSizeDown(std::uint32_t channel)
+{
+    const auto set = control::StreamChannel(m_session->Client(), channel).StepPacketSizeDown();
+    ForgetValues();
+    return set.Result();
+}
+
+/// The camera's features show registers that were written past them.
+void GevDevice::ForgetValues()
+{
+    if (m_features != nullptr && m_features->Map() != nullptr)
+        m_features->Map()->InvalidateAll();
+}
+
+VxResult GevDevice::ChoosePacketSize(control::StreamChannel& channel, transport::Ipv4Address receiver)
+{
+    using Fragments = control::StreamChannel::Fragments;
+    const bool isHere = receiver == m_found.via.address || receiver.IsMulticast();
+    switch (m_packetSize.mode) {
+    case PacketSizeMode::Fixed:
+        return channel.SetPacketSize(m_packetSize.fixedBytes, Fragments::AsBefore).Result();
+    case PacketSizeMode::Automatic:
+        if (!isHere)
+            return VxResult::Ok(); // a way that cannot be tried from here
+        return control::PacketSizeFinder(
+                   channel, {m_network->Sockets(), m_network->Clock(), m_found.via, m_found.device.address})
+            .Find()
+            .Result();
+    default:
+        return VxResult::Ok();
+    }
+}
+
+VxResult GevDevice::Direct()
+{
+    if (!m_destination)
+        return VxResult::Ok();
+    m_streamControl.Disconnect(); // nobody else changes the packet size meanwhile
+    control::StreamChannel channel(m_session->Client(), m_destination->channel);
+    // A camera that refuses keeps its own size, which works too.
+    std::ignore = ChoosePacketSize(channel, m_destination->receiver.address);
+    m_isPacketSizeNew = false;
+    // Before the camera sends, so that the way through a firewall is open.
+    m_streamControl.Connect({*m_session, m_network->Sockets(), m_found.via}, m_destination->receiver,
+                            m_destination->channel, [this, number = m_destination->channel] {
+                                std::ignore = StepPacketSizeDown(number); // else it stays as it is
+                            });
+    auto opened = channel.Open(m_destination->receiver);
+    ForgetValues();
+    return opened;
 }
 
 VxResult GevDevice::SetStreamDestination(const VxString& ipAddress, std::uint16_t port, std::uint32_t channel)
@@ -198,19 +223,11 @@ VxResult GevDevice::SetStreamDestination(const VxString& ipAddress, std::uint16_
     const std::uint32_t channels = m_session->Facts().streamChannelCount;
     if (channel >= channels)
         return VxResult(VxError::InvalidParameter, "stream channel " + std::to_string(channel) +
-                                                       ": the camera has " + std::to_string(channels));
-    std::ignore = ChoosePacketSize(channel); // a camera that refuses keeps its own size, which works too
-
-    auto& client = m_session->Client();
-    const auto destination = bootstrap::StreamChannelRegister(bootstrap::kStreamChannelDestination, channel);
+                                                       ": the camera " + m_found.device.address.ToString() +
+                                                       " has " + std::to_string(channels));
     // A receiver that listens on every interface is reached through the one that leads to the camera.
     const auto target = address->IsUnspecified() ? m_found.via.address : *address;
-    if (const VxResult written = client.WriteRegister(destination, target.Value()); !written.IsOK())
-        return written;
-    // Before the camera sends, so that the way through a firewall is open.
-    m_streamControl.Connect({*m_session, m_network->Sockets(), m_found.via.address}, {target, port}, channel,
-                            [] {});
-    // The port comes last: the camera starts to send once it is set.
-    return client.WriteRegister(bootstrap::StreamChannelRegister(bootstrap::kStreamChannelPort, channel),
-                                port);
+    const VxLock lock(m_streamMutex);
+    m_destination = {{target, port}, channel};
+    return Direct();
 }

@@ -3,15 +3,19 @@
 #include "VxCamera/control/DeviceSession.h"
 #include "VxCamera/control/FoundCamera.h"
 #include "VxCamera/control/HeartbeatThread.h"
+#include "VxCamera/control/StreamChannel.h"
 #include "VxCamera/surface/CameraNetwork.h"
+#include "VxCamera/surface/LinkParameters.h"
 #include "VxCamera/surface/NodeParameterArray.h"
 #include "VxCamera/surface/ParameterList.h"
 #include "VxCamera/surface/StreamControl.h"
 #include "VxDSSource/camera/VxDeviceGEV.h"
 
 #include "VxBase/VxExpected.h"
+#include "VxBase/VxMutex.h"
 
 #include <memory>
+#include <optional>
 
 /// A GigE Vision camera under this host's control.
 ///
@@ -40,12 +44,29 @@ private:
     VxResult LoadFeatures();
     void ListLink();
     VxResult Lock(bool isLocked);
-    VxResult ChoosePacketSize(std::uint32_t channel);
+    void ForgetValues();
+    VxResult StepPacketSizeDown(std::uint32_t channel);
+    VxResult SetPacketSize(const PacketSizeSetting& setting);
+    VxResult ChoosePacketSize(control::StreamChannel& channel, transport::Ipv4Address receiver)
+        VX_REQUIRES(m_streamMutex);
+    VxResult Direct() VX_REQUIRES(m_streamMutex);
+
+    struct Destination {
+        transport::Ipv4Endpoint receiver;
+        std::uint32_t channel = 0;
+    };
 
     const std::unique_ptr<CameraNetwork> m_network; // first: all below borrow from it
     control::FoundCamera m_found;                   // set by TakeControl, constant afterwards
     std::unique_ptr<control::DeviceSession> m_session;
     std::unique_ptr<control::HeartbeatThread> m_heartbeat;
+
+    VxMutex m_streamMutex; // held while stream channels are set up, that is for some commands
+    PacketSizeSetting m_packetSize VX_GUARDED_BY(m_streamMutex);
+    bool m_isPacketSizeNew VX_GUARDED_BY(m_streamMutex) = false; // set, but not in force
+    bool m_isStreaming VX_GUARDED_BY(m_streamMutex) = false;
+    std::optional<Destination> m_destination VX_GUARDED_BY(m_streamMutex); // as set last
+
     std::unique_ptr<NodeParameterArray> m_features; // its node map borrows the session
     ParameterList m_link;                           // its features borrow the session
     StreamControl m_streamControl;                  // its thread uses all of the above

@@ -15,9 +15,9 @@ VxResult ListedBoolean::ToString(VxString& text) const
 
 VxResult ListedBoolean::FromString(const VxString& text)
 {
-    if (text == "true")
+    if (text == "true" || text == "1")
         return SetValue(true);
-    if (text == "false")
+    if (text == "false" || text == "0")
         return SetValue(false);
     return NotA("truth value (true, false)", text);
 }

@@ -18,6 +18,7 @@ public:
         return VxResult::Ok();
     }
     [[nodiscard]] bool IsAvailable() const override { return true; }
+    [[nodiscard]] const VxString& Name() const { return m_name; }
 
 private:
     const VxString m_name;
@@ -25,8 +26,8 @@ private:
 };
 
 ListedEnum::ListedEnum(ParameterFacts facts, const std::vector<std::string_view>& entries,
-                       std::function<std::size_t()> get)
-    : ListedParameter(std::move(facts)), m_get(std::move(get))
+                       std::function<std::size_t()> get, std::function<VxResult(std::size_t)> set)
+    : ListedParameter(std::move(facts)), m_get(std::move(get)), m_set(std::move(set))
 {
     for (const std::string_view name : entries)
         m_entries.push_back(std::make_unique<Entry>(name, static_cast<std::int64_t>(m_entries.size())));
@@ -39,9 +40,9 @@ VxResult ListedEnum::ToString(VxString& text) const
     return GetValue(text);
 }
 
-VxResult ListedEnum::FromString(const VxString&)
+VxResult ListedEnum::FromString(const VxString& text)
 {
-    return NotWritable();
+    return SetValue(text);
 }
 
 VxResult ListedEnum::GetEntriesCount(std::int64_t& count) const
@@ -66,7 +67,16 @@ VxResult ListedEnum::GetValue(VxString& name) const
     return m_entries[index]->GetName(name);
 }
 
-VxResult ListedEnum::SetValue(const VxString&)
+VxResult ListedEnum::SetValue(const VxString& name)
 {
-    return NotWritable();
+    if (!m_set)
+        return NotWritable();
+    std::string known;
+    for (std::size_t i = 0; i < m_entries.size(); ++i) {
+        if (m_entries[i]->Name() == name)
+            return m_set(i);
+        known += (known.empty() ? "" : ", ") + m_entries[i]->Name().Narrow();
+    }
+    return VxResult(VxError::InvalidData,
+                    GetName().Narrow() + " has no entry \"" + name.Narrow() + "\", but " + known);
 }

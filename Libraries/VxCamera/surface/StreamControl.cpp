@@ -26,7 +26,8 @@ std::unique_ptr<transport::IUdpSocket> ResendSocket(const StreamControl::Camera&
         return nullptr;
     // Not the one for commands: a request must neither wait for a command nor delay one.
     transport::UdpSocketOptions options;
-    options.local.address = camera.local;
+    options.local.address = camera.via.address;
+    options.interfaceIndex = camera.via.index;
     options.isSendingAtOnce = true;
     auto socket = camera.sockets.OpenUdp(options);
     return socket ? *std::move(socket) : nullptr;

@@ -4,6 +4,7 @@
 #include "VxCamera/receive/StreamLink.h"
 #include "VxCamera/surface/SmallerPackets.h"
 #include "VxCamera/transport/ISocketFactory.h"
+#include "VxCamera/transport/NetworkInterface.h"
 
 #include <cstdint>
 #include <functional>
@@ -19,7 +20,7 @@ public:
     struct Camera {
         control::DeviceSession& session;
         transport::ISocketFactory& sockets;
-        transport::Ipv4Address local; ///< own address through which the camera is reached
+        const transport::NetworkInterface& via; ///< through which the camera is reached
     };
 
     StreamControl() = default;

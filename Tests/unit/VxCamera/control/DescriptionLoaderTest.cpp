@@ -64,6 +64,19 @@ TEST_F(DescriptionLoaderTest, ALengthBeyondTheMemoryIsCut)
     EXPECT_EQ(Load().ValueOr(""), std::string(4096, 'z'));
 }
 
+TEST_F(DescriptionLoaderTest, AFileThatComesTooSlowlyIsGivenUp)
+{
+    using namespace std::chrono_literals;
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.xml;10000;30000");
+    m_camera.delay = 190ms; // just below the time-out of a command
+    const auto start = m_clock.Now();
+
+    const auto loaded = Load();
+
+    EXPECT_EQ(loaded.Result().Code(), VxError::Timeout);
+    EXPECT_LT(m_clock.Now() - start, 35s);
+}
+
 TEST_F(DescriptionLoaderTest, TheSecondPlaceIsTriedWhenTheFirstFails)
 {
     m_camera.SetMemory(bootstrap::kFirstUrl, "http://example.org/camera.xml");

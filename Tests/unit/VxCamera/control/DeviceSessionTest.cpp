@@ -16,11 +16,20 @@ using gvcp::Command;
 
 constexpr transport::Ipv4Address kHost(192, 168, 1, 1);
 
+transport::NetworkInterface Via()
+{
+    transport::NetworkInterface via;
+    via.name = "eth0";
+    via.index = 2;
+    via.address = kHost;
+    return via;
+}
+
 class DeviceSessionTest : public testing::Test {
 protected:
     VxExpected<std::unique_ptr<DeviceSession>> Connect()
     {
-        return DeviceSession::Connect({m_sockets, m_clock}, m_camera.endpoint, kHost);
+        return DeviceSession::Connect({m_sockets, m_clock}, m_camera.endpoint, Via());
     }
     std::unique_ptr<DeviceSession> Connected()
     {
@@ -66,6 +75,7 @@ TEST_F(DeviceSessionTest, TakesControlFromTheAddressOfTheInterface)
 
     ASSERT_TRUE(m_camera.controller);
     EXPECT_EQ(m_camera.controller->address, kHost);
+    EXPECT_EQ(m_sockets.opened.front().interfaceIndex, 2u);
     EXPECT_TRUE(session->IsAlive());
 }
 
@@ -81,6 +91,13 @@ TEST_F(DeviceSessionTest, LearnsWhatTheCameraCanDo)
     EXPECT_EQ(session->Facts().tickFrequencyHz, 0x100000002u);
     EXPECT_EQ(session->Facts().streamChannelCapability, bootstrap::kCapabilitySourcePort);
     EXPECT_EQ(session->HeartbeatTimeout(), 1234ms);
+}
+
+TEST_F(DeviceSessionTest, ANumberOfChannelsThatLiesIsCutToWhatTheProtocolHas)
+{
+    m_camera.SetRegister(bootstrap::kStreamChannelCount, 0xFFFFFFFF);
+
+    EXPECT_EQ(Connected()->Facts().streamChannelCount, 512u);
 }
 
 TEST_F(DeviceSessionTest, ACameraWithoutOptionalRegistersIsUsable)
@@ -172,7 +189,7 @@ TEST_F(DeviceSessionTest, ACameraThatFallsSilentDuringTheConnectFailsIt)
         m_camera.isGone = m_camera.seen.size() >= 3;
     });
 
-    const auto session = DeviceSession::Connect({sockets, m_clock}, m_camera.endpoint, kHost);
+    const auto session = DeviceSession::Connect({sockets, m_clock}, m_camera.endpoint, Via());
 
     ASSERT_FALSE(session);
     EXPECT_EQ(session.Error().Code(), VxError::Timeout);
@@ -256,6 +273,21 @@ TEST_F(DeviceSessionTest, AChangedHeartbeatTimeoutIsKept)
 
     EXPECT_EQ(BeatFor(*session, 1min), std::nullopt);
     EXPECT_TRUE(m_camera.controller);
+}
+
+TEST_F(DeviceSessionTest, TheHeartbeatIntervalCanBeSet)
+{
+    const auto session = Connected();
+    EXPECT_EQ(session->HeartbeatInterval(), 1000ms);
+
+    session->SetHeartbeatInterval(250ms);
+    ASSERT_FALSE(BeatFor(*session, 10s));
+
+    EXPECT_EQ(session->HeartbeatInterval(), 250ms);
+    EXPECT_NEAR(static_cast<double>(m_camera.Count(Command::ReadReg)), 40 * 3,
+                6); // privilege, and who has it
+    session->SetHeartbeatInterval(1h);
+    EXPECT_EQ(session->HeartbeatInterval(), 1500ms);
 }
 
 TEST_F(DeviceSessionTest, ATimingThatChangesIsTold)

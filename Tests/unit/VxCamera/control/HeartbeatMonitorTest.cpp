@@ -11,23 +11,41 @@ const IVxClock::Time kStart{1h};
 
 TEST(HeartbeatMonitorTest, BeatsAtAThirdOfTheTimeout)
 {
-    EXPECT_EQ(HeartbeatMonitor(3000ms, kStart).NextBeat(), kStart + 1000ms);
-    EXPECT_EQ(HeartbeatMonitor(600ms, kStart).NextBeat(), kStart + 200ms);
+    EXPECT_EQ(HeartbeatMonitor({3000ms}, kStart).NextBeat(), kStart + 1000ms);
+    EXPECT_EQ(HeartbeatMonitor({600ms}, kStart).NextBeat(), kStart + 200ms);
+}
+
+TEST(HeartbeatMonitorTest, BeatsAsOftenAsItIsToldTo)
+{
+    EXPECT_EQ(HeartbeatMonitor({3000ms, 250ms}, kStart).NextBeat(), kStart + 250ms);
+    EXPECT_EQ(HeartbeatMonitor({3000ms, 1200ms}, kStart).NextBeat(), kStart + 1200ms);
+}
+
+TEST(HeartbeatMonitorTest, NeverBeatsSoSeldomThatOneFailureCostsTheCamera)
+{
+    EXPECT_EQ(HeartbeatMonitor({3000ms, 1h}, kStart).NextBeat(), kStart + 1500ms);
+    EXPECT_EQ(HeartbeatMonitor::IntervalOf({600ms, 1000ms}), 300ms);
 }
 
 TEST(HeartbeatMonitorTest, ACameraThatDoesNotTellGetsTheUsualTimeout)
 {
-    EXPECT_EQ(HeartbeatMonitor(0ms, kStart).NextBeat(), kStart + 1000ms);
+    EXPECT_EQ(HeartbeatMonitor({0ms}, kStart).NextBeat(), kStart + 1000ms);
 }
 
 TEST(HeartbeatMonitorTest, AVeryLongTimeoutDoesNotDelayTheNews)
 {
-    EXPECT_EQ(HeartbeatMonitor(1h, kStart).NextBeat(), kStart + 1000ms);
+    EXPECT_EQ(HeartbeatMonitor({1h}, kStart).NextBeat(), kStart + 1000ms);
+}
+
+TEST(HeartbeatMonitorTest, AnAbsurdlyShortTimeoutDoesNotFloodTheCamera)
+{
+    EXPECT_EQ(HeartbeatMonitor({1ms}, kStart).NextBeat(), kStart + 50ms);
+    EXPECT_EQ(HeartbeatMonitor({1ms}, kStart).BeatSettings().ackTimeout, 25ms);
 }
 
 TEST(HeartbeatMonitorTest, AnyAnswerPostponesTheNextBeat)
 {
-    HeartbeatMonitor monitor(3000ms, kStart);
+    HeartbeatMonitor monitor({3000ms}, kStart);
 
     monitor.OnAnswer(kStart + 900ms);
 
@@ -36,7 +54,7 @@ TEST(HeartbeatMonitorTest, AnyAnswerPostponesTheNextBeat)
 
 TEST(HeartbeatMonitorTest, AFailedBeatIsRepeatedSoon)
 {
-    HeartbeatMonitor monitor(3000ms, kStart);
+    HeartbeatMonitor monitor({3000ms}, kStart);
 
     monitor.OnFailure(kStart + 1500ms);
 
@@ -45,7 +63,7 @@ TEST(HeartbeatMonitorTest, AFailedBeatIsRepeatedSoon)
 
 TEST(HeartbeatMonitorTest, TheLinkIsLostBeforeTheCamerasTimeoutEnds)
 {
-    HeartbeatMonitor monitor(3000ms, kStart);
+    HeartbeatMonitor monitor({3000ms}, kStart);
     monitor.OnFailure(kStart + 2500ms);
 
     EXPECT_FALSE(monitor.IsLost(kStart + 2699ms));
@@ -54,7 +72,7 @@ TEST(HeartbeatMonitorTest, TheLinkIsLostBeforeTheCamerasTimeoutEnds)
 
 TEST(HeartbeatMonitorTest, SilenceAloneIsNoLoss)
 {
-    const HeartbeatMonitor monitor(3000ms,
+    const HeartbeatMonitor monitor({3000ms},
                                    kStart); // a program that was stopped for an hour has not asked yet
 
     EXPECT_FALSE(monitor.IsLost(kStart + 1h));
@@ -62,7 +80,7 @@ TEST(HeartbeatMonitorTest, SilenceAloneIsNoLoss)
 
 TEST(HeartbeatMonitorTest, AnAnswerForgivesFailures)
 {
-    HeartbeatMonitor monitor(3000ms, kStart);
+    HeartbeatMonitor monitor({3000ms}, kStart);
     monitor.OnFailure(kStart + 2600ms);
 
     monitor.OnAnswer(kStart + 2650ms);
@@ -73,7 +91,7 @@ TEST(HeartbeatMonitorTest, AnAnswerForgivesFailures)
 
 TEST(HeartbeatMonitorTest, AnOldAnswerForgivesNothing)
 {
-    HeartbeatMonitor monitor(3000ms, kStart);
+    HeartbeatMonitor monitor({3000ms}, kStart);
     monitor.OnFailure(kStart + 2600ms);
 
     monitor.OnAnswer(kStart);
@@ -83,9 +101,9 @@ TEST(HeartbeatMonitorTest, AnOldAnswerForgivesNothing)
 
 TEST(HeartbeatMonitorTest, ABeatIsTriedOnceAndShort)
 {
-    EXPECT_EQ(HeartbeatMonitor(3000ms, kStart).BeatSettings().ackTimeout, 500ms);
-    EXPECT_EQ(HeartbeatMonitor(600ms, kStart).BeatSettings().ackTimeout, 100ms);
-    EXPECT_EQ(HeartbeatMonitor(3000ms, kStart).BeatSettings().retries, 0u);
+    EXPECT_EQ(HeartbeatMonitor({3000ms}, kStart).BeatSettings().ackTimeout, 500ms);
+    EXPECT_EQ(HeartbeatMonitor({600ms}, kStart).BeatSettings().ackTimeout, 100ms);
+    EXPECT_EQ(HeartbeatMonitor({3000ms}, kStart).BeatSettings().retries, 0u);
 }
 
 } // namespace

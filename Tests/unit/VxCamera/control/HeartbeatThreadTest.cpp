@@ -15,8 +15,9 @@ class HeartbeatThreadTest : public testing::Test {
 protected:
     std::unique_ptr<DeviceSession> Connected()
     {
-        return std::move(*DeviceSession::Connect({m_sockets, m_clock}, m_camera.endpoint,
-                                                 transport::Ipv4Address(192, 168, 1, 1)));
+        transport::NetworkInterface via;
+        via.address = transport::Ipv4Address(192, 168, 1, 1);
+        return std::move(*DeviceSession::Connect({m_sockets, m_clock}, m_camera.endpoint, via));
     }
 
     FakeClock m_clock; // stands in the past of the real clock, so that no wait of the thread is long

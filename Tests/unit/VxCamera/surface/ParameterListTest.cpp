@@ -8,6 +8,7 @@
 #include "VxCamera/surface/ListedFloat.h"
 #include "VxCamera/surface/ListedInteger.h"
 #include "VxCamera/surface/ListedString.h"
+#include "VxDSSource/camera/VxGenInteger.h"
 
 namespace {
 
@@ -30,6 +31,15 @@ protected:
         m_list.Add<ListedEnum>(ParameterFacts{"LastError", "Statistics"},
                                std::vector<std::string_view>{"None", "Timeout"},
                                [] { return std::size_t{1}; });
+        m_list.Add<ListedEnum>(
+            ParameterFacts{"Mode", "Communication"}, std::vector<std::string_view>{"Automatic", "Fixed"},
+            [this] { return m_mode; },
+            [this](std::size_t mode) {
+                m_mode = mode;
+                return VxResult::Ok();
+            });
+        m_list.Add<ListedInteger>(ParameterFacts{"AckTimeout", "Communication", VxGenVisibility::Guru, "ms"},
+                                  ListedInteger::Access{[]() -> std::int64_t { return 200; }, {}});
     }
 
     [[nodiscard]] std::string TextOf(const char* name) const
@@ -46,15 +56,16 @@ protected:
     std::int64_t m_retries = 3;
     bool m_isOn = false;
     int m_resets = 0;
+    std::size_t m_mode = 0;
     ParameterList m_list;
 };
 
 TEST_F(ParameterListTest, KeepsTheOrderInWhichFeaturesWereAdded)
 {
-    ASSERT_EQ(m_list.GetCount(), 7u);
+    ASSERT_EQ(m_list.GetCount(), 9u);
     EXPECT_TRUE(m_list.Get(0)->GetName() == "Retries");
     EXPECT_TRUE(m_list.Get(6)->GetName() == "LastError");
-    EXPECT_EQ(m_list.Get(7), nullptr);
+    EXPECT_EQ(m_list.Get(9), nullptr);
 }
 
 TEST_F(ParameterListTest, FindsByExactName)
@@ -94,12 +105,37 @@ TEST_F(ParameterListTest, RefusesToWriteWhatCanOnlyBeRead)
     EXPECT_FALSE(m_list.Get("ErrorCount")->IsWritable());
 }
 
-TEST_F(ParameterListTest, TakesTrueAndFalseOnly)
+TEST_F(ParameterListTest, TakesTrueAndFalseAndTheirNumbersOnly)
 {
     EXPECT_EQ(SetText("ResendEnabled", "true"), VxError::Ok);
     EXPECT_TRUE(m_isOn);
     EXPECT_EQ(SetText("ResendEnabled", "TRUE"), VxError::InvalidData);
     EXPECT_TRUE(m_isOn);
+    EXPECT_EQ(SetText("ResendEnabled", "0"), VxError::Ok);
+    EXPECT_FALSE(m_isOn);
+    EXPECT_EQ(SetText("ResendEnabled", "1"), VxError::Ok);
+    EXPECT_TRUE(m_isOn);
+}
+
+TEST_F(ParameterListTest, ChoosesAnEntryByItsName)
+{
+    EXPECT_EQ(SetText("Mode", "Fixed"), VxError::Ok);
+    EXPECT_EQ(m_mode, 1u);
+    EXPECT_EQ(TextOf("Mode"), "Fixed");
+
+    const VxResult unknown = m_list.Get("Mode")->FromString("fixed");
+    EXPECT_EQ(unknown.Code(), VxError::InvalidData);
+    EXPECT_EQ(unknown.GetDescription().Narrow(), "Mode has no entry \"fixed\", but Automatic, Fixed");
+    EXPECT_TRUE(m_list.Get("Mode")->IsWritable());
+}
+
+TEST_F(ParameterListTest, ANumberTellsItsUnit)
+{
+    VxString unit("before");
+    EXPECT_TRUE(m_list.GetInteger("AckTimeout")->GetUnit(unit).IsOK());
+    EXPECT_EQ(unit, "ms");
+    EXPECT_TRUE(m_list.GetInteger("Retries")->GetUnit(unit).IsOK());
+    EXPECT_EQ(unit, "");
 }
 
 TEST_F(ParameterListTest, ExecutesACommandByNameOrByText)

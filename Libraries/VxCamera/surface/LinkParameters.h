@@ -1,0 +1,34 @@
+#pragma once
+
+#include "VxBase/VxResult.h"
+#include "VxCamera/control/DeviceSession.h"
+#include "VxCamera/control/FoundCamera.h"
+#include "VxCamera/surface/ParameterList.h"
+
+#include <cstdint>
+#include <functional>
+
+/// How the size of stream packets is chosen.
+enum class PacketSizeMode {
+    Automatic, ///< the largest that gets through
+    Camera,    ///< the camera's own choice
+    Fixed,     ///< what the user says
+};
+
+/// What a user can set about stream packets.
+struct PacketSizeSetting {
+    PacketSizeMode mode = PacketSizeMode::Automatic;
+    std::uint32_t fixedBytes = 1500; ///< for Fixed; every network carries this many
+};
+
+/// How the packet size setting is read and changed; thread-safe.
+struct PacketSizeAccess {
+    std::function<PacketSizeSetting()> get;
+    std::function<void(const PacketSizeSetting&)> set;
+};
+
+/// Lists what can be known and set of the link to a camera, in the categories Camera, Host, Control and
+/// Stream of "root\\Communication".
+/// @param session  outlives the list
+void ListLinkParameters(const control::FoundCamera& camera, control::DeviceSession& session,
+                        const PacketSizeAccess& packetSize, ParameterList& list);

@@ -1,0 +1,186 @@
+#include "CameraLink.h"
+
+#include "VxCamera/surface/ForceIpAddress.h"
+#include "VxDSSource/camera/VxDeviceInfo.h"
+#include "VxDSSource/camera/VxGenParameter.h"
+#include "VxDSSource/camera/VxGenParameterArray.h"
+#include "VxDSSource/camera/VxInterface.h"
+#include "VxDSSource/camera/VxSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::uint32_t kDetectionMs = 400;
+
+/// Interfaces and cameras as run-in-networks has made them.
+class NetworksTest : public testing::Test {
+protected:
+    void SetUp() override { m_system.SetDetectionTimeout(kDetectionMs); }
+
+    /// @return  "vx1 (192.168.71.1, 169.254.7.7): 02-00-00-00-00-01 valid ", a line per interface
+    std::vector<std::string> Find()
+    {
+        EXPECT_TRUE(m_system.Find().IsOK());
+        std::vector<std::string> lines;
+        for (std::size_t i = 0; i < m_system.GetInterfaceCount(); ++i) {
+            const VxInterface& each = *m_system.GetInterface(i);
+            std::string line = each.GetDisplayName().Narrow() + ":";
+            for (std::size_t n = 0; n < each.GetDeviceCount(); ++n) {
+                const VxDeviceInfo& info = *each.GetDeviceInfo(n);
+                line += " " + info.GetConnectionID().Narrow() + " " + info.GetIPAddress().Narrow() +
+                        (info.IsConfigurationValid() ? " valid" : " not valid");
+            }
+            lines.push_back(line);
+        }
+        return lines;
+    }
+    static VxResult ConnectResult(const char* id)
+    {
+        VxResult result;
+        const DevicePointer device(VxDevice::CreateAndConnect(id, &result));
+        return result;
+    }
+    std::string Link(const char* name)
+    {
+        VxString text;
+        VxGenParameter* const parameter = m_link.device->GetCommunicationParameters()->Get(VxString(name));
+        EXPECT_NE(parameter, nullptr) << name;
+        if (parameter != nullptr) {
+            EXPECT_TRUE(parameter->ToString(text).IsOK());
+        }
+        return text.Narrow();
+    }
+    void ReceiveTenFrames()
+    {
+        m_link.Start();
+        for (int i = 0; i < 10; ++i) {
+            const VxBuffer* const buffer = m_link.Next();
+            ASSERT_NE(buffer, nullptr);
+            EXPECT_TRUE(buffer->GetOperationResult().IsOK());
+        }
+        m_link.Stop();
+    }
+
+    VxSystem m_system;
+    CameraLink m_link;
+};
+
+TEST_F(NetworksTest, EveryInterfaceThatIsUpIsListedWithItsCamerasInTheSameOrderEachTime)
+{
+    const auto start = Clock::now();
+
+    const auto first = Find();
+
+    // All interfaces at once, and not one after the other.
+    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(2 * kDetectionMs));
+    EXPECT_EQ(first, (std::vector<std::string>{
+                         "lo (127.0.0.1):",
+                         "vx1 (192.168.71.1): 02-00-00-00-00-01 192.168.71.20 valid",
+                         "vx2 (192.168.72.1): 02-00-00-00-00-02 10.99.9.9 not valid",
+                         "vx3 (192.168.71.2): 02-00-00-00-00-03 192.168.71.30 valid",
+                         "vx4 (10.8.0.2):",
+                     }));
+    EXPECT_EQ(Find(), first);
+}
+
+TEST_F(NetworksTest, ACameraIsConnectedByAnyOfItsNamesThroughTheInterfaceOnWhichItAnswers)
+{
+    for (const char* id : {"02-00-00-00-00-01", "02:00:00:00:00:01", "192.168.71.20", "R1", "right"}) {
+        m_link.Connect(id);
+        EXPECT_EQ(Link("HostIPAddress"), "192.168.71.1") << id;
+        EXPECT_EQ(Link("DeviceIPAddress"), "192.168.71.20") << id;
+        m_link.device.reset();
+    }
+}
+
+TEST_F(NetworksTest, TwoInterfacesInOneSubnetAreToldApartWhateverTheRoutesSay)
+{
+    for (const char* id : {"02-00-00-00-00-03", "192.168.71.30", "twin"}) {
+        m_link.Connect(id);
+        EXPECT_EQ(Link("HostInterface"), "vx3") << id;
+        EXPECT_EQ(Link("HostIPAddress"), "192.168.71.2") << id;
+        m_link.device.reset();
+    }
+    m_link.Connect("twin");
+    m_link.OpenStream("twin");
+    EXPECT_EQ(m_link.stream.GetLocalIPAddress(), "192.168.71.2");
+    ReceiveTenFrames();
+}
+
+TEST_F(NetworksTest, AStreamOpenedByAddressUsesTheInterfaceOnWhichTheCameraAnswered)
+{
+    m_link.Connect("192.168.71.30");
+
+    m_link.OpenStream("192.168.71.30");
+
+    EXPECT_EQ(m_link.stream.GetLocalIPAddress(), "192.168.71.2");
+    ReceiveTenFrames();
+}
+
+TEST_F(NetworksTest, ACameraInAWrongSubnetIsRefusedThenForcedToAnAddressAndThenConnected)
+{
+    for (const char* id : {"02-00-00-00-00-02", "wrong", "10.99.9.9"}) {
+        const VxResult refused = ConnectResult(id);
+        EXPECT_EQ(refused.Code(), VxError::InvalidConfiguration) << id;
+        EXPECT_NE(refused.GetDescription().Narrow().find("vx2"), std::string::npos)
+            << refused.GetDescription().Narrow();
+    }
+
+    const VxResult forced =
+        ForceIpAddress({"02-00-00-00-00-02", "192.168.72.20", "255.255.255.0"}, kDetectionMs);
+
+    ASSERT_TRUE(forced.IsOK()) << forced.GetDescription().Narrow();
+    EXPECT_EQ(Find()[2], "vx2 (192.168.72.1): 02-00-00-00-00-02 192.168.72.20 valid");
+    m_link.Connect("wrong");
+    EXPECT_EQ(Link("HostInterface"), "vx2");
+    m_link.OpenStream("wrong");
+    std::int64_t packetBytes = 0;
+    ASSERT_TRUE(m_link.Features().GetIntegerValue("GevSCPSPacketSize", packetBytes).IsOK());
+    EXPECT_EQ(packetBytes, 9000) << "the largest that the link carries";
+    ReceiveTenFrames();
+}
+
+TEST_F(NetworksTest, ACameraThatSomebodyControlsKeepsItsAddress)
+{
+    m_link.Connect("right");
+
+    const VxResult forced = ForceIpAddress({"right", "192.168.71.99", "255.255.255.0"}, kDetectionMs);
+
+    EXPECT_EQ(forced.Code(), VxError::AccessDenied);
+    EXPECT_TRUE(m_link.device->IsConnected());
+}
+
+TEST_F(NetworksTest, AnAddressThatIsTakenIsNotGivenAway)
+{
+    EXPECT_EQ(ForceIpAddress({"right", "192.168.71.30", "255.255.255.0"}, kDetectionMs).Code(),
+              VxError::InvalidParameter);
+    EXPECT_EQ(ForceIpAddress({"right", "192.168.71.1", "255.255.255.0"}, kDetectionMs).Code(),
+              VxError::InvalidParameter);
+}
+
+TEST_F(NetworksTest, AnUnknownCameraIsNotFoundWithinHalfASecond)
+{
+    for (const char* id : {"02-00-00-00-00-99", "nobody", "192.168.71.99", "10.1.2.3"}) {
+        const auto start = Clock::now();
+        EXPECT_EQ(ConnectResult(id).Code(), VxError::NotFound) << id;
+        EXPECT_LT(Clock::now() - start, 500ms) << id;
+    }
+}
+
+TEST_F(NetworksTest, ASearchEndsAsSoonAsTheCameraAnswers)
+{
+    const auto start = Clock::now();
+    m_link.Connect("02-00-00-00-00-01");
+
+    EXPECT_LT(Clock::now() - start, 350ms); // a search that finds nothing takes as long by itself
+}
+
+} // namespace
