@@ -32,7 +32,7 @@ public:
     /// Sets the largest size and tells it. From a camera without test packets the interface's largest is
     /// taken.
     ///
-    /// Takes a few milliseconds when the interface's largest packet gets through, and below half a second
+    /// Takes a few milliseconds when the interface's largest packet gets through, and below a second
     /// when the largest has to be searched for.
     ///
     /// @return  as the camera has rounded it; or what the camera or the system refused

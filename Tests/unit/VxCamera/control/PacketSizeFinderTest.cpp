@@ -56,7 +56,7 @@ TEST_F(PacketSizeFinderTest, FindsWhatASwitchCarriesToTheStep)
     EXPECT_EQ(Find(), 4076u);
 
     EXPECT_EQ(InForce(), 4076u);
-    EXPECT_LT(m_fake.clock.Now() - start, 600ms);
+    EXPECT_LT(m_fake.clock.Now() - start, 1000ms);
 }
 
 TEST_F(PacketSizeFinderTest, FindsWhatATunnelCarries)
@@ -93,10 +93,10 @@ TEST_F(PacketSizeFinderTest, ACoarseCameraEndsTheSearchEarly)
 
 TEST_F(PacketSizeFinderTest, ALostTestPacketIsAskedForAgain)
 {
-    m_fake.lost = 2;
+    m_fake.lost = 1;
 
     EXPECT_EQ(Find(), 9000u);
-    EXPECT_EQ(m_fake.tested.size(), 3u);
+    EXPECT_EQ(m_fake.tested.size(), 2u);
 }
 
 TEST_F(PacketSizeFinderTest, ACameraWithoutTestPacketsGetsWhatTheInterfaceCarries)
@@ -107,7 +107,7 @@ TEST_F(PacketSizeFinderTest, ACameraWithoutTestPacketsGetsWhatTheInterfaceCarrie
     EXPECT_EQ(Find(), 9000u);
 
     EXPECT_EQ(InForce(), 9000u);
-    EXPECT_LT(m_fake.clock.Now() - start, 200ms);
+    EXPECT_LT(m_fake.clock.Now() - start, 300ms);
 }
 
 TEST_F(PacketSizeFinderTest, APacketOfAnotherSizeOrSenderProvesNothing)
@@ -138,7 +138,7 @@ TEST_F(PacketSizeFinderTest, APacketOfAnotherSizeOrSenderProvesNothing)
         PacketSizeFinder(channel, {disturbed, m_fake.clock, m_via, m_fake.camera.endpoint.address}).Find();
 
     ASSERT_TRUE(found);
-    EXPECT_EQ(m_fake.tested.size(), 9u) << "three sizes, each three times";
+    EXPECT_EQ(m_fake.tested.size(), 6u) << "three sizes, each twice";
 }
 
 TEST_F(PacketSizeFinderTest, TheChannelIsClosedAfterwards)
