@@ -18,12 +18,16 @@ namespace {
 // time.
 constexpr std::size_t kLargestDescription = 16 * 1024 * 1024;
 
-// Chosen: the largest known descriptions come within ten seconds from the slowest cameras known; nobody waits for
-// one that comes a few bytes at a time.
+// Chosen: the largest known descriptions come within ten seconds from the slowest cameras known; nobody waits
+// for one that comes a few bytes at a time.
 constexpr std::chrono::seconds kLongestLoad{30};
 
 // Chosen: what one command carries.
 constexpr std::size_t kStepBytes = 512;
+
+// Fixed by the protocol: memory is read in whole words. The step before it, halved again and again, ends
+// here.
+constexpr std::size_t kSmallestStepBytes = 4;
 
 // Fixed by the zip format: the first bytes of an archive.
 constexpr std::string_view kZipSignature = "PK\x03\x04";
@@ -71,19 +75,24 @@ VxExpected<std::string> DescriptionLoader::ReadFile(const DescriptionUrl& url)
                                                HexText(url.address));
     const std::size_t end = isLengthKnown ? url.lengthBytes : kLargestDescription;
     std::string file;
+    std::size_t stepBytes = kStepBytes;
     const auto deadline = m_client.Now() + kLongestLoad;
     while (file.size() < end) {
         if (m_client.Now() > deadline)
             return Named(VxError::Timeout, "its description \"" + url.name + "\" comes too slowly: " +
                                                std::to_string(file.size()) + " bytes until now");
         std::array<char, kStepBytes> step{};
-        const auto wanted = std::span(step).first(std::min(step.size(), end - file.size()));
+        const auto wanted = std::span(step).first(std::min(stepBytes, end - file.size()));
         const auto address =
             url.address + static_cast<std::uint32_t>(file.size()); // below the largest description
         if (auto read = m_client.ReadMemory(address, std::as_writable_bytes(wanted)); !read.IsOK()) {
-            if (file.empty() || !IsRefusal(read))
+            if (!IsRefusal(read) || (file.empty() && stepBytes == kSmallestStepBytes))
                 return read;
-            break; // the camera has less than it said
+            if (stepBytes == kSmallestStepBytes)
+                break; // the camera has less than it said
+            // It refuses a step that goes beyond its end, and so hides what is before that.
+            stepBytes /= 2;
+            continue;
         }
         file.append(wanted.data(), wanted.size());
         const bool isText = !file.starts_with(kZipSignature);

@@ -64,6 +64,17 @@ TEST_F(DescriptionLoaderTest, ALengthBeyondTheMemoryIsCut)
     EXPECT_EQ(Load().ValueOr(""), std::string(4096, 'z'));
 }
 
+TEST_F(DescriptionLoaderTest, ALengthBeyondTheMemoryLosesNothingOfItsEnd)
+{
+    const std::string text(4096 + 12, 'z'); // ends in the middle of a step
+    const auto start = static_cast<std::uint32_t>(m_camera.memory.size() - text.size());
+    m_camera.SetMemory(start, text);
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.xml;3EFF4;100000");
+    ASSERT_EQ(start, 0x3EFF4u);
+
+    EXPECT_EQ(Load().ValueOr(""), text);
+}
+
 TEST_F(DescriptionLoaderTest, AFileThatComesTooSlowlyIsGivenUp)
 {
     using namespace std::chrono_literals;
