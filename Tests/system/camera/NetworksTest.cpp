@@ -25,7 +25,7 @@ class NetworksTest : public testing::Test {
 protected:
     void SetUp() override { m_system.SetDetectionTimeout(kDetectionMs); }
 
-    /// @return  "vx1 (192.168.71.1, 169.254.7.7): 02-00-00-00-00-01 valid ", a line per interface
+    /// @return  "vx1 (192.168.71.1): 02-00-00-00-00-01 192.168.71.20 valid", a line per interface
     std::vector<std::string> Find()
     {
         EXPECT_TRUE(m_system.Find().IsOK());
@@ -83,7 +83,7 @@ TEST_F(NetworksTest, EveryInterfaceThatIsUpIsListedWithItsCamerasInTheSameOrderE
     EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(2 * kDetectionMs));
     EXPECT_EQ(first, (std::vector<std::string>{
                          "lo (127.0.0.1):",
-                         "vx1 (192.168.71.1): 02-00-00-00-00-01 192.168.71.20 valid",
+                         "vx1 (192.168.71.1, 169.254.7.7): 02-00-00-00-00-01 192.168.71.20 valid",
                          "vx2 (192.168.72.1): 02-00-00-00-00-02 10.99.9.9 not valid",
                          "vx3 (192.168.71.2): 02-00-00-00-00-03 192.168.71.30 valid",
                          "vx4 (10.8.0.2):",
