@@ -10,8 +10,6 @@
 #include "VxCamera/control/PacketSizeFinder.h"
 #include "VxCamera/control/StreamChannel.h"
 #include "VxCamera/surface/KnownDescriptions.h"
-#include "VxCamera/wire/registers/BootstrapBits.h"
-#include "VxCamera/wire/registers/BootstrapRegisters.h"
 
 namespace {
 
@@ -24,6 +22,16 @@ constexpr milliseconds kFindTimeout{350};
 // Fixed by the naming convention of camera features.
 constexpr const char* kLockFeature = "TLParamsLocked";
 constexpr const char* kPayloadFeature = "PayloadSize";
+
+/// Adds which camera it is, where the failure does not tell: a description is read without knowing whose it is.
+VxResult Named(const VxResult& failure, const control::FoundCamera& camera)
+{
+    const std::string address = camera.device.address.ToString();
+    const std::string& text = failure.GetDescription().Narrow();
+    if (text.find(address) != std::string::npos)
+        return failure;
+    return {failure.Code(), "camera " + address + ": " + text};
+}
 
 } // namespace
 
@@ -46,7 +54,7 @@ VxExpected<std::unique_ptr<GevDevice>> GevDevice::Connect(const VxString& connec
     if (const VxResult taken = device->TakeControl(*found); !taken.IsOK())
         return taken;
     if (const VxResult loaded = device->LoadFeatures(); !loaded.IsOK())
-        return loaded; // the destructor gives control back
+        return Named(loaded, *found); // the destructor gives control back
     return device;
 }
 

@@ -192,6 +192,8 @@ TEST_F(MisbehavingCameraTest, ADescriptionOfAnAbsurdOrTooShortLengthIsInvalid)
         const VxResult result = Connect(device);
 
         EXPECT_EQ(result.Code(), VxError::InvalidData) << error;
+        EXPECT_NE(result.GetDescription().Narrow().find(kAddress), std::string::npos)
+            << result.GetDescription().Narrow();
         EXPECT_FALSE(m_camera.ControlOwner()) << "control is given back";
         m_camera.Stop();
     }
