@@ -30,9 +30,9 @@ constexpr auto kShortestTimeout = 150ms;
 
 std::chrono::milliseconds TimeoutOf(const HeartbeatMonitor::Timing& timing)
 {
-    return timing.cameraTimeout <= 0ms ? kUsualTimeout
-                                       : std::clamp<std::chrono::milliseconds>(
-                                             timing.cameraTimeout, kShortestTimeout, kUsualTimeout);
+    return timing.cameraTimeout <= 0ms
+               ? kUsualTimeout
+               : std::clamp<std::chrono::milliseconds>(timing.cameraTimeout, kShortestTimeout, kUsualTimeout);
 }
 
 } // namespace

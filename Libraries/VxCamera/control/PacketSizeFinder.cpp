@@ -24,8 +24,8 @@ constexpr std::uint32_t kUsualPacket = 1500;
 // all.
 constexpr std::uint32_t kSmallestPacket = 576;
 
-// Chosen: a test packet may get lost like any other. Cameras send it within a few milliseconds, but this program may
-// be slow to look.
+// Chosen: a test packet may get lost like any other. Cameras send it within a few milliseconds, but this
+// program may be slow to look.
 constexpr int kTries = 2;
 constexpr auto kArrivalTime = 40ms;
 

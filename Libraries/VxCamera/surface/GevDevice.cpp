@@ -23,7 +23,8 @@ constexpr milliseconds kFindTimeout{350};
 constexpr const char* kLockFeature = "TLParamsLocked";
 constexpr const char* kPayloadFeature = "PayloadSize";
 
-/// Adds which camera it is, where the failure does not tell: a description is read without knowing whose it is.
+/// Adds which camera it is, where the failure does not tell: a description is read without knowing whose it
+/// is.
 VxResult Named(const VxResult& failure, const control::FoundCamera& camera)
 {
     const std::string address = camera.device.address.ToString();

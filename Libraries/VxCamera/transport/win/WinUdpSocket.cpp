@@ -48,8 +48,8 @@ void AskForReceiveBuffer(SOCKET socket, std::size_t bytes)
     ::setsockopt(socket, SOL_SOCKET, SO_RCVBUF, reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-/// The options interfaceIndex and isBroadcastReceived need nothing here: Windows sends through the interface whose
-/// address a socket is bound to, and hands it what is broadcast on that interface.
+/// The options interfaceIndex and isBroadcastReceived need nothing here: Windows sends through the interface
+/// whose address a socket is bound to, and hands it what is broadcast on that interface.
 VxResult Configure(SOCKET socket, const UdpSocketOptions& options)
 {
     SwitchOffResetReports(socket);

@@ -131,10 +131,10 @@ TEST(CommandLineTest, GivesHelp)
 
 TEST(CommandLineTest, TakesWhatGoesWrongWithCommands)
 {
-    const auto parsed = Parse({"--drop-commands", "0.1", "--drop-answers", "0.2", "--answer-delay", "300",
-                               "--pending", "1500", "--refuse", "0xA108", "--answer-length", "-4",
-                               "--description-length", "1000", "--reboot-after", "7", "--no-test-packets",
-                               "--description-size", "1000000"});
+    const auto parsed =
+        Parse({"--drop-commands", "0.1", "--drop-answers", "0.2", "--answer-delay", "300", "--pending",
+               "1500", "--refuse", "0xA108", "--answer-length", "-4", "--description-length", "1000",
+               "--reboot-after", "7", "--no-test-packets", "--description-size", "1000000"});
 
     ASSERT_TRUE(parsed);
     const VxSimulatorFaults& faults = parsed->camera.faults;
