@@ -3,13 +3,9 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <cstdint>
-#include <optional>
 
 #include "VxCamera/genapi/xml/NumberText.h"
-#include "VxCamera/genapi/xml/Utf8.h"
+#include "VxCamera/surface/ConfigurationEscapes.h"
 
 namespace surface {
 
@@ -21,89 +17,24 @@ constexpr std::string_view kEnd = "</VxConfiguration>";
 constexpr std::string_view kVersion = "1";
 
 // Chosen: a hundred times what a camera with many selectors needs.
-constexpr std::size_t kMaxCharacters = 16 * 1024 * 1024;
+constexpr std::size_t kMaxBytes = 16 * 1024 * 1024;
 
-constexpr int kHexadecimal = 16;
-constexpr std::size_t kByteDigits = 2;
-constexpr std::size_t kUnitDigits = 4;
-
-// Fixed by Unicode.
-constexpr std::uint32_t kFirstPrintable = 0x20;
-constexpr std::uint32_t kDelete = 0x7F;
-constexpr std::uint32_t kFirstNonAscii = 0x80;
-constexpr std::uint32_t kFirstNonCharacter = 0xFFFE; // this one and the next are forbidden in XML 1.0
-constexpr std::uint32_t kLastNonCharacter = 0xFFFF;
-
-std::string Hexadecimal(std::uint32_t value, std::size_t digits)
-{
-    std::array<char, 2 * sizeof(value)> buffer{};
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, kHexadecimal).ptr;
-    const std::string text(buffer.data(), end);
-    return std::string(digits > text.size() ? digits - text.size() : 0, '0') + text;
-}
+// Comments are skipped, so that a saved file can carry some. Line ends stay as they are. Only the names of
+// XML itself are resolved: a declared entity does not exist, and a declaration below the root is an error.
+constexpr unsigned kParsing = pugi::parse_default & ~pugi::parse_eol;
 
 // ---- writing ----
 
-struct Character {
-    std::uint32_t codePoint = 0;
-    std::size_t bytes = 0; // 0: the byte is no UTF-8
-};
-
-/// The character at the start of a text that is not empty.
-Character FirstCharacter(std::string_view text)
-{
-    const auto byte = [&](std::size_t i) {
-        return static_cast<std::uint32_t>(static_cast<unsigned char>(text[i]));
-    };
-    const std::uint32_t first = byte(0);
-    if (first < kFirstNonAscii)
-        return {first, 1};
-    const std::size_t length = first >= 0xF0 ? 4 : (first >= 0xE0 ? 3 : 2);
-    if (length > text.size() || !genapi::IsUtf8(text.substr(0, length)))
-        return {first, 0};
-    std::uint32_t codePoint = first & (0xFFu >> (length + 1)); // the bits behind the mark of the length
-    for (std::size_t i = 1; i < length; ++i)
-        codePoint = (codePoint << 6) | (byte(i) & 0x3Fu);
-    return {codePoint, length};
-}
-
-void AppendCharacter(std::string& out, Character character)
-{
-    const std::uint32_t code = character.codePoint;
-    if (character.bytes == 0 || code < kFirstPrintable || code == kDelete)
-        out += "\\x" + Hexadecimal(code, kByteDigits);
-    else if (code == kFirstNonCharacter || code == kLastNonCharacter)
-        out += "\\u" + Hexadecimal(code, kUnitDigits);
-    else if (code >= kFirstNonAscii)
-        out += "&#x" + Hexadecimal(code, 1) + ";";
-    else if (code == '\\')
-        out += "\\\\";
-    else if (code == '&')
-        out += "&amp;";
-    else if (code == '<')
-        out += "&lt;";
-    else if (code == '>')
-        out += "&gt;";
-    else if (code == '"')
-        out += "&quot;";
-    else
-        out += static_cast<char>(code);
-}
-
-void AppendAttribute(std::string& out, std::string_view name, std::string_view value)
+void AppendAttribute(std::string& out, std::string_view name, const VxString& value)
 {
     out += ' ';
     out += name;
     out += "=\"";
-    while (!value.empty()) {
-        const Character character = FirstCharacter(value);
-        AppendCharacter(out, character);
-        value.remove_prefix(character.bytes == 0 ? 1 : character.bytes);
-    }
+    AppendEscaped(out, value);
     out += '"';
 }
 
-void AppendStart(std::string& out, std::string_view tag, std::string_view name, std::string_view value)
+void AppendStart(std::string& out, std::string_view tag, const VxString& name, const VxString& value)
 {
     out += '<';
     out += tag;
@@ -144,45 +75,25 @@ void AppendFeatures(std::string& out, std::string_view tag, const StoredFeatures
 
 // ---- reading ----
 
-/// @return  nothing for a backslash that does not begin one of the forms above
-std::optional<std::string> Unescape(std::string_view text)
+/// What a message can show of a name out of a text that nobody checked.
+std::string Shown(std::string_view text)
 {
-    std::string out;
-    while (!text.empty()) {
-        const std::size_t plain = text.find('\\');
-        out += text.substr(0, plain);
-        if (plain == std::string_view::npos)
-            return out;
-        text.remove_prefix(plain + 1);
-        if (text.starts_with('\\')) {
-            out += '\\';
-            text.remove_prefix(1);
-            continue;
-        }
-        const bool isByte = text.starts_with('x');
-        const std::size_t digits = isByte ? kByteDigits : kUnitDigits;
-        if ((!isByte && !text.starts_with('u')) || text.size() < 1 + digits)
-            return std::nullopt;
-        std::uint32_t code = 0;
-        const char* const last = text.data() + 1 + digits;
-        const auto [end, error] = std::from_chars(text.data() + 1, last, code, kHexadecimal);
-        if (error != std::errc() || end != last)
-            return std::nullopt;
-        if (isByte)
-            out += static_cast<char>(code);
-        else if (code == kFirstNonCharacter || code == kLastNonCharacter)
-            out += code == kFirstNonCharacter ? "\xEF\xBF\xBE" : "\xEF\xBF\xBF";
-        else
-            return std::nullopt;
-        text.remove_prefix(1 + digits);
-    }
-    return out;
+    constexpr std::size_t kMost = 40; // chosen: longer than any name that was meant
+    if (text.size() <= kMost)
+        return "\"" + std::string(text) + "\"";
+    std::size_t end = kMost;
+    while ((static_cast<unsigned char>(text[end]) & 0xC0u) == 0x80u) // inside a character
+        --end;
+    return "\"" + std::string(text.substr(0, end)) + "...\"";
 }
 
-VxResult Wrong(std::size_t character, const std::string& what)
+/// @param text    all of it
+/// @param offset  bytes
+VxResult Wrong(std::string_view text, std::size_t offset, const std::string& what)
 {
-    return VxResult(VxError::InvalidData, "the configuration is damaged at character " +
-                                              std::to_string(character + 1) + ": " + what);
+    const std::size_t character = CharactersBefore(text, offset) + 1;
+    return VxResult(VxError::InvalidData,
+                    "the configuration is damaged at character " + std::to_string(character) + ": " + what);
 }
 
 /// Reads the document below its root element.
@@ -191,8 +102,9 @@ VxResult Wrong(std::size_t character, const std::string& what)
 /// Thread: one.
 class Reader {
 public:
-    /// @param skipped  characters of the text before the document
-    explicit Reader(std::size_t skipped) : m_skipped(skipped) {}
+    /// @param text     all of it; borrowed
+    /// @param skipped  bytes of it before the document
+    Reader(std::string_view text, std::size_t skipped) : m_text(text), m_skipped(skipped) {}
 
     VxExpected<Configuration> Read(const pugi::xml_node& root)
     {
@@ -205,7 +117,7 @@ public:
             else if (tag == "Text")
                 m_configuration.texts.push_back({Attribute(child, "name"), Attribute(child, "value")});
             else
-                Fail(child, "\"" + std::string(tag) + "\" is not known");
+                FailUnknown(child);
         }
         if (!m_failure.IsOK())
             return m_failure;
@@ -238,13 +150,15 @@ private:
     {
         const std::string_view tag = xml.name();
         const bool isSelect = tag == "Select";
-        if (!isSelect && (tag != "Feature" || xml.first_child()))
-            Fail(xml, "\"" + std::string(tag) + "\" is not known");
+        if (!isSelect && tag != "Feature")
+            FailUnknown(xml);
+        if (!isSelect && xml.first_child())
+            Fail(xml, "a feature has no content");
         steps.push_back({isSelect ? ConfigurationStep::Kind::Select : ConfigurationStep::Kind::Feature, level,
-                         Attribute(xml, "name"), Attribute(xml, "value")});
+                         Attribute(xml, "name").Narrow(), Attribute(xml, "value").Narrow()});
     }
 
-    std::string Attribute(const pugi::xml_node& xml, const char* name)
+    VxString Attribute(const pugi::xml_node& xml, const char* name)
     {
         const pugi::xml_attribute attribute = xml.attribute(name);
         if (!attribute)
@@ -252,16 +166,24 @@ private:
         const auto value = Unescape(attribute.value());
         if (!value)
             Fail(xml, "a backslash begins no character");
-        return value.value_or(std::string());
+        return value.value_or(VxString());
+    }
+
+    void FailUnknown(const pugi::xml_node& xml)
+    {
+        const std::string tag = xml.name();
+        Fail(xml, tag.empty() ? "text between the elements" : Shown(tag) + " is not known");
     }
 
     void Fail(const pugi::xml_node& xml, const std::string& what)
     {
+        if (!m_failure.IsOK())
+            return;
         const auto offset = static_cast<std::size_t>(std::max<std::ptrdiff_t>(xml.offset_debug(), 0));
-        if (m_failure.IsOK())
-            m_failure = Wrong(m_skipped + offset, what);
+        m_failure = Wrong(m_text, m_skipped + offset, what);
     }
 
+    const std::string_view m_text; // borrowed: outlives the call
     const std::size_t m_skipped;
     Configuration m_configuration;
     VxResult m_failure = VxResult::Ok();
@@ -287,28 +209,28 @@ std::string WriteConfiguration(const Configuration& configuration)
 
 VxExpected<Configuration> ReadConfiguration(std::string_view text)
 {
-    if (text.size() > kMaxCharacters)
-        return VxResult(VxError::InvalidData,
-                        "the configuration has more than " + std::to_string(kMaxCharacters) + " characters");
+    if (text.size() > kMaxBytes)
+        return Wrong(text, kMaxBytes, "it is longer than " + std::to_string(kMaxBytes) + " bytes");
     const std::string_view document = genapi::Trim(text);
     const auto skipped = static_cast<std::size_t>(document.empty() ? 0 : document.data() - text.data());
     if (!document.starts_with(kStart))
-        return Wrong(skipped, "it does not begin with \"" + std::string(kStart) + "\"");
+        return Wrong(text, skipped, "it does not begin with \"" + std::string(kStart) + "\"");
+    if (const auto flaw = FindFlaw(document))
+        return Wrong(text, skipped + flaw->offset, flaw->what);
     if (!document.ends_with(kEnd))
-        return Wrong(skipped + document.size(), "it does not end with \"" + std::string(kEnd) + "\"");
+        return Wrong(text, skipped + document.size(), "it does not end with \"" + std::string(kEnd) + "\"");
     pugi::xml_document xml;
-    const auto parsed = xml.load_buffer(document.data(), document.size(), pugi::parse_full & ~pugi::parse_eol,
-                                        pugi::encoding_utf8);
+    const auto parsed = xml.load_buffer(document.data(), document.size(), kParsing, pugi::encoding_utf8);
     if (!parsed)
-        return Wrong(skipped + static_cast<std::size_t>(parsed.offset), parsed.description());
+        return Wrong(text, skipped + static_cast<std::size_t>(parsed.offset), parsed.description());
     const pugi::xml_node root = xml.first_child();
     if (root.name() != kRoot || root.next_sibling())
-        return Wrong(skipped, "there is more than one \"" + std::string(kRoot) + "\"");
+        return Wrong(text, skipped, "there is more than one \"" + std::string(kRoot) + "\"");
     const std::string_view version = root.attribute("version").value();
     if (version != kVersion)
-        return Wrong(skipped, "its version is \"" + std::string(version) + "\"; known is \"" +
-                                  std::string(kVersion) + "\"");
-    return Reader(skipped).Read(root);
+        return Wrong(text, skipped + kStart.size(),
+                     "its version is " + Shown(version) + "; known is " + Shown(kVersion));
+    return Reader(text, skipped).Read(root);
 }
 
 } // namespace surface

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VxBase/VxExpected.h"
+#include "VxBase/VxString.h"
 
 #include <cstddef>
 #include <string>
@@ -23,16 +24,16 @@ struct ConfigurationStep {
 
 /// The state of one camera or one receiver.
 struct StoredFeatures {
-    std::string name; ///< given by the caller; may be empty
+    VxString name; ///< given by the caller; may be empty
     std::vector<ConfigurationStep> steps;
 };
 
 struct StoredText {
-    std::string name;
-    std::string value;
+    VxString name;
+    VxString value;
 };
 
-/// All that a configuration text holds. Texts are UTF-8.
+/// All that a configuration text holds.
 struct Configuration {
     std::vector<StoredFeatures> devices;
     std::vector<StoredFeatures> streams;
@@ -46,13 +47,11 @@ struct Configuration {
 ///       </Device> <Stream name=""> ... </Stream> <Text name="role" value="0"/>
 ///     </VxConfiguration>
 ///
-/// without the blanks shown here. Characters that XML 1.0 cannot hold, and the backslash, are written with a
-/// backslash:
-/// \\ is the backslash, \x0a the byte 10, \ufffe the character U+FFFE.
+/// without the blanks shown here. ConfigurationEscapes.h says how characters are written.
 [[nodiscard]] std::string WriteConfiguration(const Configuration& configuration);
 
-/// @return  INVALID_DATA, with the character at which it goes wrong, for a text that WriteConfiguration did
-/// not write
+/// @return  INVALID_DATA, with the character (counted from 1) at which it goes wrong, for a text that
+///          WriteConfiguration could not have written, but for blanks and comments between the elements
 [[nodiscard]] VxExpected<Configuration> ReadConfiguration(std::string_view text);
 
 } // namespace surface

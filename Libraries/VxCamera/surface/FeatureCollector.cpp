@@ -2,25 +2,30 @@
 
 #include <algorithm>
 #include <map>
-#include <tuple>
+#include <utility>
 
 namespace surface {
 
 namespace {
 
-// Chosen: bounds time and text for descriptions that select without end. An index with more values, into a
-// table for instance, is not walked; what it selects is stored for its present value.
+// Chosen: bounds time and text for descriptions that select without end. A selector with more values, an
+// index into a table for instance, is not walked, nor are more selectors at once: what they select is stored
+// for their present values.
 constexpr std::int64_t kMaxSelectorValues = 256;
-constexpr std::size_t kMaxSelectors = 4;
+constexpr std::size_t kMaxWalkedSelectors = 4;
 constexpr std::size_t kMaxSteps = 20'000;
+
+// Chosen: of one feature; cameras have two or three.
+constexpr std::size_t kMaxSelectors = 16;
 
 } // namespace
 
-std::vector<ConfigurationStep> FeatureCollector::Collect()
+CollectedFeatures FeatureCollector::Collect()
 {
     for (const Group& group : Groups())
-        Walk(group);
-    return std::move(m_steps);
+        WalkSelector(group, 0, 0);
+    VxResult result = m_failures.Summary("could not be read");
+    return {std::move(m_steps), std::move(result)};
 }
 
 bool FeatureCollector::IsStored(genapi::NodeId node) const
@@ -48,30 +53,29 @@ std::vector<FeatureCollector::Group> FeatureCollector::Groups() const
     return groups;
 }
 
-// Selectors may be selected themselves: those stand before them.
+// Selectors may be selected themselves: those that select them stand before them.
 FeatureCollector::Nodes FeatureCollector::SelectorsOf(genapi::NodeId feature) const
 {
-    Nodes found{feature};
-    for (std::size_t i = 0; i < found.size() && found.size() <= kMaxSelectors; ++i)
-        for (const genapi::NodeId selector : m_map.Selectors(found[i]))
-            if (std::find(found.begin(), found.end(), selector) == found.end())
-                found.push_back(selector);
-    found.erase(found.begin());
-    std::reverse(found.begin(), found.end());
-    return found.size() <= kMaxSelectors ? found : Nodes();
+    Nodes path{feature};
+    Nodes found;
+    FindSelectors(feature, path, found);
+    return found;
 }
 
-void FeatureCollector::Walk(const Group& group)
+void FeatureCollector::FindSelectors(genapi::NodeId feature, Nodes& path, Nodes& found) const
 {
-    std::vector<std::pair<genapi::NodeId, std::string>> before;
-    for (const genapi::NodeId selector : group.selectors)
-        if (const auto value = m_map.ToText(selector); value && genapi::IsWritable(m_map.Access(selector)))
-            before.emplace_back(selector, *value);
-    WalkSelector(group, 0, 0);
-    for (auto& [selector, value] : before) {
-        std::ignore =
-            m_map.FromText(selector, value); // it was in force a moment ago; the next walk is not harmed
-        Add(ConfigurationStep::Kind::Select, 0, selector, std::move(value));
+    const auto holds = [](const Nodes& nodes, genapi::NodeId node) {
+        return std::find(nodes.begin(), nodes.end(), node) != nodes.end();
+    };
+    for (const genapi::NodeId selector : m_map.Selectors(feature)) {
+        // A node on the path selects itself by a detour.
+        if (path.size() > kMaxSelectors || holds(path, selector) || holds(found, selector))
+            continue;
+        path.push_back(selector);
+        FindSelectors(selector, path, found);
+        path.pop_back();
+        if (found.size() < kMaxSelectors)
+            found.push_back(selector);
     }
 }
 
@@ -82,35 +86,64 @@ void FeatureCollector::WalkSelector(const Group& group, std::size_t index, std::
         return;
     }
     const genapi::NodeId selector = group.selectors[index];
-    const std::vector<std::string> values = ValuesOf(selector);
-    if (values.empty()) { // nothing to choose: what is selected is stored as it is
+    const auto before = m_map.ToText(selector);
+    if (!before || !genapi::IsWritable(m_map.Access(selector))) { // nothing to choose
         WalkSelector(group, index + 1, level);
         return;
     }
+    const bool isWalked = group.selectors.size() <= kMaxWalkedSelectors;
+    std::vector<std::string> values = isWalked ? ValuesOf(selector) : std::vector<std::string>();
+    if (values.empty())
+        values.push_back(*before);
     for (const std::string& value : values) {
-        if (m_steps.size() >= kMaxSteps)
-            return;
+        if (IsFull(selector))
+            break;
         if (!m_map.FromText(selector, value).IsOK())
-            continue;
+            continue; // an entry that the camera does not take now selects nothing
         Add(ConfigurationStep::Kind::Select, level, selector, value);
         WalkSelector(group, index + 1, level + 1);
     }
+    // Here and not at the end: a selected selector can have a value of its own for each value of the outer
+    // one.
+    PutBack(selector, level, *before);
+}
+
+bool FeatureCollector::IsFull(genapi::NodeId next)
+{
+    if (m_steps.size() < kMaxSteps)
+        return false;
+    if (!std::exchange(m_isCut, true))
+        m_failures.Note(
+            m_map.Info(next).name,
+            VxResult(VxError::NotSupported, "from here on nothing was stored: there are more than " +
+                                                std::to_string(kMaxSteps) + " values"));
+    return true;
+}
+
+void FeatureCollector::PutBack(genapi::NodeId selector, std::size_t level, const std::string& value)
+{
+    if (const VxResult result = m_map.FromText(selector, value); !result.IsOK())
+        m_failures.Note(m_map.Info(selector).name, result);
+    Add(ConfigurationStep::Kind::Select, level, selector, value);
 }
 
 void FeatureCollector::Read(const Nodes& features, std::size_t level)
 {
     for (const genapi::NodeId feature : features) {
-        if (m_map.Access(feature) != genapi::AccessMode::ReadWrite || m_steps.size() >= kMaxSteps)
+        if (m_map.Access(feature) != genapi::AccessMode::ReadWrite)
             continue;
+        if (IsFull(feature))
+            return;
+        m_failures.Count();
         if (auto value = m_map.ToText(feature))
             Add(ConfigurationStep::Kind::Feature, level, feature, *std::move(value));
+        else
+            m_failures.Note(m_map.Info(feature).name, value.Error());
     }
 }
 
 std::vector<std::string> FeatureCollector::ValuesOf(genapi::NodeId selector)
 {
-    if (!genapi::IsWritable(m_map.Access(selector)))
-        return {};
     switch (m_map.Info(selector).type) {
     case genapi::ValueType::Enumeration:
         return EntriesOf(selector);

@@ -2,10 +2,11 @@
 
 #include "VxCamera/genapi/map/NodeMap.h"
 #include "VxCamera/surface/ConfigurationText.h"
+#include "VxCamera/surface/FeatureFailures.h"
+#include "VxCamera/surface/FeatureStore.h"
 
 #include <cstddef>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace surface {
@@ -19,12 +20,12 @@ class FeatureCollector {
 public:
     explicit FeatureCollector(genapi::NodeMap& map) : m_map(map) {}
 
-    [[nodiscard]] std::vector<ConfigurationStep> Collect();
+    [[nodiscard]] CollectedFeatures Collect();
 
 private:
     using Nodes = std::vector<genapi::NodeId>;
 
-    /// Features that the same selectors select; the outermost selector comes first.
+    /// Features that the same selectors select; a selector of selectors comes before those.
     struct Group {
         Nodes selectors;
         Nodes features;
@@ -33,16 +34,22 @@ private:
     [[nodiscard]] bool IsStored(genapi::NodeId node) const;
     [[nodiscard]] std::vector<Group> Groups() const;
     [[nodiscard]] Nodes SelectorsOf(genapi::NodeId feature) const;
-    void Walk(const Group& group);
+    void FindSelectors(genapi::NodeId feature, Nodes& path, Nodes& found) const;
     void WalkSelector(const Group& group, std::size_t index, std::size_t level);
     void Read(const Nodes& features, std::size_t level);
+    /// @param next  what would be stored
+    [[nodiscard]] bool IsFull(genapi::NodeId next);
+    /// @return  nothing for a selector whose values cannot be listed
     [[nodiscard]] std::vector<std::string> ValuesOf(genapi::NodeId selector);
     [[nodiscard]] std::vector<std::string> EntriesOf(genapi::NodeId selector);
     [[nodiscard]] std::vector<std::string> NumbersOf(genapi::NodeId selector);
+    void PutBack(genapi::NodeId selector, std::size_t level, const std::string& value);
     void Add(ConfigurationStep::Kind kind, std::size_t level, genapi::NodeId node, std::string value);
 
     genapi::NodeMap& m_map; // borrowed: outlives the call
     std::vector<ConfigurationStep> m_steps;
+    FeatureFailures m_failures;
+    bool m_isCut = false; // there was more than can be stored
 };
 
 } // namespace surface

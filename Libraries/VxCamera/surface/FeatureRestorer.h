@@ -2,8 +2,8 @@
 
 #include "VxBase/VxResult.h"
 #include "VxCamera/surface/ConfigurationText.h"
+#include "VxCamera/surface/FeatureFailures.h"
 
-#include <string>
 #include <vector>
 
 class VxGenParameterArray;
@@ -29,12 +29,10 @@ private:
     /// @return  whether a feature was written
     bool Round();
     [[nodiscard]] Outcome Apply(const ConfigurationStep& step);
-    void Note(const ConfigurationStep& step, const VxResult& result);
-    [[nodiscard]] VxResult Summary(std::size_t features) const;
 
     VxGenParameterArray& m_array;                  // borrowed: outlives the call
     const std::vector<ConfigurationStep>& m_steps; // borrowed: outlives the call
-    std::vector<VxResult> m_failures;              // of the last round
+    FeatureFailures m_failures;                    // of the last round
 };
 
 } // namespace surface

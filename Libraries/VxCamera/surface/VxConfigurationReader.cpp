@@ -77,9 +77,9 @@ VxResult VxConfigurationReader::Restore(std::size_t index, VxStream* stream) con
 VxResult VxConfigurationReader::Restore(const VxString& name, VxString& value) const
 {
     for (const surface::StoredText& text : m_impl->configuration.texts) {
-        if (text.name != name.Narrow())
+        if (text.name.Wide() != name.Wide())
             continue;
-        value = VxString(text.value);
+        value = text.value;
         return VxResult::Ok();
     }
     return VxResult(VxError::NotFound, "there is no text \"" + name.Narrow() + "\" in the configuration");

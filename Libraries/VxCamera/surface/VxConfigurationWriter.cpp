@@ -1,6 +1,7 @@
 #include "VxDSSource/camera/VxConfigurationWriter.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "VxCamera/surface/ConfigurationText.h"
 #include "VxCamera/surface/FeatureStore.h"
@@ -23,9 +24,13 @@ VxResult VxConfigurationWriter::Store(VxDevice* device, const VxString& name)
         return VxResult(VxError::InvalidParameter, "there is no device to store");
     if (!device->IsConnected())
         return VxResult(VxError::NotConnected, "the device cannot be stored: it is not connected");
-    m_impl->configuration.devices.push_back(
-        {name.Narrow(), surface::CollectFeatures(*device->GetParameters())});
-    return VxResult::Ok();
+    return NoThrow([&]() -> VxResult {
+        auto collected = surface::CollectFeatures(*device->GetParameters());
+        if (!device->IsConnected())
+            return VxResult(VxError::LinkLost, "the camera was lost while its configuration was read");
+        m_impl->configuration.devices.push_back({name, std::move(collected.steps)});
+        return collected.result;
+    });
 }
 
 VxResult VxConfigurationWriter::Store(VxStream* stream, const VxString& name)
@@ -34,21 +39,23 @@ VxResult VxConfigurationWriter::Store(VxStream* stream, const VxString& name)
         return VxResult(VxError::InvalidParameter, "there is no stream to store");
     if (!stream->IsOpen())
         return VxResult(VxError::NotOpen, "the stream cannot be stored: it is not open");
-    m_impl->configuration.streams.push_back(
-        {name.Narrow(), surface::CollectFeatures(*stream->GetParameters())});
-    return VxResult::Ok();
+    return NoThrow([&] {
+        auto collected = surface::CollectFeatures(*stream->GetParameters());
+        m_impl->configuration.streams.push_back({name, std::move(collected.steps)});
+        return collected.result;
+    });
 }
 
 VxResult VxConfigurationWriter::Store(const VxString& value, const VxString& name)
 {
     return NoThrow([&] {
         auto& texts = m_impl->configuration.texts;
-        const auto isSame = [&](const surface::StoredText& text) { return text.name == name.Narrow(); };
+        const auto isSame = [&](const surface::StoredText& text) { return text.name.Wide() == name.Wide(); };
         const auto found = std::find_if(texts.begin(), texts.end(), isSame);
         if (found != texts.end())
-            found->value = value.Narrow();
+            found->value = value;
         else
-            texts.push_back({name.Narrow(), value.Narrow()});
+            texts.push_back({name, value});
         return VxResult::Ok();
     });
 }

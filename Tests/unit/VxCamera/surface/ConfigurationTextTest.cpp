@@ -1,6 +1,6 @@
 #include "VxCamera/surface/ConfigurationText.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <random>
 
@@ -9,10 +9,10 @@
 namespace surface {
 namespace {
 
-Configuration WithText(std::string value)
+Configuration WithText(const VxString& value)
 {
     Configuration configuration;
-    configuration.texts.push_back({"name", std::move(value)});
+    configuration.texts.push_back({"name", value});
     return configuration;
 }
 
@@ -20,7 +20,7 @@ std::string RoundTrip(const std::string& value)
 {
     const auto read = ReadConfiguration(WriteConfiguration(WithText(value)));
     EXPECT_TRUE(read) << read.Result().GetDescription().Narrow();
-    return read && read->texts.size() == 1 ? read->texts[0].value : "(lost)";
+    return read && read->texts.size() == 1 ? read->texts[0].value.Narrow() : "(lost)";
 }
 
 ConfigurationStep Select(std::size_t level, std::string name, std::string value)
@@ -67,7 +67,7 @@ TEST(ConfigurationTextTest, NestsWhatSelectorsSelect)
     const auto read = ReadConfiguration(text);
     ASSERT_TRUE(read);
     ASSERT_EQ(read->devices.size(), 1u);
-    EXPECT_EQ(read->devices[0].name, "cam");
+    EXPECT_EQ(read->devices[0].name.Narrow(), "cam");
     EXPECT_EQ(Shown(read->devices[0].steps), Shown(configuration.devices[0].steps));
 }
 
@@ -82,10 +82,10 @@ TEST(ConfigurationTextTest, KeepsDevicesStreamsAndTextsInOrder)
 
     ASSERT_TRUE(read);
     ASSERT_EQ(read->texts.size(), 2u);
-    EXPECT_EQ(read->texts[0].name, "b");
-    EXPECT_EQ(read->texts[1].value, "2");
+    EXPECT_EQ(read->texts[0].name.Narrow(), "b");
+    EXPECT_EQ(read->texts[1].value.Narrow(), "2");
     ASSERT_EQ(read->devices.size(), 2u);
-    EXPECT_EQ(read->devices[1].name, "");
+    EXPECT_TRUE(read->devices[1].name.IsEmpty());
     ASSERT_EQ(read->streams.size(), 1u);
     EXPECT_EQ(Shown(read->streams[0].steps), "F X=y\n");
 }
@@ -168,12 +168,91 @@ TEST(ConfigurationTextTest, AcceptsBlanksAround)
     EXPECT_TRUE(ReadConfiguration("\n " + WriteConfiguration({}) + "\r\n"));
 }
 
+TEST(ConfigurationTextTest, KeepsHalvesOfSurrogatePairsThatStandAlone)
+{
+    for (const std::wstring& value :
+         {std::wstring(L"\xD800"), std::wstring(L"\xDC00"), std::wstring(L"a\xDBFFz"),
+          std::wstring(L"\xDFFF\xD800"), std::wstring(L"\x4E2D\xD800\\\n")}) {
+        const auto read = ReadConfiguration(WriteConfiguration(WithText(VxString(value))));
+        ASSERT_TRUE(read);
+        EXPECT_EQ(read->texts[0].value.Wide(), value);
+    }
+}
+
 TEST(ConfigurationTextTest, RefusesEveryTruncation)
 {
-    const std::string text = WriteConfiguration(WithText("\\ value"));
+    Configuration configuration = WithText("\\ value \xE4\xB8\xAD");
+    configuration.devices.push_back(
+        {"cam", {Select(0, "S", "A"), Feature(1, "G", "<2>"), Select(0, "S", "B")}});
+    configuration.streams.push_back({"", {Feature(0, "X", "\n")}});
+    const std::string text = WriteConfiguration(configuration);
 
-    for (std::size_t length = 0; length < text.size(); ++length)
-        EXPECT_EQ(ReadConfiguration(text.substr(0, length)).Result().Code(), VxError::InvalidData) << length;
+    for (std::size_t length = 0; length < text.size(); ++length) {
+        const auto read = ReadConfiguration(text.substr(0, length));
+        EXPECT_EQ(read.Result().Code(), VxError::InvalidData) << length;
+        EXPECT_THAT(read.Result().GetDescription().Narrow(),
+                    testing::StartsWith("the configuration is damaged at character "));
+    }
+}
+
+TEST(ConfigurationTextTest, AcceptsBlanksAndCommentsBetweenElements)
+{
+    const auto read = ReadConfiguration("<VxConfiguration version=\"1\">\r\n  <!-- of the left camera -->\n"
+                                        "\t<Text name=\"a\" value=\"b\"/>\n</VxConfiguration>");
+
+    ASSERT_TRUE(read);
+    ASSERT_EQ(read->texts.size(), 1u);
+    EXPECT_EQ(read->texts[0].value.Narrow(), "b");
+}
+
+TEST(ConfigurationTextTest, ReadsEveryFormOfAReference)
+{
+    const auto read = ReadConfiguration("<VxConfiguration version=\"1\"><Text name=\"a\" "
+                                        "value=\"&lt;&apos;&#65;&#x4e2D;&#x1F600;\"/></VxConfiguration>");
+
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->texts[0].value.Narrow(), "<'A\xE4\xB8\xAD\xF0\x9F\x98\x80");
+}
+
+TEST(ConfigurationTextTest, RefusesEntitiesAndDeclarations)
+{
+    const std::string open = "<VxConfiguration version=\"1\">";
+    const std::string close = "</VxConfiguration>";
+    const std::string bomb =
+        "<!DOCTYPE VxConfiguration [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;\">]>";
+    for (const std::string& text :
+         {bomb + open + "<Text name=\"n\" value=\"&b;\"/>" + close,
+          open + bomb + "<Text name=\"n\" value=\"1\"/>" + close,
+          open + "<Text name=\"n\" value=\"&b;\"/>" + close, open + "<Text name=\"n\" value=\"&\"/>" + close,
+          open + "<Text name=\"n\" value=\"&amp\"/>" + close,
+          open + "<Text name=\"n\" value=\"&#;\"/>" + close,
+          open + "<Text name=\"n\" value=\"&#x;\"/>" + close,
+          open + "<Text name=\"n\" value=\"&#0;\"/>" + close,
+          open + "<Text name=\"n\" value=\"&#xD800;\"/>" + close,
+          open + "<Text name=\"n\" value=\"&#xFFFE;\"/>" + close,
+          open + "<Text name=\"n\" value=\"&#x110000;\"/>" + close,
+          open + "<Text name=\"n\" value=\"&#99999999999;\"/>" + close})
+        EXPECT_EQ(ReadConfiguration(text).Result().Code(), VxError::InvalidData) << text;
+}
+
+TEST(ConfigurationTextTest, RefusesBytesThatNoTextHas)
+{
+    const std::string open = "<VxConfiguration version=\"1\"><Text name=\"n\" value=\"";
+    const std::string close = "\"/></VxConfiguration>";
+    for (const std::string& value : {std::string("\0", 1), std::string("\x01"), std::string("\xFF"),
+                                     std::string("\xC0\x80"), std::string("\xED\xA0\x80")}) {
+        const auto read = ReadConfiguration(open + value + close);
+        ASSERT_FALSE(read);
+        EXPECT_THAT(read.Error().GetDescription().Narrow(), testing::HasSubstr("at character 52: "));
+    }
+}
+
+TEST(ConfigurationTextTest, RefusesATextOfAnyLengthInBoundedTime)
+{
+    const std::string text = "<VxConfiguration version=\"1\">" + std::string(17u * 1024 * 1024, ' ');
+
+    EXPECT_EQ(ReadConfiguration(text).Result().GetDescription().Narrow(),
+              "the configuration is damaged at character 16777217: it is longer than 16777216 bytes");
 }
 
 TEST(ConfigurationTextTest, RefusesWhatItDidNotWrite)
@@ -216,6 +295,35 @@ TEST(ConfigurationTextTest, SaysAtWhichCharacterATextIsDamaged)
               "the configuration is damaged at character 33: \"Wrong\" is not known");
 }
 
+TEST(ConfigurationTextTest, CountsCharactersAndNotBytes)
+{
+    const auto damaged =
+        ReadConfiguration("<VxConfiguration version=\"1\"><Text name=\"\xC3\xA4\xF0\x9F\x98\x80\" "
+                          "value=\"&\"/></VxConfiguration>");
+
+    ASSERT_FALSE(damaged);
+    EXPECT_EQ(damaged.Error().GetDescription().Narrow(),
+              "the configuration is damaged at character 53: an ampersand that begins no character");
+}
+
+TEST(ConfigurationTextTest, NamesAnotherVersionAndItsPlace)
+{
+    const auto other = ReadConfiguration("<VxConfiguration version=\"2\"></VxConfiguration>");
+
+    ASSERT_FALSE(other);
+    EXPECT_EQ(other.Error().GetDescription().Narrow(),
+              "the configuration is damaged at character 18: its version is \"2\"; known is \"1\"");
+}
+
+TEST(ConfigurationTextTest, ShowsNoMoreThanTheBeginningOfAnUnknownName)
+{
+    const auto damaged = ReadConfiguration("<VxConfiguration version=\"1\"><" + std::string(1000, 'W') +
+                                           "/></VxConfiguration>");
+
+    ASSERT_FALSE(damaged);
+    EXPECT_LT(damaged.Error().GetDescription().GetLength(), 150u);
+}
+
 TEST(ConfigurationTextTest, SurvivesDeepNesting)
 {
     std::string text = "<VxConfiguration version=\"1\"><Device name=\"\">";
@@ -240,7 +348,8 @@ TEST(ConfigurationTextTest, SurvivesRandomDamage)
     std::mt19937 random(9);
     for (int i = 0; i < 20000; ++i) {
         std::string damaged = text;
-        for (unsigned j = 0; j <= random() % 3; ++j)
+        const auto changes = 1 + random() % 3;
+        for (unsigned j = 0; j < changes; ++j)
             damaged[random() % damaged.size()] = static_cast<char>(random() % 256);
         const auto read = ReadConfiguration(damaged);
         EXPECT_TRUE(read || read.Error().Code() == VxError::InvalidData);

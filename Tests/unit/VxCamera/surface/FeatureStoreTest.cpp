@@ -42,6 +42,13 @@ protected:
         ASSERT_TRUE(result.IsOK()) << result.GetDescription().Narrow();
     }
 
+    [[nodiscard]] std::string Collected()
+    {
+        const CollectedFeatures collected = CollectFeatures(*array);
+        EXPECT_TRUE(collected.result.IsOK()) << collected.result.GetDescription().Narrow();
+        return Shown(collected.steps);
+    }
+
     [[nodiscard]] std::string Get(const char* name) const
     {
         VxString text("(none)");
@@ -87,10 +94,9 @@ protected:
 
 TEST_F(FeatureStoreTest, CollectsStreamableFeaturesForEachSelectorValue)
 {
-    EXPECT_EQ(Shown(CollectFeatures(*array)),
-              "F OffsetX=0\nF Width=100\n"
-              "S GainSelector=Red\n.F Gain=10\nS GainSelector=Blue\n.F Gain=20\n"
-              "S GainSelector=Blue\n");
+    EXPECT_EQ(Collected(), "F OffsetX=0\nF Width=100\n"
+                           "S GainSelector=Red\n.F Gain=10\nS GainSelector=Blue\n.F Gain=20\n"
+                           "S GainSelector=Blue\n");
 }
 
 TEST_F(FeatureStoreTest, LeavesSelectorsAsTheyWere)
@@ -108,7 +114,7 @@ TEST_F(FeatureStoreTest, RestoresWhatItCollected)
     Set("OffsetX", "60");
     Set("GainSelector", "Red");
     Set("Gain", "11");
-    const auto steps = CollectFeatures(*array);
+    const auto steps = CollectFeatures(*array).steps;
     Load(kCamera); // Width is 100 again: the offset has to wait for it
 
     const VxResult result = RestoreFeatures(*array, steps);
@@ -124,7 +130,7 @@ TEST_F(FeatureStoreTest, RestoresWhatItCollected)
 
 TEST_F(FeatureStoreTest, RestoresInTheOtherDirectionAsWell)
 {
-    const auto steps = CollectFeatures(*array); // Width 100, OffsetX 0
+    const auto steps = CollectFeatures(*array).steps; // Width 100, OffsetX 0
     Set("Width", "40");
     Set("OffsetX", "60"); // now the width has to wait for the offset
 
@@ -144,7 +150,7 @@ TEST_F(FeatureStoreTest, WritesAgainWhatALaterFeatureChanged)
          "Integer>");
     Set("Mode", "1");
     Set("Exposure", "500");
-    const auto steps = CollectFeatures(*array);
+    const auto steps = CollectFeatures(*array).steps;
     Set("Mode", "2");
 
     EXPECT_TRUE(RestoreFeatures(*array, steps).IsOK());
@@ -196,19 +202,125 @@ TEST_F(FeatureStoreTest, WalksSelectorsOfSelectors)
          "<Boolean Name=\"Inner\"><Value>true</Value><pSelected>V</pSelected></Boolean>"
          "<Integer Name=\"V\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
 
-    EXPECT_EQ(Shown(CollectFeatures(*array)),
-              "S Outer=0\n.S Inner=false\n..F V=5\n.S Inner=true\n..F V=5\n"
-              "S Outer=1\n.S Inner=false\n..F V=5\n.S Inner=true\n..F V=5\nS Outer=1\nS Inner=true\n");
+    EXPECT_EQ(Collected(),
+              "S Outer=0\n.S Inner=false\n..F V=5\n.S Inner=true\n..F V=5\n.S Inner=true\n"
+              "S Outer=1\n.S Inner=false\n..F V=5\n.S Inner=true\n..F V=5\n.S Inner=true\nS Outer=1\n");
 }
 
-TEST_F(FeatureStoreTest, DoesNotWalkIndicesOfTables)
+/// An outer selector, an inner one with a value of its own for each value of the outer one, and a feature
+/// behind both; the inner one is named first.
+constexpr std::string_view kNested =
+    "<Category Name=\"Root\"><pFeature>Value</pFeature></Category>"
+    "<Boolean Name=\"Inner\"><pValue>InnerNumber</pValue><pSelected>Value</pSelected></Boolean>"
+    "<Integer Name=\"InnerNumber\"><pIndex>Outer</pIndex><pValueIndexed Index=\"0\">I0</pValueIndexed>"
+    "<pValueIndexed Index=\"1\">I1</pValueIndexed><pValueDefault>I0</pValueDefault></Integer>"
+    "<Integer Name=\"I0\"><Value>1</Value></Integer><Integer Name=\"I1\"><Value>0</Value></Integer>"
+    "<Integer Name=\"Outer\"><Value>0</Value><Min>0</Min><Max>1</Max><pSelected>Inner</pSelected>"
+    "<pSelected>Value</pSelected></Integer>"
+    "<Integer Name=\"Value\"><pIndex>Place</pIndex><pValueIndexed Index=\"0\">V0</pValueIndexed>"
+    "<pValueIndexed Index=\"1\">V1</pValueIndexed><pValueIndexed Index=\"2\">V2</pValueIndexed>"
+    "<pValueDefault>V3</pValueDefault><Streamable>Yes</Streamable></Integer>"
+    "<IntSwissKnife Name=\"Place\"><pVariable Name=\"O\">Outer</pVariable><pVariable "
+    "Name=\"I\">InnerNumber</pVariable>"
+    "<Formula>2*O+I</Formula></IntSwissKnife>"
+    "<Integer Name=\"V0\"><Value>10</Value></Integer><Integer Name=\"V1\"><Value>11</Value></Integer>"
+    "<Integer Name=\"V2\"><Value>12</Value></Integer><Integer Name=\"V3\"><Value>13</Value></Integer>";
+
+TEST_F(FeatureStoreTest, LeavesSelectedSelectorsAsTheyWereForEachValueOfTheOuterOne)
+{
+    Load(kNested);
+
+    EXPECT_EQ(
+        Collected(),
+        "S Outer=0\n.S Inner=false\n..F Value=10\n.S Inner=true\n..F Value=11\n.S Inner=true\n"
+        "S Outer=1\n.S Inner=false\n..F Value=12\n.S Inner=true\n..F Value=13\n.S Inner=false\nS Outer=0\n");
+
+    EXPECT_EQ(Get("Outer"), "0");
+    EXPECT_EQ(Get("I0"), "1");
+    EXPECT_EQ(Get("I1"), "0");
+}
+
+TEST_F(FeatureStoreTest, RestoresWhatNestedSelectorsSelect)
+{
+    Load(kNested);
+    const auto steps = CollectFeatures(*array).steps;
+    for (const char* value : {"V0", "V1", "V2", "V3", "I1"})
+        Set(value, "1");
+    Set("Outer", "1");
+
+    EXPECT_TRUE(RestoreFeatures(*array, steps).IsOK());
+
+    EXPECT_EQ(Get("V0") + " " + Get("V1") + " " + Get("V2") + " " + Get("V3"), "10 11 12 13");
+    EXPECT_EQ(Get("Outer") + " " + Get("I0") + " " + Get("I1"), "0 1 0");
+}
+
+TEST_F(FeatureStoreTest, StoresWhatAnIndexIntoATableSelectsForItsPresentValueOnly)
 {
     Load("<Category Name=\"Root\"><pFeature>Value</pFeature></Category>"
          "<Integer "
          "Name=\"Index\"><Value>7</Value><Min>0</Min><Max>4095</Max><pSelected>Value</pSelected></Integer>"
          "<Integer Name=\"Value\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
 
-    EXPECT_EQ(Shown(CollectFeatures(*array)), "F Value=5\nS Index=7\n");
+    EXPECT_EQ(Collected(), "S Index=7\n.F Value=5\nS Index=7\n");
+}
+
+TEST_F(FeatureStoreTest, StoresWhatALockedSelectorSelectsAsItIs)
+{
+    Load("<Category Name=\"Root\"><pFeature>Value</pFeature></Category>"
+         "<Integer Name=\"Index\"><Value>1</Value><Min>0</Min><Max>2</Max>"
+         "<ImposedAccessMode>RO</ImposedAccessMode><pSelected>Value</pSelected></Integer>"
+         "<Integer Name=\"Value\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
+
+    EXPECT_EQ(Collected(), "F Value=5\n");
+}
+
+TEST_F(FeatureStoreTest, DoesNotWalkMoreSelectorsThanAnybodyHas)
+{
+    std::string nodes = "<Category Name=\"Root\"><pFeature>V</pFeature></Category>";
+    for (int i = 0; i < 5; ++i)
+        nodes += "<Boolean Name=\"S" + std::to_string(i) +
+                 "\"><Value>true</Value><pSelected>V</pSelected></Boolean>";
+    Load(nodes + "<Integer Name=\"V\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
+
+    EXPECT_EQ(Collected(), "S S0=true\n.S S1=true\n..S S2=true\n...S S3=true\n....S S4=true\n.....F V=5\n"
+                           "....S S4=true\n...S S3=true\n..S S2=true\n.S S1=true\nS S0=true\n");
+}
+
+TEST_F(FeatureStoreTest, SaysWhichFeatureCouldNotBeRead)
+{
+    Load("<Category Name=\"Root\"><pFeature>Broken</pFeature><pFeature>Whole</pFeature></Category>"
+         "<Enumeration Name=\"Broken\"><EnumEntry Name=\"A\"><Value>0</Value></EnumEntry><Value>7</Value>"
+         "<Streamable>Yes</Streamable></Enumeration>"
+         "<Integer Name=\"Whole\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
+
+    const CollectedFeatures collected = CollectFeatures(*array);
+
+    EXPECT_EQ(Shown(collected.steps), "F Whole=5\n");
+    EXPECT_EQ(collected.result.Code(), VxError::InvalidData);
+    EXPECT_THAT(collected.result.GetDescription().Narrow(),
+                testing::StartsWith("1 of 2 features could not be read: Broken: "));
+}
+
+TEST_F(FeatureStoreTest, RestoresAChainInWhichEachFeatureUnlocksTheOneBefore)
+{
+    std::string nodes = "<Category Name=\"Root\">";
+    for (int i = 0; i < 6; ++i)
+        nodes += "<pFeature>C" + std::to_string(i) + "</pFeature>";
+    nodes += "</Category>";
+    for (int i = 0; i < 6; ++i)
+        nodes += "<Integer Name=\"C" + std::to_string(i) + "\"><Value>0</Value>" +
+                 (i < 5 ? "<pMax>C" + std::to_string(i + 1) + "</pMax>" : std::string()) +
+                 "<Streamable>Yes</Streamable></Integer>";
+    Load(nodes);
+    const std::vector<ConfigurationStep> steps{
+        {ConfigurationStep::Kind::Feature, 0, "C0", "9"}, {ConfigurationStep::Kind::Feature, 0, "C1", "9"},
+        {ConfigurationStep::Kind::Feature, 0, "C2", "9"}, {ConfigurationStep::Kind::Feature, 0, "C3", "9"},
+        {ConfigurationStep::Kind::Feature, 0, "C4", "9"}, {ConfigurationStep::Kind::Feature, 0, "C5", "9"}};
+
+    const VxResult result = RestoreFeatures(*array, steps);
+
+    EXPECT_TRUE(result.IsOK()) << result.GetDescription().Narrow();
+    EXPECT_EQ(Get("C0"), "9");
 }
 
 TEST_F(FeatureStoreTest, EndsSelectorsThatSelectEachOther)
@@ -219,7 +331,7 @@ TEST_F(FeatureStoreTest, EndsSelectorsThatSelectEachOther)
          "<Boolean "
          "Name=\"B\"><Value>true</Value><pSelected>A</pSelected><Streamable>Yes</Streamable></Boolean>");
 
-    const auto steps = CollectFeatures(*array);
+    const auto steps = CollectFeatures(*array).steps;
 
     EXPECT_LT(steps.size(), 20u);
     EXPECT_TRUE(RestoreFeatures(*array, steps).IsOK());
@@ -236,14 +348,17 @@ TEST_F(FeatureStoreTest, BoundsWhatSelectorsMultiply)
                  "<pSelected>V</pSelected></Integer>";
     Load(nodes + "<Integer Name=\"V\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
 
-    EXPECT_LE(CollectFeatures(*array).size(), 20100u);
+    const auto collected = CollectFeatures(*array);
+
+    EXPECT_LE(collected.steps.size(), 20100u);
+    EXPECT_THAT(collected.result.GetDescription().Narrow(), HasSubstr("more than 20000 values"));
 }
 
 TEST_F(FeatureStoreTest, HasNothingToDoWithoutAMap)
 {
     const auto none = NodeParameterArray::Create(nullptr);
 
-    EXPECT_TRUE(CollectFeatures(*none).empty());
+    EXPECT_TRUE(CollectFeatures(*none).steps.empty());
     EXPECT_TRUE(RestoreFeatures(*none, {}).IsOK());
 }
 
@@ -258,7 +373,7 @@ TEST(FeatureStoreOfListTest, StoresWhatCanBeWritten)
                             ListedInteger::Access{[]() -> std::int64_t { return 7; }, {}});
     list.Add<ListedCommand>(ParameterFacts{"Reset", "Link"}, [] {});
 
-    const auto steps = CollectFeatures(list);
+    const auto steps = CollectFeatures(list).steps;
     retries = 9;
 
     EXPECT_EQ(Shown(steps), "F Retries=3\n");

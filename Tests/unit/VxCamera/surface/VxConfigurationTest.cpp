@@ -29,7 +29,10 @@ public:
     }
     ~FeatureDevice() override = default;
 
-    [[nodiscard]] bool IsConnected() const override { return isConnected; }
+    [[nodiscard]] bool IsConnected() const override
+    {
+        return isConnected && (connectionChecks < 0 || connectionChecks-- > 0);
+    }
     VxResult Disconnect() override { return VxResult::Ok(); }
     [[nodiscard]] VxGenParameterArray* GetParameters() override { return m_features.get(); }
     [[nodiscard]] VxGenParameterArray* GetCommunicationParameters() override { return m_features.get(); }
@@ -38,6 +41,7 @@ public:
     VxResult StreamDisable(std::uint32_t) override { return VxResult::Ok(); }
 
     bool isConnected = true;
+    mutable int connectionChecks = -1; ///< how often it still says that it is connected; below 0: always
 
 private:
     FakeRegisterPort m_port;
@@ -82,6 +86,34 @@ TEST(VxConfigurationTest, GivesBackTheTextsItWasGiven)
     VxString read;
     ASSERT_TRUE(reader.Restore(VxString("deviceid"), read).IsOK());
     EXPECT_EQ(read.Wide(), value.Wide());
+}
+
+TEST(VxConfigurationTest, GivesBackHalfOfASurrogatePairInValueAndName)
+{
+    const std::wstring text = L"half \xD83D and \xDE00";
+    VxConfigurationWriter writer;
+    ASSERT_TRUE(writer.Store(VxString(text), VxString(text)).IsOK());
+    ASSERT_TRUE(writer.Store(VxString("other"), VxString(L"half \xFFFD and \xFFFD")).IsOK());
+    VxConfigurationReader reader;
+    ASSERT_TRUE(reader.LoadFromString(Saved(writer)).IsOK());
+
+    VxString read;
+    ASSERT_TRUE(reader.Restore(VxString(text), read).IsOK());
+
+    EXPECT_EQ(read.Wide(), text);
+}
+
+TEST(VxConfigurationTest, SaysThatTheCameraWasLostWhileItWasRead)
+{
+    FeatureDevice device;
+    device.connectionChecks = 1;
+    VxConfigurationWriter writer;
+
+    EXPECT_EQ(writer.Store(&device, VxString()).Code(), VxError::LinkLost);
+
+    VxConfigurationReader reader;
+    ASSERT_TRUE(reader.LoadFromString(Saved(writer)).IsOK());
+    EXPECT_EQ(reader.GetDeviceCount(), 0u);
 }
 
 TEST(VxConfigurationTest, ReplacesATextOfTheSameName)

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "VxBase/VxResult.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace surface {
+
+/// What went wrong with which of many features, and one sentence about all of it.
+///
+/// Owner:  FeatureCollector, FeatureRestorer, by value.
+/// Thread: one.
+class FeatureFailures {
+public:
+    /// One more feature was tried.
+    void Count() { ++m_tried; }
+
+    /// @param result  why it failed; its description may begin with the feature's name
+    void Note(std::string_view feature, const VxResult& result);
+
+    void Clear();
+
+    /// @param what  for instance "could not be restored"
+    /// @return  OK without failures, else the first one's code and "2 of 30 features could not be restored:
+    /// ..."
+    [[nodiscard]] VxResult Summary(std::string_view what) const;
+
+private:
+    std::vector<VxResult> m_failures;
+    std::size_t m_tried = 0;
+};
+
+} // namespace surface
