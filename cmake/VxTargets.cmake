@@ -1,6 +1,7 @@
 # How every target of this project is made: one warning level, one set of sanitizers, one include root.
 
 option(VX_BENCHMARKS "Build the benchmarks" OFF)
+option(VX_FUZZ "Build the fuzzers; needs clang" OFF)
 set(VX_SANITIZE "" CACHE STRING "Sanitizers for every target, for instance address,undefined")
 
 set(CMAKE_CXX_STANDARD 20)
@@ -29,6 +30,10 @@ if(VX_SANITIZE)
   target_compile_options(vx_options INTERFACE
     -fsanitize=${VX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(vx_options INTERFACE -fsanitize=${VX_SANITIZE})
+endif()
+if(VX_FUZZ)
+  # Another compiler has other warnings; those that count are GCC's.
+  target_compile_options(vx_options INTERFACE -fsanitize=fuzzer-no-link -Wno-error)
 endif()
 
 # Adds each folder that has a CMakeLists.txt.
