@@ -3,8 +3,9 @@
 #include "VxBase/VxString.h"
 #include "VxDSSource/filter/Identifiers.h"
 
+#include "console/Console.h"
+
 #include "vxgrab/ComFailure.h"
-#include "vxgrab/Console.h"
 #include "vxgrab/FeatureAccess.h"
 #include "vxgrab/SampleTap.h"
 
@@ -56,7 +57,7 @@ VxResult GrabSession::ShowList()
 {
     const auto devices = ListCaptureDevices();
     if (devices)
-        PrintOutput(DescribeDevices(*devices));
+        console::PrintOutput(DescribeDevices(*devices));
     return devices.Result();
 }
 
@@ -118,7 +119,7 @@ VxResult GrabSession::SetUp(const ComPtr<IVxDSSource>& control)
     result = m_control->Connect();
     if (result.Code() == VxError::NotConnected && m_options.features.IsEmpty()) {
         // The filter goes on without a camera, with zero frames; so does this program.
-        PrintError("warning: " + result.GetDescription().Narrow() + "\n");
+        console::PrintError("warning: " + result.GetDescription().Narrow() + "\n");
         return VxResult::Ok();
     }
     return result.IsOK() ? ServeFeatures(control) : result;
@@ -140,14 +141,14 @@ VxResult GrabSession::ServeFeatures(const ComPtr<IVxDSSource>& control)
             return result;
         const auto value = features.Get(name);
         if (value)
-            PrintOutput(name + "=" + *value + "\n");
+            console::PrintOutput(name + "=" + *value + "\n");
         result = value.Result();
     }
     if (!result.IsOK() || !requests.isTreeWanted)
         return result;
     const auto tree = features.DescribeAll();
     if (tree)
-        PrintOutput(*tree);
+        console::PrintOutput(*tree);
     return tree.Result();
 }
 
@@ -190,7 +191,7 @@ VxResult GrabSession::Grab()
     report.files = files.Written();
     report.files.insert(report.files.end(), film.Files().begin(), film.Files().end());
     if (m_options.isSummaryWanted)
-        PrintOutput(SummaryText(report));
+        console::PrintOutput(SummaryText(report));
 
     for (const VxResult& trouble : {result, stopped, written, report.recording.film, finished}) {
         if (!trouble.IsOK())
@@ -254,7 +255,7 @@ void GrabSession::ShowProgress(const RecordingState& state) const
 {
     if (m_options.isQuiet)
         return;
-    PrintError(std::to_string(state.tally.Delivered()) + " frames (" +
+    console::PrintError(std::to_string(state.tally.Delivered()) + " frames (" +
                std::to_string(state.tally.ZeroFrames()) + " zero), " +
                std::to_string(static_cast<int>(state.tally.FramesPerSecond())) + " per second\n");
 }

@@ -1,8 +1,7 @@
-#include "VxBase/VxString.h"
+#include "console/Console.h"
 
 #include "vxgrab/ComFailure.h"
 #include "vxgrab/CommandLine.h"
-#include "vxgrab/Console.h"
 #include "vxgrab/ExitCode.h"
 #include "vxgrab/GrabSession.h"
 #include "vxgrab/StopSignal.h"
@@ -10,25 +9,11 @@
 #include <windows.h>
 
 #include <objbase.h>
-#include <shellapi.h>
 
 #include <exception>
 #include <string>
-#include <vector>
 
 namespace {
-
-/// The arguments in UTF-8, whatever the code page of the system.
-std::vector<std::string> Arguments()
-{
-    int count = 0;
-    LPWSTR* const texts = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-    std::vector<std::string> arguments;
-    for (int i = 1; texts != nullptr && i < count; ++i)
-        arguments.push_back(VxUtf8FromWide(texts[i]));
-    ::LocalFree(texts);
-    return arguments;
-}
 
 /// COM for one scope.
 class ComScope final {
@@ -58,27 +43,27 @@ VxResult RunSession(const vxgrab::Options& options)
     return session.Run();
 }
 
-int Main()
+int Main(int argc, const char* const* argv)
 {
-    const vxgrab::CommandLineResult commandLine = vxgrab::ReadCommandLine(Arguments());
+    const vxgrab::CommandLineResult commandLine = vxgrab::ReadCommandLine(console::Arguments(argc, argv));
     if (!commandLine.options) {
-        (commandLine.exitCode == 0 ? vxgrab::PrintOutput : vxgrab::PrintError)(commandLine.text);
+        (commandLine.exitCode == 0 ? console::PrintOutput : console::PrintError)(commandLine.text);
         return commandLine.exitCode;
     }
     const VxResult result = RunSession(*commandLine.options);
     if (!result.IsOK())
-        vxgrab::PrintError("error: " + result.GetDescription().Narrow() + "\n");
+        console::PrintError("error: " + result.GetDescription().Narrow() + "\n");
     return static_cast<int>(vxgrab::ExitCodeFor(result));
 }
 
 } // namespace
 
-int main()
+int main(int argc, char** argv)
 {
     try {
-        return Main();
+        return Main(argc, argv);
     } catch (const std::exception& error) {
-        vxgrab::PrintError(std::string("error: ") + error.what() + "\n");
+        console::PrintError(std::string("error: ") + error.what() + "\n");
         return static_cast<int>(vxgrab::ExitCode::System);
     }
 }

@@ -43,7 +43,8 @@ GevDevice::~GevDevice()
     std::ignore = Disconnect(); // nothing left to undo
 }
 
-VxExpected<std::unique_ptr<GevDevice>> GevDevice::Connect(const VxString& connectionId)
+VxExpected<std::unique_ptr<GevDevice>> GevDevice::Connect(const VxString& connectionId,
+                                                          const std::string& descriptionFile)
 {
     auto network = std::make_unique<CameraNetwork>();
     const auto found = control::CameraFinder(network->Parts())
@@ -54,7 +55,7 @@ VxExpected<std::unique_ptr<GevDevice>> GevDevice::Connect(const VxString& connec
     std::unique_ptr<GevDevice> device(new GevDevice(std::move(network)));
     if (const VxResult taken = device->TakeControl(*found); !taken.IsOK())
         return taken;
-    if (const VxResult loaded = device->LoadFeatures(); !loaded.IsOK())
+    if (const VxResult loaded = device->LoadFeatures(descriptionFile); !loaded.IsOK())
         return Named(loaded, *found); // the destructor gives control back
     return device;
 }
@@ -72,9 +73,10 @@ VxResult GevDevice::TakeControl(const control::FoundCamera& found)
     return m_heartbeat->Start();
 }
 
-VxResult GevDevice::LoadFeatures()
+VxResult GevDevice::LoadFeatures(const std::string& ownFile)
 {
-    const auto file = control::DescriptionLoader(m_session->Client()).Load();
+    const auto file = ownFile.empty() ? control::DescriptionLoader(m_session->Client()).Load()
+                                      : VxExpected<std::string>(ownFile);
     if (!file)
         return file.Error();
     auto description = KnownDescriptions().Get(*file);

@@ -16,6 +16,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 /// A GigE Vision camera under this host's control.
 ///
@@ -24,8 +25,10 @@
 class GevDevice final : public VxDeviceGEV {
 public:
     /// Finds a camera, takes control of it and loads its description.
+    /// @param descriptionFile  bytes to use instead of the file in the camera's memory; empty: the camera's
     /// @return  NOT_FOUND, AMBIGUOUS, ACCESS_DENIED, INVALID_CONFIGURATION, INVALID_DATA, TIMEOUT, ...
-    [[nodiscard]] static VxExpected<std::unique_ptr<GevDevice>> Connect(const VxString& connectionId);
+    [[nodiscard]] static VxExpected<std::unique_ptr<GevDevice>>
+    Connect(const VxString& connectionId, const std::string& descriptionFile = {});
     ~GevDevice() override;
 
     [[nodiscard]] bool IsConnected() const override;
@@ -41,7 +44,7 @@ public:
 private:
     explicit GevDevice(std::unique_ptr<CameraNetwork> network);
     VxResult TakeControl(const control::FoundCamera& found);
-    VxResult LoadFeatures();
+    VxResult LoadFeatures(const std::string& ownFile);
     void ListLink();
     VxResult Lock(bool isLocked);
     void ForgetValues();

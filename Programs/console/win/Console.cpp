@@ -1,15 +1,17 @@
-#include "vxgrab/Console.h"
+#include "console/Console.h"
 
 #include "VxBase/VxString.h"
 
 #include <windows.h>
+
+#include <shellapi.h>
 
 #include <cstdio>
 
 #include <fcntl.h>
 #include <io.h>
 
-namespace vxgrab {
+namespace console {
 namespace {
 
 bool IsConsole(HANDLE handle)
@@ -27,13 +29,23 @@ void Print(DWORD standardHandle, std::FILE* stream, std::string_view utf8)
         ::WriteConsoleW(handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr);
         return;
     }
-    // Bytes as they are: scripts on every system read lines that end with one character.
     ::_setmode(::_fileno(stream), _O_BINARY);
     std::fwrite(utf8.data(), 1, utf8.size(), stream);
     std::fflush(stream);
 }
 
 } // namespace
+
+std::vector<std::string> Arguments(int, const char* const*)
+{
+    int count = 0;
+    LPWSTR* const texts = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; texts != nullptr && i < count; ++i)
+        arguments.push_back(VxUtf8FromWide(texts[i]));
+    ::LocalFree(texts);
+    return arguments;
+}
 
 void PrintOutput(std::string_view utf8)
 {
@@ -45,9 +57,4 @@ void PrintError(std::string_view utf8)
     Print(STD_ERROR_HANDLE, stderr, utf8);
 }
 
-bool IsErrorConsole()
-{
-    return IsConsole(::GetStdHandle(STD_ERROR_HANDLE));
-}
-
-} // namespace vxgrab
+} // namespace console
