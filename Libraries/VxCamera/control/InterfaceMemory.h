@@ -16,8 +16,6 @@ namespace control {
 /// Thread: any.
 class InterfaceMemory {
 public:
-    constexpr InterfaceMemory() = default;
-
     /// @param via  the interface's address
     void Remember(transport::Ipv4Address camera, transport::Ipv4Address via);
 

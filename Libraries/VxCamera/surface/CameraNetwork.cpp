@@ -6,7 +6,7 @@
 namespace {
 
 // Shared: the device that has found a camera and the stream that is then opened for it are separate objects.
-constinit control::InterfaceMemory g_interfaceMemory;
+control::InterfaceMemory g_interfaceMemory;
 
 } // namespace
 

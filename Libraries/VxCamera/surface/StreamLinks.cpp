@@ -5,8 +5,7 @@
 
 namespace {
 
-// Neither has a destructor that would run when the module is unloaded.
-constinit VxMutex g_mutex;
+VxMutex g_mutex; // ends with the module, after every stream
 constinit VxStreamImpl* g_first VX_GUARDED_BY(g_mutex) = nullptr; // a chain through nextStream
 
 } // namespace
