@@ -171,9 +171,10 @@ TEST(VxPixelConverterFormatsTest, PlanesFollowEachOther)
 TEST(VxPixelConverterFormatsTest, DifferencesAreSharedAsTheNameSays)
 {
     const auto color = [](std::size_t pixels) {
-        std::vector<std::uint8_t> bytes;
-        for (std::size_t i = 0; i < pixels; ++i)
-            bytes.insert(bytes.end(), {33, 90, 145});
+        constexpr std::array<std::uint8_t, 3> kPixel{33, 90, 145};
+        std::vector<std::uint8_t> bytes(pixels * kPixel.size());
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            bytes[i] = kPixel[i % kPixel.size()];
         return bytes;
     };
 

@@ -65,19 +65,21 @@ protected:
     /// A full-HD picture in packets of 1,500 bytes has about as many packets.
     static constexpr std::uint32_t kLines = 1417;
 
-    ResendTest()
+    /// One packet for each line.
+    static StreamPackets Lines(std::uint32_t count)
     {
-        m_stream.leader = StreamPackets::Mono8(64, kLines);
-        m_stream.payloadBytes = std::size_t{64} * kLines;
-        m_stream.stepBytes = 64;
+        StreamPackets stream;
+        stream.leader = StreamPackets::Mono8(64, count);
+        stream.payloadBytes = std::size_t{64} * count;
+        stream.stepBytes = 64;
+        return stream;
     }
 
     void Stream(std::uint64_t frames) { m_camera.Stream(frames, m_assembler); }
 
-    StreamPackets m_stream;
     CheckingSink m_sink{std::size_t{64} * kLines};
     StreamCounters m_counters;
-    LossyCamera m_camera{{}, m_stream};
+    LossyCamera m_camera{{}, Lines(kLines)};
     BlockAssembler m_assembler{{}, m_sink, m_counters, &m_camera};
 };
 
@@ -132,9 +134,7 @@ TEST_F(ResendTest, ASlowAnswerIsLearntAndNotAskedForTwice)
 
 TEST_F(ResendTest, SmallFramesAreCompleteToo)
 {
-    m_stream.leader = StreamPackets::Mono8(64, 5);
-    m_stream.payloadBytes = std::size_t{64} * 5;
-    LossyCamera camera({.dropShare = 0.05}, m_stream);
+    LossyCamera camera({.dropShare = 0.05}, Lines(5));
     BlockAssembler assembler({}, m_sink, m_counters, &camera);
 
     camera.Stream(2000, assembler);
@@ -219,9 +219,9 @@ TEST_F(ResendTest, ANetworkThatLosesHalfIsNotMadeWorse)
 
 TEST_F(ResendTest, OneHourOfStreamingLosesNothing)
 {
-    m_stream.leader = StreamPackets::Mono8(64, 2);
-    m_stream.payloadBytes = std::size_t{64} * 2;
-    LossyCamera camera({.dropShare = 0.001, .framePeriod = 40ms}, m_stream);
+    StreamPackets stream = Lines(2);
+    stream.idMode = gvsp::IdMode::Extended; // the sink counts on: no wrap
+    LossyCamera camera({.dropShare = 0.001, .framePeriod = 40ms}, stream);
     BlockAssembler assembler({}, m_sink, m_counters, &camera);
 
     camera.Stream(3600 * 25, assembler);
