@@ -45,6 +45,8 @@ std::optional<Failure> Camera::Connect(const Request& request)
         const auto xml = ReadTextFile(*request.xml);
         if (!xml)
             return Failure{ExitCode::File, xml.Error().GetDescription().Narrow()};
+        if (xml->empty()) // which would mean the camera's own
+            return Failure{ExitCode::File, "cannot use the description '" + *request.xml + "': it is empty"};
         auto device = GevDevice::Connect(VxString(request.camera), *xml);
         if (!device && device.Error().Code() == VxError::InvalidData)
             return Failure{ExitCode::File, "cannot use the description '" + *request.xml +

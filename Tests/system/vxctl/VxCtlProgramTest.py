@@ -244,17 +244,17 @@ class FeaturesTest(CtlTest):
 class ConfigurationTest(CtlTest):
     def test_a_saved_configuration_brings_the_camera_back(self):
         with camera():
-            self.assert_done(vxctl("set", "127.0.0.1", "Width=256", "OffsetX=8", "LineSelector=Line1", "LineMode=Output",
+            self.assert_done(vxctl("set", "127.0.0.1", "Width=256", "OffsetX=8", "LineSelector=Line1", "LineInverter=true",
                                    "LineSelector=Line0"))
             before = self.assert_done(vxctl("features", "127.0.0.1", "--json"))
             self.assert_done(vxctl("save", "127.0.0.1", self.path("kamera ä.xml")), "")
-            self.assert_done(vxctl("set", "127.0.0.1", "LineSelector=Line1", "LineMode=Input", "OffsetX=0",
+            self.assert_done(vxctl("set", "127.0.0.1", "LineSelector=Line1", "LineInverter=false", "OffsetX=0",
                                    "Width=128"))
             self.assert_done(vxctl("load", "127.0.0.1", self.path("kamera ä.xml")), "")
             self.assert_done(vxctl("get", "127.0.0.1", "Width", "OffsetX", "LineSelector"),
                              "Width=256\nOffsetX=8\nLineSelector=Line0\n")
             self.assert_done(vxctl("set", "127.0.0.1", "LineSelector=Line1"))
-            self.assert_done(vxctl("get", "127.0.0.1", "LineMode"), "LineMode=Output\n")
+            self.assert_done(vxctl("get", "127.0.0.1", "LineInverter"), "LineInverter=true\n")
         self.assertIn('"LineSelector"', before)
 
     def test_a_configuration_goes_through_a_pipe(self):
