@@ -201,11 +201,16 @@ class DemoTest(unittest.TestCase):
         for line in process.stdout:
             if line.startswith("Capturing"):
                 break
-        self.assertGreater(len(self.marked_processes()), 2, "they cannot be seen")
+        # The camera, the script and its capture: the last one starts after the line.
+        deadline = time.monotonic() + 30
+        while len(self.marked_processes()) <= 2 and time.monotonic() < deadline:
+            time.sleep(0.1)
+        seen = self.marked_processes()
 
         process.terminate()
 
         self.assertEqual(process.wait(60), 143)
+        self.assertGreater(len(seen), 2, "they cannot be seen")
         self.assert_leaves_nothing_behind()
 
 
