@@ -25,9 +25,7 @@ constexpr auto kLongestWait = 30s;
 
 VxResult ControlPrivilege::Take()
 {
-    auto taken = m_client.WriteRegister(bootstrap::kControlChannelPrivilege, bootstrap::kPrivilegeControl);
-    if (taken.Code() == VxError::Timeout && IsHeldByOther())
-        taken = VxResult(VxError::AccessDenied, taken.GetDescription());
+    auto taken = TryTake();
     if (taken.Code() != VxError::AccessDenied)
         return taken;
     const auto owner = Owner();
@@ -37,10 +35,20 @@ VxResult ControlPrivilege::Take()
 }
 
 /// Some cameras do not answer at all when another application than the controlling one writes.
-bool ControlPrivilege::IsHeldByOther()
+VxResult ControlPrivilege::TryTake()
 {
+    const auto write = [this] {
+        return m_client.WriteRegister(bootstrap::kControlChannelPrivilege, bootstrap::kPrivilegeControl);
+    };
+    auto taken = write();
+    if (taken.Code() != VxError::Timeout)
+        return taken;
     const auto privilege = m_client.ReadRegister(bootstrap::kControlChannelPrivilege);
-    return (privilege.ValueOr(0) & bootstrap::kPrivilegeAnyControl) != 0;
+    if (!privilege)
+        return taken;
+    if ((*privilege & bootstrap::kPrivilegeAnyControl) != 0)
+        return {VxError::AccessDenied, taken.GetDescription()};
+    return write(); // the other one's heartbeat has run out since
 }
 
 VxResult ControlPrivilege::Release()
@@ -79,7 +87,7 @@ VxResult ControlPrivilege::RetryUntilHeartbeatEnds(VxResult refusal)
         m_clock.Now() + std::min<std::chrono::milliseconds>(timeout + kGraceAfterHeartbeat, kLongestWait);
     while (refusal.Code() == VxError::AccessDenied && m_clock.Now() < end) {
         m_client.Pause(kRetryInterval);
-        refusal = m_client.WriteRegister(bootstrap::kControlChannelPrivilege, bootstrap::kPrivilegeControl);
+        refusal = TryTake();
     }
     return refusal;
 }

@@ -44,7 +44,7 @@ public:
     [[nodiscard]] std::optional<ControlOwner> Owner();
 
 private:
-    [[nodiscard]] bool IsHeldByOther();
+    [[nodiscard]] VxResult TryTake();
     [[nodiscard]] bool IsOwnPredecessor(const ControlOwner& owner);
     VxResult RetryUntilHeartbeatEnds(VxResult refusal);
     VxResult Refused(const VxResult& refusal, const std::optional<ControlOwner>& owner) const;
