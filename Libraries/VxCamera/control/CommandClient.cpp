@@ -27,6 +27,10 @@ constexpr std::size_t kReceiveBytes = 1024;
 constexpr auto kBusyDelay = 20ms;
 constexpr int kBusyTries = 50;
 
+// Chosen: whatever a camera asks for, busy or pending, one command is given up then. The longest command
+// known, saving all settings to flash memory, takes seconds.
+constexpr auto kLongestCommand = 60s;
+
 // Chosen: after a command that was never answered the camera is probably gone. The next ones find out
 // quickly, so that stopping and closing do not add up to many seconds.
 constexpr CommandSettings kAfterSilence{100ms, 0};
@@ -43,6 +47,16 @@ VxError CodeOf(gvcp::Status status)
     default:
         return VxError::CameraError;
     }
+}
+
+/// A camera can end a write before its last byte, and call that a success all the same.
+VxResult CheckAllWritten(std::span<const std::byte> payload, std::size_t bytes)
+{
+    const auto ack = gvcp::ParseWriteMemAck(payload);
+    if (!ack || ack->index >= bytes) // some do not tell how far they came
+        return VxResult::Ok();
+    return {VxError::CameraError, "the camera wrote only " + std::to_string(ack->index) + " of " +
+                                      std::to_string(bytes) + " bytes"};
 }
 
 } // namespace
@@ -155,9 +169,10 @@ VxResult CommandClient::WriteBlock(std::uint32_t address, std::span<const std::b
 {
     if (m_canWriteMemory) {
         const gvcp::WriteMemCommand command{address, bytes};
-        const Request request{"write memory", address, gvcp::Ack::WriteMem,
-                              [&](std::uint16_t id) { return gvcp::MakeWriteMemCommand(id, command); },
-                              [](std::span<const std::byte>) { return VxResult::Ok(); }};
+        const Request request{
+            "write memory", address, gvcp::Ack::WriteMem,
+            [&](std::uint16_t id) { return gvcp::MakeWriteMemCommand(id, command); },
+            [&](std::span<const std::byte> payload) { return CheckAllWritten(payload, bytes.size()); }};
         return Execute(request, Settings());
     }
     for (std::size_t i = 0; i < bytes.size(); i += gvcp::kAlignment) {
@@ -172,10 +187,11 @@ VxResult CommandClient::WriteBlock(std::uint32_t address, std::span<const std::b
 VxResult CommandClient::Execute(const Request& request, const CommandSettings& settings)
 {
     const VxLock lock(m_mutex);
-    for (int busy = 0; busy < kBusyTries; ++busy) {
-        if (auto ended = EndReason(); !ended.IsOK())
-            return ended;
-        auto result = SendAndAwait(request, m_isSilent ? kAfterSilence : settings);
+    const auto end = m_clock.Now() + kLongestCommand;
+    for (int busy = 0; busy < kBusyTries && m_clock.Now() < end; ++busy) {
+        if (HasEnded())
+            return EndReason();
+        auto result = SendAndAwait(request, m_isSilent ? kAfterSilence : settings, end);
         if (result.Code() != VxError::Busy)
             return result;
         Pause(kBusyDelay);
@@ -183,7 +199,8 @@ VxResult CommandClient::Execute(const Request& request, const CommandSettings& s
     return {VxError::Busy, Describe(request) + ": the camera is busy; try again later"};
 }
 
-VxResult CommandClient::SendAndAwait(const Request& request, const CommandSettings& settings)
+VxResult CommandClient::SendAndAwait(const Request& request, const CommandSettings& settings,
+                                     IVxClock::Time end)
 {
     m_requestId = gvcp::NextRequestId(m_requestId);
     const auto command = request.make(m_requestId);
@@ -191,7 +208,7 @@ VxResult CommandClient::SendAndAwait(const Request& request, const CommandSettin
         return command.Error();
     if (auto sent = m_socket->SendTo(command->Bytes(), m_device); !sent.IsOK())
         return {sent.Code(), Describe(request) + ": " + sent.GetDescription().Narrow()};
-    CommandExchange exchange({m_device, m_requestId, request.ack}, settings, m_clock.Now());
+    CommandExchange exchange({m_device, m_requestId, request.ack}, settings, m_clock.Now(), end);
     auto result = Await(exchange, *command, request);
     return result.Code() == VxError::Timeout ? Unanswered(request, settings) : result;
 }
@@ -203,25 +220,26 @@ VxResult CommandClient::Await(CommandExchange& exchange, const gvcp::Datagram& c
     std::array<std::byte, kReceiveBytes> memory;
     for (;;) {
         Datagram datagram{memory};
-        const auto rest = exchange.WaitUntil() - m_clock.Now();
+        const auto rest =
+            std::min<IVxClock::Time>(exchange.WaitUntil(), IVxClock::Time(m_endTime.load())) - m_clock.Now();
         const auto received = m_socket->Receive(
             {&datagram, 1}, std::max(std::chrono::ceil<std::chrono::microseconds>(rest), 0us));
         const VxError code = received.Result().Code();
         State state = State::Waiting;
         if (received) {
-            if (datagram.sender == m_device) {
+            state = exchange.OnDatagram(datagram.sender, datagram.Bytes(), m_clock.Now());
+            if (state != State::Waiting) { // anybody can send something in the camera's name
                 m_isSilent = false;
                 m_lastAnswer = m_clock.Now().time_since_epoch();
             }
-            state = exchange.OnDatagram(datagram.sender, datagram.Bytes(), m_clock.Now());
-        } else if (code == VxError::Aborted) {
-            if (auto ended = EndReason(); !ended.IsOK())
-                return ended;
-        } else if (code != VxError::Timeout) {
+        } else if (code != VxError::Aborted && code != VxError::Timeout) {
             return received.Error();
         }
-        if (state == State::Waiting)
+        if (state == State::Waiting || state == State::Pending) {
+            if (HasEnded())
+                return EndReason();
             state = exchange.OnTime(m_clock.Now()); // also while datagrams of others keep coming
+        }
         if (state == State::Answered)
             return Judge(exchange.Answer(), request);
         if (state == State::Busy)
@@ -238,11 +256,17 @@ VxResult CommandClient::Await(CommandExchange& exchange, const gvcp::Datagram& c
 VxResult CommandClient::Judge(const gvcp::AckPacket& answer, const Request& request) const
 {
     const gvcp::Status status = answer.header.status;
-    if (!gvcp::IsGood(status))
+    if (!gvcp::IsGood(status)) {
+        const bool isWrite = request.ack == gvcp::Ack::WriteReg || request.ack == gvcp::Ack::WriteMem;
+        if (isWrite && status == gvcp::Status::AccessDenied && m_onDenied)
+            m_onDenied();
         return {CodeOf(status), Describe(request) + ": the camera refuses: " + gvcp::StatusText(status)};
+    }
     const auto taken = request.take(answer.payload);
     if (taken.IsOK())
         return taken;
+    if (taken.Code() == VxError::CameraError)
+        return {VxError::CameraError, Describe(request) + ": " + taken.GetDescription().Narrow()};
     return {VxError::InvalidData,
             Describe(request) + ": the camera's answer makes no sense: " + taken.GetDescription().Narrow()};
 }
@@ -267,6 +291,26 @@ void CommandClient::End(const VxResult& reason)
             m_endReason = reason;
     }
     m_socket->Wake();
+}
+
+void CommandClient::EndAt(IVxClock::Time time, const VxResult& reason)
+{
+    {
+        const VxLock lock(m_endMutex);
+        if (m_lateReason.IsOK()) {
+            m_lateReason = reason;
+            m_endTime = time.time_since_epoch();
+        }
+    }
+    m_socket->Wake(); // the command under way looks how long it may still wait
+}
+
+bool CommandClient::HasEnded()
+{
+    const VxLock lock(m_endMutex);
+    if (m_endReason.IsOK() && m_clock.Now().time_since_epoch() >= m_endTime.load())
+        m_endReason = m_lateReason;
+    return !m_endReason.IsOK();
 }
 
 VxResult CommandClient::EndReason() const

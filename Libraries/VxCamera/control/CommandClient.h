@@ -16,6 +16,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace control {
 
@@ -53,6 +54,14 @@ public:
     /// Fails every command from now on, also the one under way, with this result. The first call counts.
     void End(const VxResult& reason);
 
+    /// Ends at this time unless End is called before; the command under way ends by then, too. The first call
+    /// counts.
+    void EndAt(IVxClock::Time time, const VxResult& reason);
+
+    /// @param onDenied  called, from any thread, when the camera refuses a write with ACCESS_DENIED; must
+    ///                  neither wait nor use the client. Set before others use the client.
+    void SetDenialListener(std::function<void()> onDenied) { m_onDenied = std::move(onDenied); }
+
     /// OK, or what End was given.
     [[nodiscard]] VxResult EndReason() const;
 
@@ -83,13 +92,15 @@ private:
     };
 
     VxResult Execute(const Request& request, const CommandSettings& settings);
-    VxResult SendAndAwait(const Request& request, const CommandSettings& settings) VX_REQUIRES(m_mutex);
+    VxResult SendAndAwait(const Request& request, const CommandSettings& settings, IVxClock::Time end)
+        VX_REQUIRES(m_mutex);
     VxResult Await(CommandExchange& exchange, const gvcp::Datagram& command, const Request& request)
         VX_REQUIRES(m_mutex);
     VxResult Judge(const gvcp::AckPacket& answer, const Request& request) const;
     VxResult Unanswered(const Request& request, const CommandSettings& settings) VX_REQUIRES(m_mutex);
     VxResult ReadBlock(std::uint32_t address, std::span<std::byte> bytes);
     VxResult WriteBlock(std::uint32_t address, std::span<const std::byte> bytes);
+    [[nodiscard]] bool HasEnded();
     [[nodiscard]] std::string Describe(const Request& request) const;
 
     const std::unique_ptr<transport::IUdpSocket> m_socket;
@@ -97,6 +108,8 @@ private:
     const IVxClock& m_clock; // borrowed: outlives the session
     std::atomic<bool> m_canWriteMemory = true;
     std::atomic<IVxClock::Time::duration> m_lastAnswer;
+    std::atomic<IVxClock::Time::duration> m_endTime{IVxClock::Time::duration::max()}; // see EndAt
+    std::function<void()> m_onDenied;                                                 // may be empty
 
     VxMutex m_mutex; // one command at a time
     std::uint16_t m_requestId VX_GUARDED_BY(m_mutex) = 0;
@@ -105,6 +118,7 @@ private:
     mutable VxMutex m_endMutex;
     CommandSettings m_settings VX_GUARDED_BY(m_endMutex);
     VxResult m_endReason VX_GUARDED_BY(m_endMutex) = VxResult::Ok();
+    VxResult m_lateReason VX_GUARDED_BY(m_endMutex) = VxResult::Ok(); // m_endReason from m_endTime on
 };
 
 } // namespace control

@@ -10,19 +10,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Chosen: a camera may ask for patience again and again, but not for ever. The longest command known, saving
-// all settings to flash memory, takes seconds.
+// Chosen: a camera may ask for patience again and again, but not for so long at once.
 constexpr auto kLongestPending = 10s;
-constexpr auto kAllPendings = 60s;
 constexpr unsigned kMostPendings = 100;
 
 } // namespace
 
-CommandExchange::CommandExchange(const Command& command, const CommandSettings& settings, Time now)
+CommandExchange::CommandExchange(const Command& command, const CommandSettings& settings, Time now, Time end)
     : m_command(command),
       m_settings(settings),
-      m_deadline(now + settings.ackTimeout),
-      m_pendingEnd(now + kAllPendings)
+      m_end(end),
+      m_deadline(std::min<Time>(now + settings.ackTimeout, end))
 {
 }
 
@@ -34,10 +32,8 @@ CommandExchange::State CommandExchange::OnDatagram(const transport::Ipv4Endpoint
     const auto packet = gvcp::ParseAck(bytes);
     if (!packet || packet->header.ackId != m_command.requestId)
         return State::Waiting;
-    if (packet->header.ack == gvcp::Ack::Pending) {
-        OnPending(packet->payload, now);
-        return State::Waiting;
-    }
+    if (packet->header.ack == gvcp::Ack::Pending)
+        return OnPending(packet->payload, now);
     if (packet->header.ack != m_command.expectedAck)
         return State::Waiting;
     if (packet->header.status == gvcp::Status::Busy)
@@ -46,25 +42,26 @@ CommandExchange::State CommandExchange::OnDatagram(const transport::Ipv4Endpoint
     return State::Answered;
 }
 
-void CommandExchange::OnPending(std::span<const std::byte> payload, Time now)
+CommandExchange::State CommandExchange::OnPending(std::span<const std::byte> payload, Time now)
 {
     const auto pending = gvcp::ParsePendingAck(payload);
     if (!pending || m_pendingCount == kMostPendings)
-        return;
+        return State::Waiting;
     ++m_pendingCount;
     const auto promised = std::min<std::chrono::milliseconds>(pending->timeToCompletion, kLongestPending);
     m_deadline =
-        std::min(now + promised + m_settings.ackTimeout, m_pendingEnd); // the answer needs its way, too
+        std::min<Time>(now + promised + m_settings.ackTimeout, m_end); // the answer needs its way, too
+    return State::Pending;
 }
 
 CommandExchange::State CommandExchange::OnTime(Time now)
 {
     if (now < m_deadline)
         return State::Waiting;
-    if (m_pendingCount > 0 || m_sent > m_settings.retries)
+    if (now >= m_end || m_pendingCount > 0 || m_sent > m_settings.retries)
         return State::TimedOut;
     ++m_sent;
-    m_deadline = now + m_settings.ackTimeout;
+    m_deadline = std::min<Time>(now + m_settings.ackTimeout, m_end);
     return State::SendAgain;
 }
 

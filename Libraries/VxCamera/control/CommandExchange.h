@@ -31,14 +31,17 @@ public:
     enum class State {
         Waiting,
         SendAgain, ///< send the same datagram once more, then wait
+        Pending,   ///< the camera needs longer; to be waited for like Waiting
         Answered,
         Busy, ///< refused for now, so nothing was done
         TimedOut,
     };
 
     /// The command has just been sent for the first time.
-    CommandExchange(const Command& command, const CommandSettings& settings, Time now);
+    /// @param end  it is given up then at the latest, whatever the camera asks for
+    CommandExchange(const Command& command, const CommandSettings& settings, Time now, Time end);
 
+    /// @return  Waiting for what does not belong to this command; anything else is a sign of life
     [[nodiscard]] State OnDatagram(const transport::Ipv4Endpoint& sender, std::span<const std::byte> bytes,
                                    Time now);
     [[nodiscard]] State OnTime(Time now);
@@ -50,12 +53,12 @@ public:
     [[nodiscard]] const gvcp::AckPacket& Answer() const { return m_answer; }
 
 private:
-    void OnPending(std::span<const std::byte> payload, Time now);
+    State OnPending(std::span<const std::byte> payload, Time now);
 
     const Command m_command;
     const CommandSettings m_settings;
-    Time m_deadline;
-    Time m_pendingEnd;
+    const Time m_end;
+    Time m_deadline; // not after m_end
     unsigned m_sent = 1;
     unsigned m_pendingCount = 0;
     gvcp::AckPacket m_answer;

@@ -59,6 +59,11 @@ DeviceSession::DeviceSession(const Network& network, std::unique_ptr<transport::
                              const transport::Ipv4Endpoint& device)
     : m_network(network), m_client(std::move(socket), device, network.clock)
 {
+    m_client.SetDenialListener([this] {
+        m_isCheckDue = true;
+        if (m_onTimingChanged)
+            m_onTimingChanged();
+    });
 }
 
 DeviceSession::~DeviceSession() = default;
@@ -68,9 +73,12 @@ VxResult DeviceSession::TakeControl()
     ControlPrivilege privilege(m_client, m_network.sockets, m_network.clock);
     if (auto taken = privilege.Take(); !taken.IsOK())
         return taken;
-    if (auto read = ReadFacts(); !read.IsOK())
+    if (auto read = ReadFacts(); !read.IsOK()) {
+        std::ignore = privilege.Release(); // nobody must wait for a time-out, should the camera hear it
         return read;
+    }
     m_ownIdentity = privilege.Owner();
+    m_isCheckDue = false; // refusals before control was taken mean nothing
     return m_client.EndReason();
 }
 
@@ -180,12 +188,12 @@ std::optional<IVxClock::Time> DeviceSession::Beat()
         m_monitor.reset();
         return now + kIdleInterval;
     }
-    if (!m_monitor || m_monitoredTiming != Timing()) {
-        m_monitoredTiming = Timing();
-        m_monitor.emplace(m_monitoredTiming, m_client.LastAnswer());
-    }
+    if (!m_monitor)
+        m_monitor.emplace(Timing(), m_client.LastAnswer());
+    m_monitor->SetTiming(Timing());
     m_monitor->OnAnswer(m_client.LastAnswer());
-    if (const auto next = m_monitor->NextBeat(); now < next)
+    const bool isCheckDue = m_isCheckDue.exchange(false);
+    if (const auto next = m_monitor->NextBeat(); now < next && !isCheckDue)
         return next;
     JudgeBeat(SendBeat());
     if (!IsAlive())
@@ -203,6 +211,8 @@ void DeviceSession::JudgeBeat(const VxResult& beat)
     }
     if (IsLinkFailure(beat))
         m_monitor->OnFailure(now);
+    else
+        m_monitor->OnBeat(now); // also when the camera refuses to tell: asking sooner would not help
     if (m_monitor->IsLost(now))
         m_client.End({VxError::LinkLost, "camera " + m_client.Device().address.ToString() +
                                              " has stopped answering; check its cable and power"});
@@ -228,6 +238,13 @@ VxResult DeviceSession::SendBeat()
     const bool isOurs = transport::Ipv4Address(*address) == m_ownIdentity->application.address &&
                         (*port & 0xFFFF) == m_ownIdentity->application.port; // lower half of the register
     return isOurs ? VxResult::Ok() : lost;
+}
+
+void DeviceSession::EndWithin(std::chrono::milliseconds limit)
+{
+    m_client.EndAt(m_network.clock.Now() + limit,
+                   {VxError::NotConnected, "camera " + m_client.Device().address.ToString() +
+                                               " was disconnected before it had answered"});
 }
 
 VxResult DeviceSession::Release()

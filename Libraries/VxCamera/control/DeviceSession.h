@@ -53,7 +53,8 @@ public:
     [[nodiscard]] VxResult Read(std::uint64_t address, std::span<std::byte> bytes) override;
     [[nodiscard]] VxResult Write(std::uint64_t address, std::span<const std::byte> bytes) override;
 
-    /// Sends a heartbeat if one is due.
+    /// Sends a heartbeat if one is due; it is also due when the camera has refused to be written to, which
+    /// happens when somebody else has taken control.
     ///
     /// @return  when to call again; none when control is lost or given back: every operation then fails at
     /// once
@@ -61,6 +62,10 @@ public:
 
     /// Whether we control the camera as far as is known.
     [[nodiscard]] bool IsAlive() const { return m_client.EndReason().IsOK(); }
+
+    /// Fails every command that takes longer than this from now on, also the one under way, with
+    /// NOT_CONNECTED: for whoever disconnects and must not wait for a camera that asks for patience.
+    void EndWithin(std::chrono::milliseconds limit);
 
     /// Gives control back; from then on every operation fails with NOT_CONNECTED.
     VxResult Release();
@@ -102,9 +107,9 @@ private:
     std::atomic<std::chrono::milliseconds> m_heartbeatTimeout{};
     std::atomic<std::chrono::milliseconds> m_wantedInterval{}; // 0: the usual
     std::atomic<bool> m_isHeartbeatOn = true;
-    std::function<void()> m_onTimingChanged;    // may be empty
-    std::optional<HeartbeatMonitor> m_monitor;  // heartbeat thread only
-    HeartbeatMonitor::Timing m_monitoredTiming; // with which m_monitor was made
+    std::atomic<bool> m_isCheckDue = false;    // a write was refused: do we still have control?
+    std::function<void()> m_onTimingChanged;   // may be empty
+    std::optional<HeartbeatMonitor> m_monitor; // heartbeat thread only
 };
 
 } // namespace control

@@ -38,7 +38,10 @@ std::chrono::milliseconds TimeoutOf(const HeartbeatMonitor::Timing& timing)
 } // namespace
 
 HeartbeatMonitor::HeartbeatMonitor(const Timing& timing, Time lastAnswer)
-    : m_timeout(TimeoutOf(timing)), m_interval(IntervalOf(timing)), m_lastAnswer(lastAnswer)
+    : m_timeout(TimeoutOf(timing)),
+      m_interval(IntervalOf(timing)),
+      m_lastAnswer(lastAnswer),
+      m_lastBeat(lastAnswer)
 {
 }
 
@@ -47,6 +50,18 @@ std::chrono::milliseconds HeartbeatMonitor::IntervalOf(const Timing& timing)
     const auto timeout = TimeoutOf(timing);
     return timing.interval <= 0ms ? timeout / kBeatsPerTimeout
                                   : std::min(timing.interval, timeout / kFewestBeatsPerTimeout);
+}
+
+void HeartbeatMonitor::SetTiming(const Timing& timing)
+{
+    m_timeout = TimeoutOf(timing);
+    m_interval = IntervalOf(timing);
+}
+
+void HeartbeatMonitor::OnBeat(Time now)
+{
+    m_lastBeat = now;
+    m_lastFailure.reset();
 }
 
 void HeartbeatMonitor::OnAnswer(Time lastAnswer)
@@ -67,7 +82,7 @@ HeartbeatMonitor::Time HeartbeatMonitor::NextBeat() const
     if (m_lastFailure)
         return *m_lastFailure +
                std::min<std::chrono::milliseconds>(kRetryDelay, m_timeout / kTriesPerTimeout);
-    return m_lastAnswer + m_interval;
+    return m_lastBeat + m_interval;
 }
 
 bool HeartbeatMonitor::IsLost(Time now) const

@@ -10,8 +10,8 @@ namespace control {
 
 /// Decides when the camera must hear from us, and when it has been silent for too long.
 ///
-/// Every acknowledged command counts as a heartbeat, because the camera restarts its timer with every
-/// command.
+/// Every acknowledged command is a sign of life, and restarts the camera's timer. But only a heartbeat tells
+/// who controls the camera: so heartbeats keep their own time, however busy the link is.
 ///
 /// Owner:  DeviceSession, by value.
 /// Thread: the heartbeat thread.
@@ -33,8 +33,14 @@ public:
     /// @return  the time between heartbeats that comes of it: at most half of the time-out
     [[nodiscard]] static std::chrono::milliseconds IntervalOf(const Timing& timing);
 
+    /// Another timing is in force; what is known of the link stays.
+    void SetTiming(const Timing& timing);
+
     /// The camera was heard of, by a heartbeat or another command.
     void OnAnswer(Time lastAnswer);
+
+    /// A heartbeat was answered.
+    void OnBeat(Time now);
 
     /// A heartbeat was not acknowledged, or could not be sent.
     void OnFailure(Time now);
@@ -51,6 +57,7 @@ private:
     std::chrono::milliseconds m_timeout;
     std::chrono::milliseconds m_interval;
     Time m_lastAnswer;
+    Time m_lastBeat; // that was answered; at first the last answer, for taking control tells who has it
     std::optional<Time> m_lastFailure; // empty: none since the last answer
 };
 

@@ -173,6 +173,10 @@ gvcp::Datagram FakeCamera::Write(const gvcp::CommandPacket& packet, std::uint32_
         status = gvcp::Status::AccessDenied;
     else
         std::ranges::copy(bytes, memory.begin() + address);
+    if (status == gvcp::Status::Success && ack == gvcp::Ack::WriteMem) {
+        const auto all = static_cast<std::uint16_t>(bytes.size()); // a command has at most 536 bytes
+        return gvcp::MakeWriteMemAck(status, id, {writtenBytes.value_or(all)});
+    }
     return gvcp::MakeEmptyAck(status, ack, id);
 }
 

@@ -54,6 +54,7 @@ public:
     int busy = 0;                          ///< of the next ones are refused with that status
     std::vector<std::uint16_t> pendingMs;  ///< announced before the next answer, which comes after them
     std::map<std::uint32_t, gvcp::Status> refused; ///< by address
+    std::optional<std::uint16_t> writtenBytes; ///< how far a WRITEMEM is said to have come, if not to its end
     gvcp::Status forceIpStatus = gvcp::Status::Success;
     bool isSilentAboutForceIp = false; ///< its acknowledge gets lost on the way to another subnet
     std::optional<transport::Ipv4Endpoint> controller;

@@ -1,5 +1,7 @@
 #include "VxCamera/control/CommandClient.h"
 
+#include "VxCamera/wire/gvcp/AckHeader.h"
+#include "VxCamera/wire/gvcp/PendingAck.h"
 #include "support/Bytes.h"
 #include "support/network/FakeCamera.h"
 #include "support/network/FakeSocketFactory.h"
@@ -312,6 +314,86 @@ TEST_F(CommandClientTest, EveryAnswerIsALifeSign)
     std::ignore = m_client.ReadRegister(kAddress);
 
     EXPECT_EQ(m_client.LastAnswer(), m_clock.Now());
+}
+
+TEST_F(CommandClientTest, WhatIsNoAnswerToUsIsNoLifeSign)
+{
+    const auto before = m_client.LastAnswer();
+    m_camera.isGone = true;
+    m_sockets.lastSocket->Arrive(m_camera.endpoint, bytes::FromHex("0000 0081 0004 7777 00000002"), 1ms);
+    m_sockets.lastSocket->Arrive(m_camera.endpoint, bytes::FromHex("FFFF"), 2ms);
+
+    EXPECT_EQ(m_client.ReadRegister(kAddress).Result().Code(), VxError::Timeout);
+
+    EXPECT_EQ(m_client.LastAnswer(), before);
+}
+
+TEST_F(CommandClientTest, AskingForPatienceIsALifeSign)
+{
+    m_camera.dropAnswers = 1;
+    m_client.SetSettings({200ms, 0});
+    m_clock.Advance(10s);
+    // The id of the client's first command.
+    m_sockets.lastSocket->Arrive(m_camera.endpoint, bytes::FromHex("0000 0089 0004 0001 0000 0064"), 1ms);
+
+    EXPECT_EQ(m_client.ReadRegister(kAddress).Result().Code(), VxError::Timeout);
+
+    EXPECT_EQ(m_client.LastAnswer(), m_start + 10s + 1ms);
+    EXPECT_EQ(m_clock.Now() - m_client.LastAnswer(), 300ms);
+}
+
+TEST_F(CommandClientTest, BusyAndPendingTogetherHoldACommandForAMinuteAtMost)
+{
+    FakeSocketFactory sockets(m_clock, [&](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                           const transport::Ipv4Endpoint&) {
+        const std::uint16_t id = gvcp::ParseCommand(datagram)->header.requestId;
+        socket.Arrive(m_camera.endpoint, gvcp::MakePendingAck(id, {9000ms}).Bytes(), 1ms);
+        socket.Arrive(m_camera.endpoint,
+                      gvcp::MakeEmptyAck(gvcp::Status::Busy, gvcp::Ack::ReadReg, id).Bytes(), 9000ms);
+    });
+    CommandClient client(std::move(*sockets.OpenUdp({})), m_camera.endpoint, m_clock);
+
+    EXPECT_FALSE(client.ReadRegister(kAddress));
+
+    EXPECT_LE(Elapsed(), 61s);
+    EXPECT_GE(Elapsed(), 50s);
+}
+
+TEST_F(CommandClientTest, AnEndThatIsSetMeanwhileEndsTheCommandUnderWay)
+{
+    CommandClient* ending = nullptr;
+    FakeSocketFactory sockets(m_clock, [&](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                           const transport::Ipv4Endpoint&) {
+        const std::uint16_t id = gvcp::ParseCommand(datagram)->header.requestId;
+        socket.Arrive(m_camera.endpoint, gvcp::MakePendingAck(id, {9000ms}).Bytes(), 1ms);
+        ending->EndAt(m_clock.Now() + 2s, {VxError::NotConnected, "closed"}); // as another thread would
+    });
+    CommandClient client(std::move(*sockets.OpenUdp({})), m_camera.endpoint, m_clock);
+    ending = &client;
+
+    EXPECT_EQ(client.ReadRegister(kAddress).Result().Code(), VxError::NotConnected);
+    EXPECT_EQ(Elapsed(), 2s);
+    EXPECT_EQ(client.WriteRegister(kAddress, 1).GetDescription(), "closed");
+    EXPECT_EQ(Elapsed(), 2s);
+}
+
+TEST_F(CommandClientTest, UntilTheEndThatIsSetCommandsWork)
+{
+    m_client.EndAt(m_clock.Now() + 2s, {VxError::NotConnected, "closed"});
+
+    EXPECT_TRUE(m_client.WriteRegister(kAddress, 1).IsOK());
+    EXPECT_TRUE(m_client.EndReason().IsOK());
+}
+
+TEST_F(CommandClientTest, MemoryThatIsWrittenInPartOnlyIsAnError)
+{
+    m_camera.writtenBytes = 4;
+
+    const auto written = m_client.WriteMemory(kAddress, std::as_bytes(std::span("eight by", 8)));
+
+    EXPECT_EQ(written.Code(), VxError::CameraError);
+    EXPECT_EQ(written.GetDescription().Narrow(),
+              "camera 192.168.1.20, write memory 0x00001000: the camera wrote only 4 of 8 bytes");
 }
 
 } // namespace

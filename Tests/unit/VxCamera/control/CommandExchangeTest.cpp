@@ -16,7 +16,7 @@ const IVxClock::Time kStart{1h};
 
 CommandExchange ReadRegisterWithId5()
 {
-    return {{kCamera, 5, gvcp::Ack::ReadReg}, kSettings, kStart};
+    return {{kCamera, 5, gvcp::Ack::ReadReg}, kSettings, kStart, kStart + 60s};
 }
 
 const auto kAnswer = bytes::FromHex("0000 0081 0004 0005 00000002");
@@ -96,7 +96,7 @@ TEST(CommandExchangeTest, PendingLengthensTheWaitAndEndsTheRetries)
     auto exchange = ReadRegisterWithId5();
 
     EXPECT_EQ(exchange.OnDatagram(kCamera, bytes::FromHex("0000 0089 0004 0005 0000 07D0"), kStart + 1ms),
-              State::Waiting);
+              State::Pending);
 
     EXPECT_EQ(exchange.WaitUntil(), kStart + 1ms + 2000ms + 300ms); // 0x07D0 ms and the way of the answer
     EXPECT_EQ(exchange.OnTime(exchange.WaitUntil() - 1ms), State::Waiting);
@@ -112,7 +112,16 @@ TEST(CommandExchangeTest, PendingOfAnotherCommandIsIgnored)
     EXPECT_EQ(exchange.WaitUntil(), kStart + 300ms);
 }
 
-TEST(CommandExchangeTest, PendingForEverEndsAfterAMinute)
+TEST(CommandExchangeTest, RepetitionsEndWithTheTimeThatTheCommandHas)
+{
+    CommandExchange exchange({kCamera, 5, gvcp::Ack::ReadReg}, kSettings, kStart, kStart + 450ms);
+
+    EXPECT_EQ(exchange.OnTime(kStart + 300ms), State::SendAgain);
+    EXPECT_EQ(exchange.WaitUntil(), kStart + 450ms);
+    EXPECT_EQ(exchange.OnTime(kStart + 450ms), State::TimedOut);
+}
+
+TEST(CommandExchangeTest, PendingForEverEndsWithTheTimeThatTheCommandHas)
 {
     auto exchange = ReadRegisterWithId5();
     auto now = kStart;

@@ -153,6 +153,16 @@ TEST_F(DeviceSessionTest, ACrashedPredecessorsHeartbeatIsWaitedFor)
     EXPECT_TRUE(Connect());
 }
 
+TEST_F(DeviceSessionTest, ACrashedPredecessorsHeartbeatIsWaitedForAlsoWhereTheCameraIgnoresOthers)
+{
+    HoldBy({kHost, 5000});
+    m_camera.isIgnoringWritesOfOthers = true;
+
+    const auto session = Connect();
+
+    EXPECT_TRUE(session) << session.Result().GetDescription().Narrow();
+}
+
 TEST_F(DeviceSessionTest, ALivingProgramOfThisHostIsNotWaitedFor)
 {
     HoldBy({kHost, 5000});
@@ -193,6 +203,39 @@ TEST_F(DeviceSessionTest, ACameraThatFallsSilentDuringTheConnectFailsIt)
 
     ASSERT_FALSE(session);
     EXPECT_EQ(session.Error().Code(), VxError::Timeout);
+}
+
+TEST_F(DeviceSessionTest, AConnectThatFailsGivesControlBack)
+{
+    FakeSocketFactory sockets(m_clock, [&](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                           const transport::Ipv4Endpoint& destination) {
+        const auto packet = gvcp::ParseCommand(datagram);
+        if (packet->header.command == Command::ReadReg)
+            return; // lost on the way
+        m_camera.OnDatagram(socket, datagram, destination);
+    });
+
+    const auto session = DeviceSession::Connect({sockets, m_clock}, m_camera.endpoint, Via());
+
+    ASSERT_FALSE(session);
+    EXPECT_EQ(session.Error().Code(), VxError::Timeout);
+    EXPECT_EQ(m_camera.Count(Command::WriteReg), 2u);
+    EXPECT_FALSE(m_camera.controller);
+}
+
+TEST_F(DeviceSessionTest, WhoeverDisconnectsDoesNotWaitForACameraThatAsksForPatience)
+{
+    const auto session = Connected();
+    m_camera.pendingMs = {9000, 9000, 9000};
+    const auto start = m_clock.Now();
+    session->EndWithin(2s);
+    bytes::Vector four(4);
+
+    EXPECT_EQ(session->Read(0x1000, four).Code(), VxError::NotConnected);
+    EXPECT_EQ(session->Write(0x1000, four).Code(), VxError::NotConnected);
+
+    EXPECT_EQ(m_clock.Now() - start, 2s);
+    EXPECT_FALSE(session->IsAlive());
 }
 
 TEST_F(DeviceSessionTest, RegistersAreReadAndWrittenAsRegisters)
@@ -241,18 +284,64 @@ TEST_F(DeviceSessionTest, HeartbeatsKeepControlForAnHour)
     EXPECT_TRUE(m_camera.controller);
 }
 
-TEST_F(DeviceSessionTest, CommandsMakeHeartbeatsNeedless)
+TEST_F(DeviceSessionTest, AClientThatReadsAllTheTimeStillNoticesThatAnotherHostHasControl)
 {
     const auto session = Connected();
-    for (int i = 0; i < 10; ++i) {
-        bytes::Vector four(4);
-        ASSERT_TRUE(session->Read(0x1000, four).IsOK());
-        ASSERT_TRUE(session->Beat());
-        m_clock.Advance(900ms);
-    }
+    const auto readFor = [&](std::chrono::milliseconds duration) {
+        const auto start = m_clock.Now();
+        while (m_clock.Now() - start < duration) {
+            bytes::Vector four(4);
+            if (!session->Beat() || !session->Read(0x1000, four).IsOK())
+                break;
+            m_clock.Advance(100ms);
+        }
+        return m_clock.Now() - start;
+    };
+    ASSERT_GE(readFor(5s), 5s);
 
-    for (const FakeCamera::Seen& command : m_camera.seen)
-        EXPECT_EQ(command.address, 0x1000u);
+    HoldBy({transport::Ipv4Address(192, 168, 1, 77), 5000});
+    const auto noticed = readFor(1min);
+
+    EXPECT_LE(noticed, 3000ms);
+    EXPECT_EQ(session->Client().EndReason().Code(), VxError::AccessDenied);
+}
+
+TEST_F(DeviceSessionTest, ARefusedWriteLetsControlBeCheckedAtOnce)
+{
+    const auto session = Connected();
+    ASSERT_TRUE(session->Beat());
+    int told = 0;
+    session->SetTimingListener([&] { ++told; });
+    HoldBy({transport::Ipv4Address(192, 168, 1, 77), 5000});
+    const auto start = m_clock.Now();
+
+    EXPECT_EQ(session->Write(0x1000, bytes::FromHex("00000001")).Code(), VxError::AccessDenied);
+    EXPECT_EQ(told, 1);
+    EXPECT_FALSE(session->Beat());
+
+    EXPECT_EQ(session->Client().EndReason().Code(), VxError::AccessDenied);
+    EXPECT_LT(m_clock.Now() - start, 10ms);
+}
+
+TEST_F(DeviceSessionTest, ARefusalOfWhatNobodyMayWriteCostsNoControl)
+{
+    const auto session = Connected();
+    m_camera.refused[0x1000] = gvcp::Status::AccessDenied;
+
+    EXPECT_EQ(session->Write(0x1000, bytes::FromHex("00000001")).Code(), VxError::AccessDenied);
+    EXPECT_EQ(BeatFor(*session, 10s), std::nullopt);
+
+    EXPECT_LT(m_camera.Count(Command::ReadReg), 40u) << "one check more than usual";
+}
+
+TEST_F(DeviceSessionTest, ACameraThatRefusesTheHeartbeatsRegisterIsNotFlooded)
+{
+    const auto session = Connected();
+    m_camera.refused[bootstrap::kControlChannelPrivilege] = gvcp::Status::InvalidAddress;
+
+    EXPECT_EQ(BeatFor(*session, 10s), std::nullopt);
+
+    EXPECT_LE(m_camera.Count(Command::ReadReg), 11u);
 }
 
 TEST_F(DeviceSessionTest, AShortHeartbeatTimeoutIsKept)
