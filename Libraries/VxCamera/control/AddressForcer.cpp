@@ -65,7 +65,7 @@ VxExpected<FoundCamera> ChooseAny(const ConnectionId& id, const std::vector<Scan
         for (const FoundCamera& found : each.cameras) {
             if (!id.Matches(found.camera))
                 continue;
-            if (chosen && chosen->camera.mac != found.camera.mac)
+            if (chosen && ConnectionId::Of(chosen->camera) != ConnectionId::Of(found.camera))
                 return VxResult(VxError::Ambiguous, "several cameras are called \"" + id.Text() +
                                                         "\": " + ConnectionId::Of(chosen->camera) + " and " +
                                                         ConnectionId::Of(found.camera) +
@@ -107,6 +107,10 @@ VxExpected<FoundCamera> AddressForcer::Force(const ConnectionId& id, const Addre
     const auto camera = ChooseAny(id, *scanned);
     if (!camera)
         return camera;
+    if (camera->camera.mac == gvcp::MacAddress{}) // the command names its camera by that alone
+        return VxResult(VxError::InvalidParameter,
+                        "camera " + ConnectionId::Of(camera->camera) +
+                            " tells no MAC address, so no other address can be given to it");
     if (auto isFree = CheckNobodyHas(wanted, *camera, *scanned); !isFree.IsOK())
         return isFree;
     if (auto told = Tell(*camera, wanted); !told.IsOK())
@@ -126,7 +130,8 @@ VxResult AddressForcer::CheckNobodyHas(const AddressAssignment& wanted, const Fo
             return {VxError::InvalidParameter,
                     "the interface " + each.description.name + " of this machine has the address " + address};
         for (const FoundCamera& other : each.cameras)
-            if (other.Address() == wanted.address && other.camera.mac != camera.camera.mac)
+            if (other.Address() == wanted.address &&
+                ConnectionId::Of(other.camera) != ConnectionId::Of(camera.camera))
                 return {VxError::InvalidParameter,
                         "camera " + ConnectionId::Of(other.camera) + " has the address " + address};
     }

@@ -126,7 +126,7 @@ VxExpected<FoundCamera> Choose(const ConnectionId& id, const std::vector<Scanned
         for (const FoundCamera& found : scanned.cameras) {
             if (!id.Matches(found.camera))
                 continue;
-            if (chosen && chosen->camera.mac != found.camera.mac)
+            if (chosen && ConnectionId::Of(chosen->camera) != ConnectionId::Of(found.camera))
                 return VxResult(VxError::Ambiguous, "several cameras are called \"" + id.Text() +
                                                         "\": " + ConnectionId::Of(chosen->camera) + " and " +
                                                         ConnectionId::Of(found.camera));

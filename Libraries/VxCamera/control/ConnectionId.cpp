@@ -70,7 +70,8 @@ bool ConnectionId::Matches(const gvcp::DiscoveryAck& camera) const
         return camera.mac == *m_mac;
     if (m_ipAddress)
         return camera.ipAddress == m_ipAddress->Value();
-    return camera.serialNumber == m_text || camera.userDefinedName == m_text;
+    // Users cannot see the blanks around a name that somebody has stored in a camera.
+    return Trimmed(camera.serialNumber) == m_text || Trimmed(camera.userDefinedName) == m_text;
 }
 
 } // namespace control

@@ -29,6 +29,9 @@ constexpr std::size_t kStepBytes = 512;
 // here.
 constexpr std::size_t kSmallestStepBytes = 4;
 
+// Fixed by the protocol: addresses have 32 bits.
+constexpr std::uint64_t kAddressSpaceBytes = std::uint64_t{1} << 32;
+
 // Fixed by the zip format: the first bytes of an archive.
 constexpr std::string_view kZipSignature = "PK\x03\x04";
 
@@ -73,7 +76,11 @@ VxExpected<std::string> DescriptionLoader::ReadFile(const DescriptionUrl& url)
         return Named(VxError::InvalidData, "its description \"" + url.name + "\" is said to have " +
                                                std::to_string(url.lengthBytes) + " bytes at " +
                                                HexText(url.address));
-    const std::size_t end = isLengthKnown ? url.lengthBytes : kLargestDescription;
+    // Memory ends where 32-bit addresses do, and then the file does, too.
+    const std::uint64_t toTheEnd = kAddressSpaceBytes - url.address;
+    const std::size_t end =
+        isLengthKnown ? url.lengthBytes
+                      : static_cast<std::size_t>(std::min<std::uint64_t>(kLargestDescription, toTheEnd));
     std::string file;
     std::size_t stepBytes = kStepBytes;
     const auto deadline = m_client.Now() + kLongestLoad;

@@ -27,7 +27,8 @@ VxResult DiscoveryScan::Run(const Deadline& deadline, const OnAnswer& onAnswer)
 {
     int questions = 0;
     auto nextQuestion = m_clock.Now();
-    for (auto now = m_clock.Now(); now < deadline(); now = m_clock.Now()) {
+    // Somebody who does not want to wait gets the answers that are there at once.
+    for (auto now = m_clock.Now(); now < deadline() || questions == 0; now = m_clock.Now()) {
         if (questions < kMostQuestions && now >= nextQuestion) {
             if (auto asked = Ask(); !asked.IsOK())
                 return asked;

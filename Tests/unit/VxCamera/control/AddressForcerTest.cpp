@@ -183,5 +183,23 @@ TEST_F(AddressForcerTest, AnAddressThatNoCameraCanHaveIsRefusedBeforeAnybodyIsAs
     EXPECT_TRUE(m_camera.seen.empty());
 }
 
+TEST_F(AddressForcerTest, ACameraWithoutMacAddressCannotBeTold)
+{
+    m_camera.identity.mac = {};
+
+    EXPECT_EQ(Force("SN-1", {192, 168, 1, 20}).Result().Code(), VxError::InvalidParameter);
+
+    EXPECT_EQ(m_camera.Count(gvcp::Command::ForceIp), 0u);
+}
+
+TEST_F(AddressForcerTest, TwoCamerasWithoutMacAddressAreTwo)
+{
+    m_camera.identity.mac = {};
+    m_other.identity.mac = {};
+    m_other.identity.serialNumber = "SN-1";
+
+    EXPECT_EQ(Force("SN-1", {192, 168, 1, 20}).Result().Code(), VxError::Ambiguous);
+}
+
 } // namespace
 } // namespace control

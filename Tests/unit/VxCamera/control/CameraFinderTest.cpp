@@ -316,5 +316,23 @@ TEST_F(CameraFinderTest, TheNearestSubnetIsTheWayToAnAddress)
     EXPECT_EQ(m_finder.InterfaceTowards(Ipv4Address(10, 1, 3, 9))->name, "wide");
 }
 
+TEST_F(CameraFinderTest, TwoCamerasOfOneNameAreAmbiguousAlsoWithoutMacAddresses)
+{
+    m_other.isGone = false;
+    m_camera.identity.mac = {};
+    m_other.identity.mac = {};
+    m_other.identity.serialNumber = "SN-1";
+
+    EXPECT_EQ(m_finder.Find(ConnectionId("SN-1"), 350ms).Result().Code(), VxError::Ambiguous);
+}
+
+TEST_F(CameraFinderTest, ASearchWithoutTimeAsksOnce)
+{
+    ASSERT_TRUE(m_finder.FindAll(0ms));
+
+    EXPECT_EQ(m_asked.size(), 2u) << "one question to the subnet, one to everybody";
+    EXPECT_EQ(Elapsed(), 0ms);
+}
+
 } // namespace
 } // namespace control

@@ -70,5 +70,17 @@ TEST(ConnectionIdTest, NothingMatchesNothing)
     EXPECT_FALSE(ConnectionId("").Matches(nameless));
 }
 
+TEST(ConnectionIdTest, BlanksAroundACamerasNamesDoNotCount)
+{
+    auto camera = Camera();
+    camera.serialNumber = "S123  ";
+    camera.userDefinedName = " front left ";
+
+    EXPECT_TRUE(ConnectionId("S123").Matches(camera));
+    EXPECT_TRUE(ConnectionId("front left").Matches(camera));
+    camera.userDefinedName = "  ";
+    EXPECT_FALSE(ConnectionId(" ").Matches(camera));
+}
+
 } // namespace
 } // namespace control

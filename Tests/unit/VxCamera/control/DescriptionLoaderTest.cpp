@@ -1,6 +1,7 @@
 #include "VxCamera/control/DescriptionLoader.h"
 
 #include "VxCamera/control/CommandClient.h"
+#include "VxCamera/wire/gvcp/ReadMem.h"
 #include "VxCamera/wire/registers/BootstrapRegisters.h"
 #include "support/network/FakeCamera.h"
 #include "support/network/FakeSocketFactory.h"
@@ -37,6 +38,28 @@ TEST_F(DescriptionLoaderTest, ReadsTheFileFromTheCamerasMemory)
 
     ASSERT_TRUE(loaded) << loaded.Result().GetDescription().Narrow();
     EXPECT_EQ(*loaded, xml);
+}
+
+TEST_F(DescriptionLoaderTest, AnUnknownLengthEndsWhereMemoryDoes)
+{
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.xml;FFFFFF00;0");
+    // A camera with memory up to the last address.
+    FakeSocketFactory sockets(m_clock, [this](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                              const transport::Ipv4Endpoint& destination) {
+        const auto packet = gvcp::ParseCommand(datagram);
+        const auto command = gvcp::ParseReadMemCommand(packet->payload);
+        if (!command || command->address < 0xFFFFFF00)
+            return m_camera.OnDatagram(socket, datagram, destination);
+        const std::vector<std::byte> data(command->count, std::byte{'z'});
+        const auto ack = gvcp::MakeReadMemAck(packet->header.requestId, {command->address, data});
+        socket.Arrive(m_camera.endpoint, ack->Bytes(), m_camera.delay);
+    });
+    CommandClient client(std::move(*sockets.OpenUdp({})), m_camera.endpoint, m_clock);
+
+    const auto loaded = DescriptionLoader(client).Load();
+
+    ASSERT_TRUE(loaded) << loaded.Result().GetDescription().Narrow();
+    EXPECT_EQ(*loaded, std::string(256, 'z'));
 }
 
 TEST_F(DescriptionLoaderTest, FillingZerosAreCutOff)
