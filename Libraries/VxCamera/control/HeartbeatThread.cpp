@@ -3,10 +3,20 @@
 #include "VxBase/VxRunningThread.h"
 #include "VxCamera/control/DeviceSession.h"
 
+#include <chrono>
 #include <mutex>
 #include <system_error>
 
 namespace control {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// Chosen: several tries fit into the heartbeat time-out of every camera.
+constexpr auto kRetryDelay = 50ms;
+
+} // namespace
 
 HeartbeatThread::HeartbeatThread(DeviceSession& session) : m_session(session)
 {
@@ -51,9 +61,19 @@ void HeartbeatThread::LookAgain()
     m_changed.notify_all();
 }
 
+/// Nobody could catch what this thread throws: a heartbeat for which there was no memory is sent later.
+std::optional<IVxClock::Time> HeartbeatThread::BeatOrRetry()
+{
+    try {
+        return m_session.Beat();
+    } catch (...) {
+        return m_session.Client().Now() + kRetryDelay;
+    }
+}
+
 void HeartbeatThread::Run()
 {
-    while (const auto next = m_session.Beat()) {
+    while (const auto next = BeatOrRetry()) {
         std::unique_lock lock(m_mutex);
         m_changed.wait_until(lock, *next, [this] { return m_isStopping || m_isTimingNew; });
         if (m_isStopping)

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "VxBase/VxClock.h"
 #include "VxBase/VxMutex.h"
 #include "VxBase/VxResult.h"
 
 #include <condition_variable>
+#include <optional>
 #include <thread>
 
 namespace control {
@@ -31,6 +33,7 @@ public:
 
 private:
     void Run();
+    [[nodiscard]] std::optional<IVxClock::Time> BeatOrRetry();
     void LookAgain();
 
     DeviceSession& m_session;

@@ -3,9 +3,11 @@
 #include "VxBase/VxRunningThread.h"
 #include "VxCamera/wire/gvcp/Command.h"
 
-#include <system_error>
+#include <exception>
 #include <thread>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 namespace control {
 
@@ -20,6 +22,28 @@ std::vector<transport::Ipv4Endpoint> TargetsOn(const transport::NetworkInterface
     const auto second = described.isLoopback ? described.address : transport::Ipv4Address::LimitedBroadcast();
     return {{described.SubnetBroadcast(), gvcp::kPort}, {second, gvcp::kPort}};
 }
+
+/// Waits for threads, however the scope is left.
+class JoinedThreads {
+public:
+    JoinedThreads() = default;
+    ~JoinedThreads()
+    {
+        for (std::thread& thread : m_threads)
+            thread.join();
+    }
+    JoinedThreads(const JoinedThreads&) = delete;
+    JoinedThreads& operator=(const JoinedThreads&) = delete;
+
+    template <typename Body>
+    void Add(Body&& body)
+    {
+        m_threads.emplace_back(std::forward<Body>(body));
+    }
+
+private:
+    std::vector<std::thread> m_threads;
+};
 
 } // namespace
 
@@ -51,30 +75,37 @@ bool InterfaceScans::Add(const transport::NetworkInterface& described, Discovery
 
 void InterfaceScans::Run(const OnCamera& onCamera)
 {
-    std::vector<std::thread> threads;
+    JoinedThreads threads;
     for (std::size_t i = 1; i < m_scans.size(); ++i) {
         try {
-            threads.emplace_back([this, &onCamera, i] {
+            threads.Add([this, &onCamera, i] {
                 const VxRunningThread counted;
-                RunOne(m_scans[i], onCamera);
+                RunOneQuietly(m_scans[i], onCamera);
             });
-        } catch (const std::system_error&) {
-            break; // no thread left: the interfaces scanned so far must do
+        } catch (const std::exception&) {
+            break; // no thread or memory left: the interfaces scanned so far must do
         }
     }
     if (!m_scans.empty())
-        RunOne(m_scans.front(), onCamera);
-    for (std::thread& thread : threads)
-        thread.join();
+        RunOneQuietly(m_scans.front(), onCamera);
+}
+
+/// An interface on which the search fails has no cameras; the others decide.
+void InterfaceScans::RunOneQuietly(Scan& scan, const OnCamera& onCamera) noexcept
+{
+    try {
+        RunOne(scan, onCamera);
+    } catch (...) { // for want of memory; on a thread, nobody could catch it
+    }
 }
 
 void InterfaceScans::RunOne(Scan& scan, const OnCamera& onCamera)
 {
     DiscoveryScan discovery(*scan.socket, m_clock, scan.question);
     const auto deadline = [this] { return Time(m_deadline.load()); };
-    // A failing interface (one that has just gone down) has no cameras; the others decide.
     const auto asked =
         scan.question.answer == gvcp::DiscoveryAnswer::Unicast ? Asked::ItAlone : Asked::Everybody;
+    // An interface that has just gone down has no cameras, either.
     std::ignore = discovery.Run(deadline, [&](const CameraAnswer& answer) {
         onCamera({answer.camera, {answer.sender.address, gvcp::kPort}, scan.described}, asked);
     });

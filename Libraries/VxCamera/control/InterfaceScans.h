@@ -53,6 +53,7 @@ private:
     };
     bool Add(const transport::NetworkInterface& described, DiscoveryScan::Question question);
     void RunOne(Scan& scan, const OnCamera& onCamera);
+    void RunOneQuietly(Scan& scan, const OnCamera& onCamera) noexcept;
 
     transport::ISocketFactory& m_sockets;
     const IVxClock& m_clock;
