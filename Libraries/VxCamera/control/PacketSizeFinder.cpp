@@ -29,6 +29,9 @@ constexpr std::uint32_t kSmallestPacket = 576;
 constexpr int kTries = 2;
 constexpr auto kArrivalTime = 40ms;
 
+// Chosen: halving ends after 16 rounds; a camera that tells another size each time must not keep it going.
+constexpr int kMostRounds = 32;
+
 // Chosen: room for several of the largest, so that late ones do not keep the right one out.
 constexpr std::size_t kReceiveBufferBytes = std::size_t{1} << 20;
 
@@ -51,10 +54,16 @@ VxExpected<std::uint32_t> PacketSizeFinder::Find()
     if (!socket)
         return socket.Error();
     m_socket = *std::move(socket);
+    const auto before = m_channel.PacketSizeRegister();
+    if (!before)
+        return before;
     if (auto opened = m_channel.Open(m_socket->LocalEndpoint()); !opened.IsOK())
         return opened;
     auto found = Search();
-    std::ignore = m_channel.Close(); // it is opened again, for the stream
+    if (!found)
+        std::ignore =
+            m_channel.RestorePacketSizeRegister(*before); // what failed the search may fail this, too
+    std::ignore = m_channel.Close();                      // it is opened again, for the stream
     m_socket.reset();
     return found;
 }
@@ -84,7 +93,7 @@ VxExpected<std::uint32_t> PacketSizeFinder::Search()
 VxExpected<std::uint32_t> PacketSizeFinder::SearchBetween(std::uint32_t passed, std::uint32_t failed)
 {
     std::uint32_t low = passed; // nothing from here down needs to be tried
-    while (failed > low + 1) {
+    for (int round = 0; round < kMostRounds && failed > low + 1; ++round) {
         const std::uint32_t middle = low + (failed - low) / 2;
         const auto set = m_channel.SetPacketSize(middle, StreamChannel::Fragments::Never);
         if (!set)

@@ -35,7 +35,8 @@ public:
     /// Takes a few milliseconds when the interface's largest packet gets through, and below a second
     /// when the largest has to be searched for.
     ///
-    /// @return  as the camera has rounded it; or what the camera or the system refused
+    /// @return  as the camera has rounded it; or what the camera or the system refused: the size is then as
+    ///          it was
     [[nodiscard]] VxExpected<std::uint32_t> Find();
 
     /// @return  largest size that makes sense on an interface

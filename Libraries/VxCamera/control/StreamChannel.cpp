@@ -24,8 +24,19 @@ std::uint32_t StreamChannel::Register(std::uint32_t ofChannel0) const
 
 VxExpected<std::uint32_t> StreamChannel::PacketSize()
 {
-    const auto value = m_client.ReadRegister(Register(bootstrap::kStreamChannelPacketSize));
+    const auto value = PacketSizeRegister();
     return value ? VxExpected<std::uint32_t>(*value & bootstrap::kPacketSizeMask) : value;
+}
+
+VxExpected<std::uint32_t> StreamChannel::PacketSizeRegister()
+{
+    return m_client.ReadRegister(Register(bootstrap::kStreamChannelPacketSize));
+}
+
+VxResult StreamChannel::RestorePacketSizeRegister(std::uint32_t value)
+{
+    return m_client.WriteRegister(Register(bootstrap::kStreamChannelPacketSize),
+                                  value & ~bootstrap::kFireTestPacket);
 }
 
 VxExpected<std::uint32_t> StreamChannel::SetPacketSize(std::uint32_t bytes, Fragments fragments)

@@ -27,6 +27,10 @@ public:
     /// @return  the size that the camera has made of it
     [[nodiscard]] VxExpected<std::uint32_t> SetPacketSize(std::uint32_t bytes, Fragments fragments);
 
+    /// The register behind the packet size, other bits included, for whoever must leave it as it was.
+    [[nodiscard]] VxExpected<std::uint32_t> PacketSizeRegister();
+    [[nodiscard]] VxResult RestorePacketSizeRegister(std::uint32_t value);
+
     /// Asks for one packet of the size set last, which is sent whole or not at all.
     [[nodiscard]] VxResult FireTestPacket();
 

@@ -182,5 +182,20 @@ TEST_F(PacketSizeFinderTest, NoInterfaceIsTrustedBeyondWhatAPacketCanBe)
     EXPECT_EQ(PacketSizeFinder::LargestOn(via), 576u);
 }
 
+TEST_F(PacketSizeFinderTest, AfterAFailureTheSizeIsAsItWas)
+{
+    constexpr std::uint32_t kBefore = bootstrap::kPixelsBigEndian | 1400;
+    m_fake.camera.SetRegister(bootstrap::kStreamChannelPacketSize, kBefore);
+    m_fake.isRefusingTestPackets = true;
+    StreamChannel channel(*m_fake.client, 0);
+
+    const auto found =
+        PacketSizeFinder(channel, {m_fake.sockets, m_fake.clock, m_via, m_fake.camera.endpoint.address})
+            .Find();
+
+    EXPECT_EQ(found.Result().Code(), VxError::CameraError);
+    EXPECT_EQ(m_fake.camera.Register(bootstrap::kStreamChannelPacketSize), kBefore);
+}
+
 } // namespace
 } // namespace control

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VxCamera/control/CommandClient.h"
+#include "VxCamera/wire/gvcp/AckHeader.h"
 #include "VxCamera/wire/registers/BootstrapBits.h"
 #include "VxCamera/wire/registers/BootstrapRegisters.h"
 #include "support/network/FakeCamera.h"
@@ -36,19 +37,38 @@ public:
     std::uint32_t largest = 16384;
     std::uint32_t step = 4;
     std::uint32_t carried = 65535; ///< by what lies between the camera and us; 0: no test packets at all
-    int lost = 0;                  ///< of the next test packets
+    bool isRefusingTestPackets = false;
+    int lost = 0; ///< of the next test packets
     std::vector<std::uint32_t> tested;
 
     FakeClock clock;
     FakeCamera camera{clock};
-    FakeSocketFactory sockets{clock, [this](FakeUdpSocket& socket, std::span<const std::byte> datagram,
-                                            const transport::Ipv4Endpoint& destination) {
-                                  camera.OnDatagram(socket, datagram, destination);
-                                  AfterCommand();
-                              }};
+    FakeSocketFactory sockets{
+        clock, [this](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                      const transport::Ipv4Endpoint& destination) {
+            if (isRefusingTestPackets && IsTestPacketCommand(datagram)) {
+                const auto id = gvcp::ParseCommand(datagram)->header.requestId;
+                socket.Arrive(
+                    camera.endpoint,
+                    gvcp::MakeEmptyAck(gvcp::Status::InvalidParameter, gvcp::Ack::WriteReg, id).Bytes(),
+                    camera.delay);
+                return;
+            }
+            camera.OnDatagram(socket, datagram, destination);
+            AfterCommand();
+        }};
     std::unique_ptr<CommandClient> client;
 
 private:
+    static bool IsTestPacketCommand(std::span<const std::byte> datagram)
+    {
+        const auto packet = gvcp::ParseCommand(datagram);
+        if (packet->header.command != gvcp::Command::WriteReg)
+            return false;
+        const auto address = VxLoadBe<std::uint32_t>(packet->payload.first<4>());
+        const auto value = VxLoadBe<std::uint32_t>(packet->payload.subspan(4).first<4>());
+        return address == bootstrap::kStreamChannelPacketSize && (value & bootstrap::kFireTestPacket) != 0;
+    }
     void AfterCommand()
     {
         const std::uint32_t written = camera.Register(bootstrap::kStreamChannelPacketSize);
