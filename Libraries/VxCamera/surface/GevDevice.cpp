@@ -10,6 +10,7 @@
 #include "VxCamera/control/PacketSizeFinder.h"
 #include "VxCamera/control/StreamChannel.h"
 #include "VxCamera/surface/KnownDescriptions.h"
+#include "VxCamera/surface/NoThrow.h"
 
 namespace {
 
@@ -18,6 +19,10 @@ using std::chrono::milliseconds;
 // Chosen: a user who named a camera that is not there learns it within half a second; that includes a stream
 // which is opened all the same, and looks for the camera, too.
 constexpr milliseconds kFindTimeout{350};
+
+// Chosen: a camera that is well gives control back within milliseconds, and one that is not must not keep an
+// application from closing.
+constexpr milliseconds kDisconnectTime{2000};
 
 // Fixed by the naming convention of camera features.
 constexpr const char* kLockFeature = "TLParamsLocked";
@@ -97,7 +102,8 @@ void GevDevice::ListLink()
             const VxLock lock(m_streamMutex);
             return m_packetSize;
         },
-        [this](const PacketSizeSetting& setting) { std::ignore = SetPacketSize(setting); }};
+        [this](const PacketSizeSetting& setting) { return SetPacketSize(setting); },
+        [this] { return PacketSizeInForce(); }};
     // The session outlives the list: both are members, the list is declared later.
     ListLinkParameters(m_found, *m_session, packetSize, m_link);
 }
@@ -109,11 +115,24 @@ bool GevDevice::IsConnected() const
 
 VxResult GevDevice::Disconnect()
 {
+    return NoThrow([this] {
+        // The first of two that come at once does it; the other returns when it is done.
+        const VxLock lock(m_disconnectMutex);
+        return DisconnectOnce();
+    });
+}
+
+VxResult GevDevice::DisconnectOnce()
+{
+    const bool wasAlive = IsConnected();
+    if (m_session != nullptr)
+        m_session->EndWithin(kDisconnectTime); // also what others are waiting for, whose locks come next
     {
         const VxLock lock(m_streamMutex);
+        m_isClosing = true;
         m_streamControl.Disconnect();
     }
-    if (m_session == nullptr || !m_session->IsAlive()) {
+    if (!wasAlive) {
         if (m_heartbeat != nullptr)
             m_heartbeat->Stop();
         return VxResult::Ok();
@@ -125,14 +144,16 @@ VxResult GevDevice::Disconnect()
             std::ignore = control::StreamChannel(m_session->Client(), m_destination->channel).Close();
         m_destination.reset();
     }
-    m_heartbeat->Stop();
+    if (m_heartbeat != nullptr)
+        m_heartbeat->Stop();
     return m_session->Release();
 }
 
 std::uint32_t GevDevice::GetPayloadSize()
 {
     std::int64_t bytes = 0;
-    if (!m_features->GetIntegerValue(kPayloadFeature, bytes).IsOK())
+    const auto read = NoThrow([&] { return m_features->GetIntegerValue(kPayloadFeature, bytes); });
+    if (!read.IsOK())
         return 0;
     const bool isPlausible = bytes > 0 && bytes <= std::numeric_limits<std::uint32_t>::max();
     return isPlausible ? static_cast<std::uint32_t>(bytes) : 0;
@@ -147,22 +168,27 @@ VxResult GevDevice::Lock(bool isLocked)
 
 VxResult GevDevice::StreamEnable(std::uint32_t)
 {
-    {
-        const VxLock lock(m_streamMutex);
-        if (m_isPacketSizeNew)
-            std::ignore = Direct(); // what was set while the camera was streaming
-        m_isStreaming = true;
-    }
-    return Lock(true);
+    return NoThrow([this] {
+        {
+            const VxLock lock(m_streamMutex);
+            if (m_isPacketSizeNew) // what was set while the camera was streaming
+                if (auto opened = Direct().opened; !opened.IsOK())
+                    return opened;
+            m_isStreaming = true;
+        }
+        return Lock(true);
+    });
 }
 
 VxResult GevDevice::StreamDisable(std::uint32_t)
 {
-    {
-        const VxLock lock(m_streamMutex);
-        m_isStreaming = false;
-    }
-    return Lock(false);
+    return NoThrow([this] {
+        {
+            const VxLock lock(m_streamMutex);
+            m_isStreaming = false;
+        }
+        return Lock(false);
+    });
 }
 
 VxResult GevDevice::SetPacketSize(const PacketSizeSetting& setting)
@@ -170,13 +196,25 @@ VxResult GevDevice::SetPacketSize(const PacketSizeSetting& setting)
     const VxLock lock(m_streamMutex);
     m_packetSize = setting;
     m_isPacketSizeNew = true;
-    return m_isStreaming ? VxResult::Ok() : Direct();
+    if (m_isStreaming)
+        return VxResult::Ok();
+    auto directed = Direct();
+    return directed.opened.IsOK() ? directed.packetSize : directed.opened;
+}
+
+std::uint32_t GevDevice::PacketSizeInForce()
+{
+    const VxLock lock(m_streamMutex);
+    const std::uint32_t known = m_destination ? m_sizeInForce.load() : 0;
+    return known != 0 ? known : m_packetSize.fixedBytes;
 }
 
 /// On a thread of m_streamControl, which is ended under m_streamMutex: so that lock is not taken here.
 VxResult GevDevice::StepPacketSizeDown(std::uint32_t channel)
 {
     const auto set = control::StreamChannel(m_session->Client(), channel).StepPacketSizeDown();
+    if (set)
+        m_sizeInForce = *set;
     ForgetValues();
     return set.Result();
 }
@@ -188,33 +226,37 @@ void GevDevice::ForgetValues()
         m_features->Map()->InvalidateAll();
 }
 
-VxResult GevDevice::ChoosePacketSize(control::StreamChannel& channel, transport::Ipv4Address receiver)
+/// @return  the size in force
+VxExpected<std::uint32_t> GevDevice::ChoosePacketSize(control::StreamChannel& channel,
+                                                      transport::Ipv4Address receiver)
 {
     using Fragments = control::StreamChannel::Fragments;
     const bool isHere = receiver == m_found.via.address || receiver.IsMulticast();
     switch (m_packetSize.mode) {
     case PacketSizeMode::Fixed:
-        return channel.SetPacketSize(m_packetSize.fixedBytes, Fragments::AsBefore).Result();
+        return channel.SetPacketSize(m_packetSize.fixedBytes, Fragments::AsBefore);
     case PacketSizeMode::Automatic:
         if (!isHere)
-            return VxResult::Ok(); // a way that cannot be tried from here
+            return channel.PacketSize(); // a way that cannot be tried from here
         return control::PacketSizeFinder(
                    channel, {m_network->Sockets(), m_network->Clock(), m_found.via, m_found.device.address})
-            .Find()
-            .Result();
+            .Find();
     default:
-        return VxResult::Ok();
+        return channel.PacketSize();
     }
 }
 
-VxResult GevDevice::Direct()
+GevDevice::Directed GevDevice::Direct()
 {
+    if (m_isClosing)
+        return {{VxError::NotConnected, "camera " + m_found.device.address.ToString() + " is disconnected"},
+                VxResult::Ok()};
     if (!m_destination)
-        return VxResult::Ok();
+        return {VxResult::Ok(), VxResult::Ok()};
     m_streamControl.Disconnect(); // nobody else changes the packet size meanwhile
     control::StreamChannel channel(m_session->Client(), m_destination->channel);
-    // A camera that refuses keeps its own size, which works too.
-    std::ignore = ChoosePacketSize(channel, m_destination->receiver.address);
+    const auto size = ChoosePacketSize(channel, m_destination->receiver.address);
+    m_sizeInForce = size ? *size : channel.PacketSize().ValueOr(0);
     m_isPacketSizeNew = false;
     // Before the camera sends, so that the way through a firewall is open.
     m_streamControl.Connect({*m_session, m_network->Sockets(), m_found.via}, m_destination->receiver,
@@ -223,11 +265,18 @@ VxResult GevDevice::Direct()
                             });
     auto opened = channel.Open(m_destination->receiver);
     ForgetValues();
-    return opened;
+    return {std::move(opened), size.Result()};
 }
 
 VxResult GevDevice::SetStreamDestination(const VxString& ipAddress, std::uint16_t port, std::uint32_t channel)
 {
+    return NoThrow([&] { return DirectTo(ipAddress, port, channel); });
+}
+
+VxResult GevDevice::DirectTo(const VxString& ipAddress, std::uint16_t port, std::uint32_t channel)
+{
+    if (auto ended = m_session->Client().EndReason(); !ended.IsOK())
+        return ended;
     const auto address = transport::Ipv4Address::Parse(ipAddress.Narrow());
     if (!address)
         return VxResult(VxError::InvalidParameter, "\"" + ipAddress.Narrow() + "\" is no IPv4 address");
@@ -240,5 +289,5 @@ VxResult GevDevice::SetStreamDestination(const VxString& ipAddress, std::uint16_
     const auto target = address->IsUnspecified() ? m_found.via.address : *address;
     const VxLock lock(m_streamMutex);
     m_destination = {{target, port}, channel};
-    return Direct();
+    return Direct().opened;
 }

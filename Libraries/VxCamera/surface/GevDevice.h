@@ -14,6 +14,8 @@
 #include "VxBase/VxExpected.h"
 #include "VxBase/VxMutex.h"
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -43,6 +45,8 @@ public:
 
 private:
     explicit GevDevice(std::unique_ptr<CameraNetwork> network);
+    VxResult DisconnectOnce() VX_REQUIRES(m_disconnectMutex);
+    VxResult DirectTo(const VxString& ipAddress, std::uint16_t port, std::uint32_t channel);
     VxResult TakeControl(const control::FoundCamera& found);
     VxResult LoadFeatures(const std::string& ownFile);
     void ListLink();
@@ -50,9 +54,15 @@ private:
     void ForgetValues();
     VxResult StepPacketSizeDown(std::uint32_t channel);
     VxResult SetPacketSize(const PacketSizeSetting& setting);
-    VxResult ChoosePacketSize(control::StreamChannel& channel, transport::Ipv4Address receiver)
-        VX_REQUIRES(m_streamMutex);
-    VxResult Direct() VX_REQUIRES(m_streamMutex);
+    VxExpected<std::uint32_t> ChoosePacketSize(control::StreamChannel& channel,
+                                               transport::Ipv4Address receiver) VX_REQUIRES(m_streamMutex);
+    [[nodiscard]] std::uint32_t PacketSizeInForce();
+
+    struct Directed {
+        VxResult opened;     ///< whether the camera sends
+        VxResult packetSize; ///< a camera that refuses keeps its own, which works too
+    };
+    Directed Direct() VX_REQUIRES(m_streamMutex);
 
     struct Destination {
         transport::Ipv4Endpoint receiver;
@@ -64,10 +74,14 @@ private:
     std::unique_ptr<control::DeviceSession> m_session;
     std::unique_ptr<control::HeartbeatThread> m_heartbeat;
 
+    VxMutex m_disconnectMutex;                    // held while Disconnect runs, that is for seconds at most
+    std::atomic<std::uint32_t> m_sizeInForce = 0; // bytes; 0: not known
+
     VxMutex m_streamMutex; // held while stream channels are set up, that is for some commands
     PacketSizeSetting m_packetSize VX_GUARDED_BY(m_streamMutex);
     bool m_isPacketSizeNew VX_GUARDED_BY(m_streamMutex) = false; // set, but not in force
     bool m_isStreaming VX_GUARDED_BY(m_streamMutex) = false;
+    bool m_isClosing VX_GUARDED_BY(m_streamMutex) = false;                 // no stream is directed any more
     std::optional<Destination> m_destination VX_GUARDED_BY(m_streamMutex); // as set last
 
     std::unique_ptr<NodeParameterArray> m_features; // its node map borrows the session

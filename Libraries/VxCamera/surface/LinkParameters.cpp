@@ -83,21 +83,24 @@ void ListCommands(DeviceSession& session, ParameterList& list)
         CommandSettings settings = session.Client().Settings();
         how(settings);
         session.Client().SetSettings(settings);
+        return VxResult::Ok();
     };
-    list.Add<ListedInteger>(
-        ParameterFacts{"CommandAckTimeout", kControl, Guru, "ms"},
-        ListedInteger::Access{
-            [&session]() -> std::int64_t { return session.Client().Settings().ackTimeout.count(); },
-            [change](std::int64_t value) {
-                change([value](CommandSettings& settings) { settings.ackTimeout = milliseconds(value); });
-            },
-            kShortestAckTimeoutMs, kLongestAckTimeoutMs});
+    list.Add<ListedInteger>(ParameterFacts{"CommandAckTimeout", kControl, Guru, "ms"},
+                            ListedInteger::Access{[&session]() -> std::int64_t {
+                                                      return session.Client().Settings().ackTimeout.count();
+                                                  },
+                                                  [change](std::int64_t value) {
+                                                      return change([value](CommandSettings& settings) {
+                                                          settings.ackTimeout = milliseconds(value);
+                                                      });
+                                                  },
+                                                  kShortestAckTimeoutMs, kLongestAckTimeoutMs});
     list.Add<ListedInteger>(
         ParameterFacts{"CommandRetries", kControl, Guru},
         ListedInteger::Access{[&session]() -> std::int64_t { return session.Client().Settings().retries; },
                               [change](std::int64_t value) {
                                   // 0 to 20, tested by the caller
-                                  change([value](CommandSettings& settings) {
+                                  return change([value](CommandSettings& settings) {
                                       settings.retries = static_cast<unsigned>(value);
                                   });
                               },
@@ -111,10 +114,12 @@ void ListHeartbeat(DeviceSession& session, ParameterList& list)
         [&session](bool isOn) { session.SetHeartbeat(isOn); });
     list.Add<ListedInteger>(
         ParameterFacts{"HeartbeatInterval", kControl, Guru, "ms"},
-        ListedInteger::Access{
-            [&session]() -> std::int64_t { return session.HeartbeatInterval().count(); },
-            [&session](std::int64_t value) { session.SetHeartbeatInterval(milliseconds(value)); },
-            kShortestIntervalMs, kLongestIntervalMs});
+        ListedInteger::Access{[&session]() -> std::int64_t { return session.HeartbeatInterval().count(); },
+                              [&session](std::int64_t value) {
+                                  session.SetHeartbeatInterval(milliseconds(value));
+                                  return VxResult::Ok();
+                              },
+                              kShortestIntervalMs, kLongestIntervalMs});
     list.Add<ListedInteger>(
         ParameterFacts{"HeartbeatTimeout", kControl, Expert, "ms"},
         ListedInteger::Access{[&session]() -> std::int64_t { return session.HeartbeatTimeout().count(); },
@@ -130,18 +135,17 @@ void ListStream(const PacketSizeAccess& access, ParameterList& list)
         [access](std::size_t index) {
             PacketSizeSetting setting = access.get();
             setting.mode = static_cast<PacketSizeMode>(index); // below the number of modes
-            access.set(setting);
-            return VxResult::Ok();
+            return access.set(setting);
         });
-    list.Add<ListedInteger>(
-        ParameterFacts{"PacketSize", kStream, Expert, "bytes"},
-        ListedInteger::Access{[access]() -> std::int64_t { return access.get().fixedBytes; },
-                              [access](std::int64_t value) {
-                                  PacketSizeSetting setting = access.get();
-                                  setting.fixedBytes = static_cast<std::uint32_t>(value); // within the limits
-                                  access.set(setting);
-                              },
-                              kSmallestPacket, kLargestPacket});
+    list.Add<ListedInteger>(ParameterFacts{"PacketSize", kStream, Expert, "bytes"},
+                            ListedInteger::Access{[access]() -> std::int64_t { return access.inForce(); },
+                                                  [access](std::int64_t value) {
+                                                      PacketSizeSetting setting = access.get();
+                                                      setting.fixedBytes = static_cast<std::uint32_t>(
+                                                          value); // within the limits
+                                                      return access.set(setting);
+                                                  },
+                                                  kSmallestPacket, kLargestPacket});
 }
 
 } // namespace

@@ -24,7 +24,9 @@ struct PacketSizeSetting {
 /// How the packet size setting is read and changed; thread-safe.
 struct PacketSizeAccess {
     std::function<PacketSizeSetting()> get;
-    std::function<void(const PacketSizeSetting&)> set;
+    std::function<VxResult(const PacketSizeSetting&)> set; ///< what the camera says to it, when it is
+                                                           ///< streaming to somebody
+    std::function<std::uint32_t()> inForce; ///< as the camera has taken it; as set until it was asked
 };
 
 /// Lists what can be known and set of the link to a camera, in the categories Camera, Host, Control and

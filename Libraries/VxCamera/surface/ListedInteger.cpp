@@ -37,8 +37,7 @@ VxResult ListedInteger::SetValue(std::int64_t value)
         return NotWritable();
     if (value < m_access.minimum || value > m_access.maximum)
         return OutOfRange(std::to_string(m_access.minimum) + " to " + std::to_string(m_access.maximum));
-    m_access.set(value);
-    return VxResult::Ok();
+    return m_access.set(value);
 }
 
 VxResult ListedInteger::GetMin(std::int64_t& minimum) const

@@ -14,7 +14,7 @@ class ListedInteger final : public ListedParameter<VxGenInteger, VxGenType::Inte
 public:
     struct Access {
         std::function<std::int64_t()> get;
-        std::function<void(std::int64_t)>
+        std::function<VxResult(std::int64_t)>
             set; ///< empty: read only; called with values within the limits only
         std::int64_t minimum = 0;
         std::int64_t maximum = std::numeric_limits<std::int64_t>::max();

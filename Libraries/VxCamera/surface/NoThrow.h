@@ -16,6 +16,12 @@ template <typename Operation>
     } catch (const std::bad_alloc&) {
         return VxResult(VxError::OutOfMemory);
     } catch (const std::exception& fault) {
-        return VxResult(VxError::Failed, fault.what());
+        try {
+            return VxResult(VxError::Failed, fault.what());
+        } catch (...) {
+            return VxResult(VxError::Failed); // no memory for the text; without one none is needed
+        }
+    } catch (...) {
+        return VxResult(VxError::Failed);
     }
 }

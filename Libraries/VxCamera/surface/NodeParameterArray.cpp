@@ -1,7 +1,9 @@
 #include "VxCamera/surface/NodeParameterArray.h"
 
+#include <tuple>
 #include <utility>
 
+#include "VxCamera/surface/NoThrow.h"
 #include "VxCamera/surface/NodeBoolean.h"
 #include "VxCamera/surface/NodeCommand.h"
 #include "VxCamera/surface/NodeEnum.h"
@@ -77,12 +79,18 @@ VxGenParameter* NodeParameterArray::Get(std::size_t index) const
 
 VxGenParameter* NodeParameterArray::Get(const VxString& name) const
 {
-    const auto node = m_map != nullptr ? m_map->Find(name.Narrow()) : std::nullopt;
-    if (!node)
-        return nullptr;
-    const auto lock = m_map->Hold();
-    auto& parameter = m_parameters[static_cast<std::size_t>(*node)];
-    if (parameter == nullptr) // a node outside of all categories, asked for for the first time
-        parameter = MakeParameter(*m_map, *node, {});
-    return parameter.get();
+    VxGenParameter* found = nullptr;
+    // A feature for which there is no memory is none.
+    std::ignore = NoThrow([&] {
+        const auto node = m_map != nullptr ? m_map->Find(name.Narrow()) : std::nullopt;
+        if (!node)
+            return VxResult(VxError::NotFound);
+        const auto lock = m_map->Hold();
+        auto& parameter = m_parameters[static_cast<std::size_t>(*node)];
+        if (parameter == nullptr) // a node outside of all categories, asked for for the first time
+            parameter = MakeParameter(*m_map, *node, {});
+        found = parameter.get();
+        return VxResult::Ok();
+    });
+    return found;
 }

@@ -1,18 +1,31 @@
 #include "VxCamera/surface/SmallerPackets.h"
 
 #include <mutex>
+#include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "VxBase/VxRunningThread.h"
+#include "VxCamera/surface/NoThrow.h"
 
-SmallerPackets::SmallerPackets(std::function<void()> stepDown)
-    : m_stepDown(std::move(stepDown)), m_thread([this] { Run(); })
-{
-}
+SmallerPackets::SmallerPackets(std::function<void()> stepDown) : m_stepDown(std::move(stepDown)) {}
 
 SmallerPackets::~SmallerPackets()
 {
     End();
+}
+
+VxResult SmallerPackets::Start()
+{
+    try {
+        m_thread = std::thread([this] {
+            const VxRunningThread counted;
+            Run();
+        });
+    } catch (const std::system_error&) {
+        return VxResult(VxError::OutOfMemory, "the system starts no further thread for the packet size");
+    }
+    return VxResult::Ok();
 }
 
 void SmallerPackets::End()
@@ -37,7 +50,6 @@ void SmallerPackets::Ask()
 
 void SmallerPackets::Run()
 {
-    const VxRunningThread counted;
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_changed.wait(lock, [this] { return m_isAsked || m_isEnding; });
@@ -45,7 +57,10 @@ void SmallerPackets::Run()
             return;
         m_isAsked = false;
         lock.unlock();
-        m_stepDown();
+        std::ignore = NoThrow([this] {
+            m_stepDown();
+            return VxResult::Ok(); // nobody could catch what this thread throws; the next request tries again
+        });
         lock.lock();
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VxBase/VxMutex.h"
+#include "VxBase/VxResult.h"
 
 #include <condition_variable>
 #include <functional>
@@ -9,8 +10,8 @@
 /// Makes a camera send smaller packets when somebody who must not wait for the camera asks for it.
 ///
 /// Owner:  shared between the device, which ends it, and the stream's receiver, which asks.
-/// Thread: Ask from any thread, and returns at once; End from one at a time. Runs a thread of its own, which
-/// waits until it is asked or ended.
+/// Thread: Ask from any thread, and returns at once; Start and End from one at a time. Runs a thread of its
+/// own, which waits until it is asked or ended.
 class SmallerPackets {
 public:
     /// @param stepDown  talks to the camera; called on this object's thread
@@ -18,6 +19,9 @@ public:
     ~SmallerPackets();
     SmallerPackets(const SmallerPackets&) = delete;
     SmallerPackets& operator=(const SmallerPackets&) = delete;
+
+    /// @return  OUT_OF_MEMORY when the system has no thread left
+    VxResult Start();
 
     void Ask();
 
@@ -32,5 +36,5 @@ private:
     std::condition_variable_any m_changed;
     bool m_isAsked VX_GUARDED_BY(m_mutex) = false;
     bool m_isEnding VX_GUARDED_BY(m_mutex) = false;
-    std::thread m_thread; // last: it uses all of the above
+    std::thread m_thread; // uses all of the above
 };

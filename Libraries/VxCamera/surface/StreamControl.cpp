@@ -52,7 +52,8 @@ void StreamControl::Connect(const Camera& camera, const transport::Ipv4Endpoint&
     link->sourcePort = SourcePortOf(camera.session, channel);
     link->resend = ResendSocket(camera);
     m_smaller = std::make_shared<SmallerPackets>(std::move(stepDown));
-    link->onPayloadMissing = [smaller = m_smaller] { smaller->Ask(); };
+    if (m_smaller->Start().IsOK()) // else the size stays as it is, and the stream is received all the same
+        link->onPayloadMissing = [smaller = m_smaller] { smaller->Ask(); };
     m_link = std::move(link);
     StreamLinks::Connect(receiver, m_link);
 }

@@ -175,6 +175,7 @@ ListedInteger::Access TimeAccess(VxStreamImpl& stream, const Get& member, std::i
             [&stream, member](std::int64_t value) {
                 stream.ChangeSettings(
                     [&](AssemblySettings& settings) { member(settings) = Duration(value); });
+                return VxResult::Ok();
             },
             0, longest};
 }

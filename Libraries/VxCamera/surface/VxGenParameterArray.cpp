@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "VxCamera/surface/NoThrow.h"
 #include "VxDSSource/camera/VxGenCommand.h"
 #include "VxDSSource/camera/VxGenEnum.h"
 #include "VxDSSource/camera/VxGenFloat.h"
@@ -13,13 +14,15 @@ namespace {
 template <typename Wanted, typename Use>
 VxResult WithFeature(const VxGenParameterArray& array, const VxString& name, const char* kind, Use use)
 {
-    VxGenParameter* const parameter = array.Get(name);
-    if (parameter == nullptr)
-        return VxResult(VxError::NotFound, name.Narrow() + ": there is no feature of this name");
-    auto* const wanted = dynamic_cast<Wanted*>(parameter);
-    if (wanted == nullptr)
-        return VxResult(VxError::TypeMismatch, name.Narrow() + ": it is no " + kind);
-    return use(*wanted);
+    return NoThrow([&] {
+        VxGenParameter* const parameter = array.Get(name);
+        if (parameter == nullptr)
+            return VxResult(VxError::NotFound, name.Narrow() + ": there is no feature of this name");
+        auto* const wanted = dynamic_cast<Wanted*>(parameter);
+        if (wanted == nullptr)
+            return VxResult(VxError::TypeMismatch, name.Narrow() + ": it is no " + kind);
+        return use(*wanted);
+    });
 }
 
 constexpr const char* kInteger = "integer";

@@ -366,9 +366,13 @@ TEST(FeatureStoreOfListTest, StoresWhatCanBeWritten)
 {
     std::int64_t retries = 3;
     ParameterList list;
-    list.Add<ListedInteger>(
-        ParameterFacts{"Retries", "Link"},
-        ListedInteger::Access{[&] { return retries; }, [&](std::int64_t v) { retries = v; }, 0, 20});
+    list.Add<ListedInteger>(ParameterFacts{"Retries", "Link"},
+                            ListedInteger::Access{[&] { return retries; },
+                                                  [&](std::int64_t v) {
+                                                      retries = v;
+                                                      return VxResult::Ok();
+                                                  },
+                                                  0, 20});
     list.Add<ListedInteger>(ParameterFacts{"Errors", "Link"},
                             ListedInteger::Access{[]() -> std::int64_t { return 7; }, {}});
     list.Add<ListedCommand>(ParameterFacts{"Reset", "Link"}, [] {});

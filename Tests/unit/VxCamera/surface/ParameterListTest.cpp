@@ -19,7 +19,11 @@ protected:
     {
         m_list.Add<ListedInteger>(ParameterFacts{"Retries", "Communication", VxGenVisibility::Guru},
                                   ListedInteger::Access{[this] { return m_retries; },
-                                                        [this](std::int64_t v) { m_retries = v; }, 0, 20});
+                                                        [this](std::int64_t v) {
+                                                            m_retries = v;
+                                                            return m_setResult;
+                                                        },
+                                                        0, 20});
         m_list.Add<ListedInteger>(ParameterFacts{"ErrorCount", "Statistics"},
                                   ListedInteger::Access{[]() -> std::int64_t { return 7; }, {}});
         m_list.Add<ListedFloat>(ParameterFacts{"Bandwidth", "Statistics"}, [] { return 0.1; });
@@ -54,6 +58,7 @@ protected:
     }
 
     std::int64_t m_retries = 3;
+    VxResult m_setResult = VxResult::Ok();
     bool m_isOn = false;
     int m_resets = 0;
     std::size_t m_mode = 0;
@@ -94,6 +99,14 @@ TEST_F(ParameterListTest, SetsFromTextWithinTheLimits)
     EXPECT_EQ(SetText("Retries", ""), VxError::InvalidData);
     EXPECT_EQ(SetText("Retries", "99999999999999999999"), VxError::InvalidData);
     EXPECT_EQ(m_retries, 20);
+}
+
+TEST_F(ParameterListTest, TellsWhatIsBehindANumberRefuses)
+{
+    m_setResult = VxResult(VxError::AccessDenied, "somebody else has control");
+
+    EXPECT_EQ(SetText("Retries", "5"), VxError::AccessDenied);
+    EXPECT_EQ(m_list.SetIntegerValue("Retries", 5).GetDescription(), "somebody else has control");
 }
 
 TEST_F(ParameterListTest, RefusesToWriteWhatCanOnlyBeRead)

@@ -1,0 +1,72 @@
+#include "VxCamera/surface/LinkParameters.h"
+
+#include "support/network/FakeCamera.h"
+#include "support/network/FakeSocketFactory.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class LinkParametersTest : public testing::Test {
+protected:
+    LinkParametersTest()
+    {
+        m_found.device = m_camera.endpoint;
+        m_found.camera = m_camera.identity;
+        m_found.via.address = transport::Ipv4Address(192, 168, 1, 1);
+        m_session =
+            std::move(*control::DeviceSession::Connect({m_sockets, m_clock}, m_found.device, m_found.via));
+        const PacketSizeAccess access{[this] { return m_setting; },
+                                      [this](const PacketSizeSetting& setting) {
+                                          m_setting = setting;
+                                          return m_answer;
+                                      },
+                                      [this] { return m_inForce; }};
+        ListLinkParameters(m_found, *m_session, access, m_list);
+    }
+
+    FakeClock m_clock;
+    FakeCamera m_camera{m_clock};
+    FakeSocketFactory m_sockets{m_clock, [this](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                                const transport::Ipv4Endpoint& destination) {
+                                    m_camera.OnDatagram(socket, datagram, destination);
+                                }};
+    control::FoundCamera m_found;
+    std::unique_ptr<control::DeviceSession> m_session;
+    PacketSizeSetting m_setting;
+    VxResult m_answer = VxResult::Ok();
+    std::uint32_t m_inForce = 1500;
+    ParameterList m_list;
+};
+
+TEST_F(LinkParametersTest, ThePacketSizeIsReadAsTheCameraHasTakenIt)
+{
+    m_inForce = 8996; // of 9000, rounded by the camera
+    std::int64_t bytes = 0;
+
+    ASSERT_TRUE(m_list.SetIntegerValue("PacketSize", 9000).IsOK());
+
+    ASSERT_TRUE(m_list.GetIntegerValue("PacketSize", bytes).IsOK());
+    EXPECT_EQ(bytes, 8996);
+    EXPECT_EQ(m_setting.fixedBytes, 9000u);
+}
+
+TEST_F(LinkParametersTest, WhatTheCameraRefusesIsTold)
+{
+    m_answer = VxResult(VxError::AccessDenied, "the camera refuses");
+
+    EXPECT_EQ(m_list.SetIntegerValue("PacketSize", 9000).Code(), VxError::AccessDenied);
+    EXPECT_EQ(m_list.Get("PacketSizeMode")->FromString("Fixed").Code(), VxError::AccessDenied);
+}
+
+TEST_F(LinkParametersTest, CommandSettingsAreSetWithinTheirLimits)
+{
+    EXPECT_TRUE(m_list.SetIntegerValue("CommandAckTimeout", 50).IsOK());
+    EXPECT_TRUE(m_list.SetIntegerValue("CommandRetries", 1).IsOK());
+    EXPECT_EQ(m_list.SetIntegerValue("CommandRetries", 21).Code(), VxError::OutOfRange);
+
+    EXPECT_EQ(m_session->Client().Settings().ackTimeout, std::chrono::milliseconds(50));
+    EXPECT_EQ(m_session->Client().Settings().retries, 1u);
+}
+
+} // namespace
