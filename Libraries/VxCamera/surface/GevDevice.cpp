@@ -137,7 +137,8 @@ VxResult GevDevice::DisconnectOnce()
             m_heartbeat->Stop();
         return VxResult::Ok();
     }
-    std::ignore = Lock(false); // a camera without the feature has nothing to unlock
+    // A camera without the feature has nothing to unlock; and whatever happens, control is given back.
+    std::ignore = NoThrow([this] { return Lock(false); });
     {
         const VxLock lock(m_streamMutex);
         if (m_destination) // control ends all the same
@@ -193,13 +194,15 @@ VxResult GevDevice::StreamDisable(std::uint32_t)
 
 VxResult GevDevice::SetPacketSize(const PacketSizeSetting& setting)
 {
-    const VxLock lock(m_streamMutex);
-    m_packetSize = setting;
-    m_isPacketSizeNew = true;
-    if (m_isStreaming)
-        return VxResult::Ok();
-    auto directed = Direct();
-    return directed.opened.IsOK() ? directed.packetSize : directed.opened;
+    return NoThrow([&] {
+        const VxLock lock(m_streamMutex);
+        m_packetSize = setting;
+        m_isPacketSizeNew = true;
+        if (m_isStreaming)
+            return VxResult::Ok();
+        auto directed = Direct();
+        return directed.opened.IsOK() ? directed.packetSize : directed.opened;
+    });
 }
 
 std::uint32_t GevDevice::PacketSizeInForce()

@@ -1,10 +1,14 @@
 #include "VxCamera/control/HeartbeatThread.h"
 
 #include "VxCamera/control/DeviceSession.h"
+#include "support/Latch.h"
 #include "support/network/FakeCamera.h"
 #include "support/network/FakeSocketFactory.h"
 
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <new>
 
 namespace control {
 namespace {
@@ -56,6 +60,35 @@ TEST_F(HeartbeatThreadTest, StopEndsALongWaitAtOnce)
 
     thread.Stop();
 
+    EXPECT_TRUE(session->IsAlive());
+}
+
+TEST_F(HeartbeatThreadTest, AHeartbeatForWhichThereIsNoMemoryIsSentAgainLater)
+{
+    std::atomic<bool> isMemoryFull = false;
+    std::atomic<bool> isThrown = false;
+    Latch answered(1);
+    FakeSocketFactory sockets(m_clock, [&](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                           const transport::Ipv4Endpoint& destination) {
+        if (isMemoryFull.exchange(false)) {
+            isThrown = true;
+            throw std::bad_alloc();
+        }
+        m_camera.OnDatagram(socket, datagram, destination);
+        if (isThrown)
+            answered.count_down();
+    });
+    transport::NetworkInterface via;
+    via.address = transport::Ipv4Address(192, 168, 1, 1);
+    const auto session = std::move(*DeviceSession::Connect({sockets, m_clock}, m_camera.endpoint, via));
+    HeartbeatThread thread(*session);
+    isMemoryFull = true;
+    m_clock.Advance(2s); // a heartbeat is due
+
+    ASSERT_TRUE(thread.Start().IsOK());
+
+    answered.wait(); // would last for ever if the thread had ended
+    thread.Stop();
     EXPECT_TRUE(session->IsAlive());
 }
 
