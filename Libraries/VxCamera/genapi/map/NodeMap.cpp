@@ -19,10 +19,10 @@ auto Read(NodeMapImpl& map, NodeId id, Function function) -> decltype(function(m
     map.m_context.BeginOperation();
     Node& node = map.At(id);
     if (const VxResult access = map.CheckReadable(node); !access.IsOK())
-        return access;
+        return map.Failed(node, access);
     auto value = function(node);
     if (!value)
-        return map.Named(node, value.Error());
+        return map.Failed(node, value.Error());
     return value;
 }
 
@@ -34,8 +34,8 @@ VxResult Write(NodeMapImpl& map, NodeId id, Function function)
     map.m_context.BeginOperation();
     Node& node = map.At(id);
     if (const VxResult access = map.CheckWritable(node); !access.IsOK())
-        return access;
-    return map.Named(node, function(node));
+        return map.Failed(node, access);
+    return map.Failed(node, function(node));
 }
 
 /// A question about limits: answered for features that cannot be used now as well.
@@ -47,7 +47,7 @@ auto Ask(NodeMapImpl& map, NodeId id, Function function) -> decltype(function(ma
     Node& node = map.At(id);
     auto value = function(node);
     if (!value)
-        return map.Named(node, value.Error());
+        return map.Failed(node, value.Error());
     return value;
 }
 

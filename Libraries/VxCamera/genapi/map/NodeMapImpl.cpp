@@ -253,6 +253,14 @@ VxResult NodeMapImpl::CheckWritable(Node& node)
     return node.Error(VxError::NotWritable, "it can only be read");
 }
 
+VxResult NodeMapImpl::Failed(const Node& node, const VxResult& result)
+{
+    // What a condition could not find out in time looks like a feature that is not available.
+    if (!result.IsOK() && m_context.IsLate())
+        return node.Error(VxError::Timeout, m_context.CheckDeadline().GetDescription().Narrow());
+    return Named(node, result);
+}
+
 VxResult NodeMapImpl::Named(const Node& node, const VxResult& result) const
 {
     const std::string& text = result.GetDescription().Narrow();

@@ -34,9 +34,9 @@ public:
     [[nodiscard]] VxResult CheckReadable(Node& node);
     [[nodiscard]] VxResult CheckWritable(Node& node);
 
-    /// Puts the name of the node that the user asked for in front of a description that begins with
-    /// another's.
-    [[nodiscard]] VxResult Named(const Node& node, const VxResult& result) const;
+    /// What the user is told of an operation on a node: TIMEOUT when it lasted too long, else the result as
+    /// it is, with the node's name in front of a description that begins with another's.
+    [[nodiscard]] VxResult Failed(const Node& node, const VxResult& result);
 
     void InvalidateAll();
     void AttachChunks(std::span<const Chunk> chunks);
@@ -52,6 +52,7 @@ public:
     NodeContext m_context;
 
 private:
+    [[nodiscard]] VxResult Named(const Node& node, const VxResult& result) const;
     void Build();
     void BuildNodes();
     void Register(Node& node);

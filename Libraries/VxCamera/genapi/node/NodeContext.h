@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace genapi {
@@ -37,7 +38,8 @@ enum class WordOrder : std::uint8_t {
 /// What all nodes of a map share.
 ///
 /// Reading a node may read others, as the description says; a hostile one says so without end. So an
-/// operation has a depth, which bounds the stack, and a budget, which bounds the time.
+/// operation has a depth, which bounds the stack, a budget, which bounds the time of evaluating, and, where a
+/// clock is given, a deadline, which bounds the time of asking the camera.
 ///
 /// Owner:  the map's implementation. Borrows the port and the listener.
 /// Thread: under the map's lock.
@@ -54,8 +56,15 @@ public:
     [[nodiscard]] IChangeListener& Listener() { return m_listener; }
     [[nodiscard]] WordOrder Order() const { return m_order; }
 
-    /// Starts an operation of a user with a fresh budget.
+    /// Starts an operation of a user with a fresh budget and a new deadline.
     void BeginOperation();
+
+    /// Looks at the clock before the camera is asked.
+    /// @return  TIMEOUT when the operation has lasted too long: nothing more may be asked for it
+    [[nodiscard]] VxResult CheckDeadline();
+
+    /// @return  whether CheckDeadline has refused something in the current operation
+    [[nodiscard]] bool IsLate() const { return m_isLate; }
 
     /// A number that changes with each operation and with each change of a value in it: what was found out
     /// under the same number still holds.
@@ -81,6 +90,8 @@ private:
     const IVxClock* const m_clock; // borrowed: outlives the map
     int m_depth = 0;
     std::size_t m_budget = 0;
+    std::optional<IVxClock::Time> m_deadline; // nothing without a clock
+    bool m_isLate = false;
     std::uint64_t m_epoch = 1;
     std::string_view m_lock; // borrowed from the description
 };

@@ -31,6 +31,8 @@ VxResult PortNode::ReadDevice(NodeContext& context, WideAddress address, std::sp
     context.Spend(kPortSteps);
     if (!IsInDevice(address, bytes.size()))
         return OutsideDevice();
+    if (const VxResult late = context.CheckDeadline(); !late.IsOK())
+        return late;
     return context.Device().Read(static_cast<std::uint64_t>(address), bytes);
 }
 
@@ -39,6 +41,8 @@ VxResult PortNode::WriteDevice(NodeContext& context, WideAddress address, std::s
     context.Spend(kPortSteps);
     if (!IsInDevice(address, bytes.size()))
         return OutsideDevice();
+    if (const VxResult late = context.CheckDeadline(); !late.IsOK())
+        return late;
     return context.Device().Write(static_cast<std::uint64_t>(address), bytes);
 }
 

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <random>
 
 namespace genapi {
@@ -149,6 +150,96 @@ TEST_F(HostileDescriptionTest, BoundsTheReadsOfOneOperation)
     EXPECT_EQ(port.reads, 500);
     EXPECT_FALSE(map->GetInteger(Id("B")));
     EXPECT_LE(port.reads, 500 + 2001);
+}
+
+/// A camera that takes half a second for each access.
+class SlowPort final : public IRegisterPort {
+public:
+    explicit SlowPort(FakeClock& clock) : m_clock(clock) {}
+
+    VxResult Read(std::uint64_t, std::span<std::byte> bytes) override
+    {
+        std::ranges::fill(bytes, std::byte{1});
+        return Take();
+    }
+    VxResult Write(std::uint64_t, std::span<const std::byte>) override { return Take(); }
+
+    int accesses = 0;
+
+private:
+    VxResult Take()
+    {
+        ++accesses;
+        m_clock.Advance(std::chrono::milliseconds(500));
+        return VxResult::Ok();
+    }
+
+    FakeClock& m_clock; // borrowed: outlives the port
+};
+
+/// "Sum" of 100 registers, "Few" of ten, "Locked" and "Copies" that need 100 as well.
+std::string ManyRegisters()
+{
+    std::string nodes;
+    std::string variables;
+    std::string copies;
+    std::string sum = "0";
+    std::string few = "0";
+    for (int i = 0; i < 100; ++i) {
+        const std::string name = "V" + std::to_string(i);
+        nodes +=
+            "<IntReg Name=\"" + name + "\"><Address>" + std::to_string(i) +
+            "</Address><Length>1</Length><AccessMode>RW</AccessMode><Cachable>NoCache</Cachable></IntReg>";
+        variables += "<pVariable Name=\"" + name + "\">" + name + "</pVariable>";
+        copies += "<pValueCopy>" + name + "</pValueCopy>";
+        sum += "+" + name;
+        few += i < 10 ? "+" + name : std::string();
+    }
+    const auto knife = [&](const std::string& name, const std::string& formula) {
+        return "<IntSwissKnife Name=\"" + name + "\">" + variables + "<Formula>" + formula +
+               "</Formula></IntSwissKnife>";
+    };
+    return nodes + knife("Sum", sum) + knife("Few", few) +
+           "<Integer Name=\"Locked\"><Value>1</Value><pIsAvailable>Sum</pIsAvailable></Integer>"
+           "<Integer Name=\"Copies\"><Value>0</Value>" +
+           copies + "</Integer>";
+}
+
+TEST_F(HostileDescriptionTest, EndsAnOperationThatAsksASlowCameraForTooLong)
+{
+    constexpr int kMostAccesses = 21; // ten seconds, and the one in which they pass
+    SlowPort slow(clock);
+    map = *NodeMap::Load(Describe(ManyRegisters()), slow, RegisterOrder::AsDescribed, &clock);
+
+    const auto sum = Integer("Sum");
+    EXPECT_EQ(CodeOf(sum), VxError::Timeout);
+    EXPECT_THAT(SentenceOf(sum), testing::StartsWith("Sum: the camera was asked for it for more than 10 s"));
+    EXPECT_EQ(slow.accesses, kMostAccesses);
+
+    EXPECT_EQ(ValueOf(Integer("Few")), 10); // a new operation has time of its own
+
+    slow.accesses = 0;
+    const VxResult set = SetInteger("Copies", 1);
+    EXPECT_EQ(CodeOf(set), VxError::Timeout);
+    EXPECT_THAT(SentenceOf(set), testing::StartsWith("Copies: "));
+    EXPECT_EQ(slow.accesses, kMostAccesses);
+}
+
+TEST_F(HostileDescriptionTest, SaysThatAConditionTookTooLong)
+{
+    SlowPort slow(clock);
+    map = *NodeMap::Load(Describe(ManyRegisters()), slow, RegisterOrder::AsDescribed, &clock);
+
+    EXPECT_EQ(CodeOf(SetInteger("Locked", 1)), VxError::Timeout);
+    EXPECT_THAT(SentenceOf(SetInteger("Locked", 1)), testing::StartsWith("Locked: "));
+}
+
+TEST_F(HostileDescriptionTest, CountsOnlyStepsWithoutAClock)
+{
+    SlowPort slow(clock);
+    map = *NodeMap::Load(Describe(ManyRegisters()), slow);
+
+    EXPECT_EQ(ValueOf(Integer("Sum")), 100);
 }
 
 TEST_F(HostileDescriptionTest, NamesEveryNodeThatItHadToGiveUp)
