@@ -154,6 +154,8 @@ private:
             FailUnknown(xml);
         if (!isSelect && xml.first_child())
             Fail(xml, "a feature has no content");
+        if (steps.size() >= kMaxSteps)
+            Fail(xml, "there are more than " + std::to_string(kMaxSteps) + " values");
         steps.push_back({isSelect ? ConfigurationStep::Kind::Select : ConfigurationStep::Kind::Feature, level,
                          Attribute(xml, "name").Narrow(), Attribute(xml, "value").Narrow()});
     }

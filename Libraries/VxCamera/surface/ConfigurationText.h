@@ -10,6 +10,10 @@
 
 namespace surface {
 
+/// Steps that one camera or receiver can have in a configuration. Chosen: ten times what a camera with many
+/// selectors needs; it bounds how long a text can keep a camera busy.
+constexpr std::size_t kMaxSteps = 25'000;
+
 /// One thing to do when a configuration is restored.
 struct ConfigurationStep {
     enum class Kind {

@@ -11,9 +11,10 @@ namespace {
 // Chosen: bounds time and text for descriptions that select without end. A selector with more values, an
 // index into a table for instance, is not walked, nor are more selectors at once: what they select is stored
 // for their present values.
-constexpr std::int64_t kMaxSelectorValues = 256;
+constexpr std::size_t kMaxSelectorValues = 256;
 constexpr std::size_t kMaxWalkedSelectors = 4;
-constexpr std::size_t kMaxSteps = 20'000;
+constexpr std::size_t kMaxAttempts = 20'000;
+static_assert(kMaxAttempts < kMaxSteps, "what is collected could not be restored");
 
 // Chosen: of one feature; cameras have two or three.
 constexpr std::size_t kMaxSelectors = 16;
@@ -68,6 +69,8 @@ void FeatureCollector::FindSelectors(genapi::NodeId feature, Nodes& path, Nodes&
         return std::find(nodes.begin(), nodes.end(), node) != nodes.end();
     };
     for (const genapi::NodeId selector : m_map.Selectors(feature)) {
+        if (found.size() >= kMaxSelectors) // or a net of selectors would be walked along each of its ways
+            return;
         // A node on the path selects itself by a detour.
         if (path.size() > kMaxSelectors || holds(path, selector) || holds(found, selector))
             continue;
@@ -86,6 +89,8 @@ void FeatureCollector::WalkSelector(const Group& group, std::size_t index, std::
         return;
     }
     const genapi::NodeId selector = group.selectors[index];
+    if (!MayTry(selector))
+        return;
     const auto before = m_map.ToText(selector);
     if (!before || !genapi::IsWritable(m_map.Access(selector))) { // nothing to choose
         WalkSelector(group, index + 1, level);
@@ -96,10 +101,13 @@ void FeatureCollector::WalkSelector(const Group& group, std::size_t index, std::
     if (values.empty())
         values.push_back(*before);
     for (const std::string& value : values) {
-        if (IsFull(selector))
+        if (!MayTry(selector))
             break;
-        if (!m_map.FromText(selector, value).IsOK())
+        if (const VxResult chosen = m_map.FromText(selector, value); !chosen.IsOK()) {
+            if (IsGone(chosen))
+                Note(selector, chosen);
             continue; // an entry that the camera does not take now selects nothing
+        }
         Add(ConfigurationStep::Kind::Select, level, selector, value);
         WalkSelector(group, index + 1, level + 1);
     }
@@ -108,37 +116,46 @@ void FeatureCollector::WalkSelector(const Group& group, std::size_t index, std::
     PutBack(selector, level, *before);
 }
 
-bool FeatureCollector::IsFull(genapi::NodeId next)
+bool FeatureCollector::MayTry(genapi::NodeId next)
 {
-    if (m_steps.size() < kMaxSteps)
+    if (m_isEnded)
         return false;
-    if (!std::exchange(m_isCut, true))
-        m_failures.Note(
-            m_map.Info(next).name,
-            VxResult(VxError::NotSupported, "from here on nothing was stored: there are more than " +
-                                                std::to_string(kMaxSteps) + " values"));
-    return true;
+    if (m_attempts < kMaxAttempts) {
+        ++m_attempts;
+        return true;
+    }
+    m_isEnded = true;
+    m_failures.Note(m_map.Info(next).name,
+                    VxResult(VxError::NotSupported, "from here on nothing was stored: there are more than " +
+                                                        std::to_string(kMaxAttempts) + " values"));
+    return false;
+}
+
+void FeatureCollector::Note(genapi::NodeId node, const VxResult& failure)
+{
+    m_failures.Note(m_map.Info(node).name, failure);
+    m_isEnded = m_isEnded || IsGone(failure);
 }
 
 void FeatureCollector::PutBack(genapi::NodeId selector, std::size_t level, const std::string& value)
 {
     if (const VxResult result = m_map.FromText(selector, value); !result.IsOK())
-        m_failures.Note(m_map.Info(selector).name, result);
+        Note(selector, result);
     Add(ConfigurationStep::Kind::Select, level, selector, value);
 }
 
 void FeatureCollector::Read(const Nodes& features, std::size_t level)
 {
     for (const genapi::NodeId feature : features) {
+        if (!MayTry(feature))
+            return;
         if (m_map.Access(feature) != genapi::AccessMode::ReadWrite)
             continue;
-        if (IsFull(feature))
-            return;
         m_failures.Count();
         if (auto value = m_map.ToText(feature))
             Add(ConfigurationStep::Kind::Feature, level, feature, *std::move(value));
         else
-            m_failures.Note(m_map.Info(feature).name, value.Error());
+            Note(feature, value.Error());
     }
 }
 
@@ -159,6 +176,8 @@ std::vector<std::string> FeatureCollector::ValuesOf(genapi::NodeId selector)
 std::vector<std::string> FeatureCollector::EntriesOf(genapi::NodeId selector)
 {
     std::vector<std::string> values;
+    if (m_map.Entries(selector).size() > kMaxSelectorValues)
+        return values;
     for (const genapi::NodeId entry : m_map.Entries(selector))
         if (genapi::IsAvailable(m_map.Access(entry)))
             values.emplace_back(m_map.EntryName(entry));
@@ -175,7 +194,7 @@ std::vector<std::string> FeatureCollector::NumbersOf(genapi::NodeId selector)
     const std::uint64_t steps =
         (static_cast<std::uint64_t>(limits->maximum) - static_cast<std::uint64_t>(limits->minimum)) /
         static_cast<std::uint64_t>(limits->increment);
-    if (steps >= static_cast<std::uint64_t>(kMaxSelectorValues))
+    if (steps >= kMaxSelectorValues)
         return values;
     for (std::int64_t i = 0; i <= static_cast<std::int64_t>(steps); ++i)
         values.push_back(std::to_string(limits->minimum + i * limits->increment));

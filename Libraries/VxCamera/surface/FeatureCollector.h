@@ -37,8 +37,11 @@ private:
     void FindSelectors(genapi::NodeId feature, Nodes& path, Nodes& found) const;
     void WalkSelector(const Group& group, std::size_t index, std::size_t level);
     void Read(const Nodes& features, std::size_t level);
-    /// @param next  what would be stored
-    [[nodiscard]] bool IsFull(genapi::NodeId next);
+    /// Counts what is tried, whether it gives a value or not: what refuses costs time as well.
+    /// @param next  what would be tried
+    /// @return  false when there was enough; then nothing more is tried
+    [[nodiscard]] bool MayTry(genapi::NodeId next);
+    void Note(genapi::NodeId node, const VxResult& failure);
     /// @return  nothing for a selector whose values cannot be listed
     [[nodiscard]] std::vector<std::string> ValuesOf(genapi::NodeId selector);
     [[nodiscard]] std::vector<std::string> EntriesOf(genapi::NodeId selector);
@@ -49,7 +52,8 @@ private:
     genapi::NodeMap& m_map; // borrowed: outlives the call
     std::vector<ConfigurationStep> m_steps;
     FeatureFailures m_failures;
-    bool m_isCut = false; // there was more than can be stored
+    std::size_t m_attempts = 0;
+    bool m_isEnded = false; // there was more than can be stored, or the camera is gone
 };
 
 } // namespace surface

@@ -11,6 +11,11 @@ constexpr std::size_t kMaxShown = 20;
 
 } // namespace
 
+bool IsGone(const VxResult& failure)
+{
+    return failure.Code() == VxError::LinkLost || failure.Code() == VxError::NotConnected;
+}
+
 void FeatureFailures::Note(std::string_view feature, const VxResult& result)
 {
     const std::string& text = result.GetDescription().Narrow();

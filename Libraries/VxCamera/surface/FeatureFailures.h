@@ -9,6 +9,10 @@
 
 namespace surface {
 
+/// @return  whether a failure means that the camera is gone, so that asking on would only cost time.
+///          ACCESS_DENIED is none of those: cameras answer so for one feature that they refuse.
+[[nodiscard]] bool IsGone(const VxResult& failure);
+
 /// What went wrong with which of many features, and one sentence about all of it.
 ///
 /// Owner:  FeatureCollector, FeatureRestorer, by value.

@@ -41,6 +41,8 @@ bool FeatureRestorer::Round()
             continue;
         }
         const Outcome outcome = Apply(step);
+        if (outcome == Outcome::Gone)
+            return false;
         if (isSelect && outcome == Outcome::Refused)
             lost = &step;
         hasWritten = hasWritten || (!isSelect && outcome == Outcome::Written);
@@ -62,7 +64,7 @@ auto FeatureRestorer::Apply(const ConfigurationStep& step) -> Outcome
     if (result.IsOK())
         return Outcome::Written;
     m_failures.Note(step.name, result);
-    return Outcome::Refused;
+    return IsGone(result) ? Outcome::Gone : Outcome::Refused;
 }
 
 } // namespace surface

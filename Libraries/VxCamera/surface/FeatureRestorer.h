@@ -24,9 +24,14 @@ public:
     [[nodiscard]] VxResult Restore();
 
 private:
-    enum class Outcome { Unchanged, Written, Refused };
+    enum class Outcome {
+        Unchanged,
+        Written,
+        Refused,
+        Gone, ///< the camera is; no further step is tried
+    };
 
-    /// @return  whether a feature was written
+    /// @return  whether a feature was written, so that another round may help
     bool Round();
     [[nodiscard]] Outcome Apply(const ConfigurationStep& step);
 

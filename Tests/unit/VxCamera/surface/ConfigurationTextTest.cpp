@@ -324,20 +324,39 @@ TEST(ConfigurationTextTest, ShowsNoMoreThanTheBeginningOfAnUnknownName)
     EXPECT_LT(damaged.Error().GetDescription().GetLength(), 150u);
 }
 
-TEST(ConfigurationTextTest, SurvivesDeepNesting)
+/// Selectors inside of each other.
+std::string Nested(std::size_t depth)
 {
     std::string text = "<VxConfiguration version=\"1\"><Device name=\"\">";
-    for (int i = 0; i < 100000; ++i)
+    for (std::size_t i = 0; i < depth; ++i)
         text += "<Select name=\"S\" value=\"1\">";
-    for (int i = 0; i < 100000; ++i)
+    for (std::size_t i = 0; i < depth; ++i)
         text += "</Select>";
+    return text + "</Device></VxConfiguration>";
+}
 
-    const auto read = ReadConfiguration(text + "</Device></VxConfiguration>");
+TEST(ConfigurationTextTest, SurvivesDeepNesting)
+{
+    const auto read = ReadConfiguration(Nested(kMaxSteps));
 
     ASSERT_TRUE(read);
     ASSERT_EQ(read->devices.size(), 1u);
-    ASSERT_EQ(read->devices[0].steps.size(), 100000u);
-    EXPECT_EQ(read->devices[0].steps.back().level, 99999u);
+    ASSERT_EQ(read->devices[0].steps.size(), kMaxSteps);
+    EXPECT_EQ(read->devices[0].steps.back().level, kMaxSteps - 1);
+}
+
+TEST(ConfigurationTextTest, RefusesMoreStepsThanACameraCanHave)
+{
+    const auto nested = ReadConfiguration(Nested(100'000));
+    Configuration flat;
+    flat.streams.push_back({"s", std::vector(kMaxSteps + 1, Feature(0, "W", "1"))});
+
+    ASSERT_FALSE(nested);
+    EXPECT_EQ(nested.Error().Code(), VxError::InvalidData);
+    EXPECT_THAT(nested.Error().GetDescription().Narrow(), testing::HasSubstr("more than 25000 values"));
+    EXPECT_FALSE(ReadConfiguration(WriteConfiguration(flat)));
+    flat.streams[0].steps.pop_back();
+    EXPECT_TRUE(ReadConfiguration(WriteConfiguration(flat)));
 }
 
 TEST(ConfigurationTextTest, SurvivesRandomDamage)

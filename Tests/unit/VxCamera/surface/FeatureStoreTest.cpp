@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "VxCamera/surface/ListedCommand.h"
 #include "VxCamera/surface/ListedInteger.h"
 #include "VxCamera/surface/NodeParameterArray.h"
@@ -352,6 +354,121 @@ TEST_F(FeatureStoreTest, BoundsWhatSelectorsMultiply)
 
     EXPECT_LE(collected.steps.size(), 20100u);
     EXPECT_THAT(collected.result.GetDescription().Narrow(), HasSubstr("more than 20000 values"));
+}
+
+/// Registers that can be read and refuse to be written.
+class RefusingPort final : public genapi::IRegisterPort {
+public:
+    VxResult Read(std::uint64_t, std::span<std::byte> bytes) override
+    {
+        std::ranges::fill(bytes, std::byte{0});
+        return VxResult::Ok();
+    }
+    VxResult Write(std::uint64_t, std::span<const std::byte>) override
+    {
+        ++writes;
+        return VxResult(VxError::CameraError, "refused");
+    }
+
+    int writes = 0;
+};
+
+TEST_F(FeatureStoreTest, BoundsTheSelectorValuesThatAreRefused)
+{
+    std::string nodes = "<Category Name=\"Root\"><pFeature>V</pFeature></Category>";
+    for (const char* name : {"A", "B", "C"})
+        nodes += "<Integer Name=\"" + std::string(name) +
+                 "\"><Value>0</Value><Min>0</Min><Max>255</Max><pSelected>V</pSelected></Integer>";
+    nodes += "<Integer Name=\"Refused\"><pValue>R</pValue><Min>0</Min><Max>255</Max><pSelected>V</pSelected>"
+             "</Integer><IntReg Name=\"R\"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+             "</IntReg><Integer Name=\"V\"><Value>5</Value><Streamable>Yes</Streamable></Integer>";
+    RefusingPort refusing;
+    array = NodeParameterArray::Create(*genapi::NodeMap::Load(Describe(nodes), refusing));
+
+    const auto collected = CollectFeatures(*array);
+
+    EXPECT_GT(refusing.writes, 10'000);
+    EXPECT_LE(refusing.writes, 20'001);
+    EXPECT_FALSE(collected.result.IsOK());
+    array.reset(); // before its port
+}
+
+TEST_F(FeatureStoreTest, StoresWhatASelectorWithVeryManyEntriesSelectsForItsPresentOneOnly)
+{
+    std::string entries;
+    for (int i = 0; i < 300; ++i)
+        entries += "<EnumEntry Name=\"E" + std::to_string(i) + "\"><Value>" + std::to_string(i) +
+                   "</Value></EnumEntry>";
+    Load("<Category Name=\"Root\"><pFeature>V</pFeature></Category><Enumeration Name=\"S\">" + entries +
+         "<Value>7</Value><pSelected>V</pSelected></Enumeration>"
+         "<Integer Name=\"V\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
+
+    EXPECT_EQ(Collected(), "S S=E7\n.F V=5\nS S=E7\n");
+}
+
+TEST_F(FeatureStoreTest, EndsNetsOfSelectorsInBoundedTime)
+{
+    // 16 layers of 8 selectors, each of which selects all of the next layer: 8 to the 16th ways.
+    std::string nodes = "<Category Name=\"Root\"><pFeature>V</pFeature></Category>"
+                        "<Integer Name=\"V\"><Value>5</Value><Streamable>Yes</Streamable></Integer>";
+    constexpr int kLayers = 16;
+    constexpr int kWidth = 8;
+    const auto name = [](int layer, int i) { return "S" + std::to_string(layer * kWidth + i); };
+    for (int layer = 0; layer < kLayers; ++layer)
+        for (int i = 0; i < kWidth; ++i) {
+            nodes += "<Boolean Name=\"" + name(layer, i) + "\"><Value>true</Value>";
+            for (int j = 0; layer > 0 && j < kWidth; ++j)
+                nodes += "<pSelected>" + name(layer - 1, j) + "</pSelected>";
+            nodes += std::string(layer == 0 ? "<pSelected>V</pSelected>" : "") + "</Boolean>";
+        }
+    Load(nodes);
+
+    EXPECT_THAT(Collected(), HasSubstr("F V=5\n"));
+}
+
+/// Five registers, each a feature.
+std::string FiveRegisters()
+{
+    std::string tree;
+    std::string nodes;
+    for (const char* name : {"A", "B", "C", "D", "E"}) {
+        tree += "<pFeature>" + std::string(name) + "</pFeature>";
+        nodes += "<IntReg Name=\"" + std::string(name) +
+                 "\"><Streamable>Yes</Streamable><Address>0</Address><Length>4</Length>"
+                 "<AccessMode>RW</AccessMode></IntReg>";
+    }
+    return "<Category Name=\"Root\">" + tree + "</Category>" + nodes;
+}
+
+TEST_F(FeatureStoreTest, EndsWhenTheCameraIsGone)
+{
+    Load(FiveRegisters());
+    const auto steps = CollectFeatures(*array).steps;
+    ASSERT_EQ(steps.size(), 5u);
+    for (const VxError gone : {VxError::LinkLost, VxError::NotConnected}) {
+        Load(FiveRegisters());
+        port.failure = VxResult(gone, "it is gone");
+        port.reads = 0;
+        port.writes = 0;
+
+        EXPECT_EQ(RestoreFeatures(*array, steps).Code(), gone);
+        EXPECT_EQ(port.writes, 1);
+        port.reads = 0;
+        EXPECT_EQ(CollectFeatures(*array).result.Code(), gone);
+        EXPECT_EQ(port.reads, 1);
+        port.failure.reset();
+    }
+}
+
+TEST_F(FeatureStoreTest, GoesOnWhenTheCameraDeniesAccessToOneFeature)
+{
+    Load(FiveRegisters());
+    const auto steps = CollectFeatures(*array).steps;
+    Load(FiveRegisters());
+    port.failure = VxResult(VxError::AccessDenied, "not now");
+
+    EXPECT_EQ(RestoreFeatures(*array, steps).Code(), VxError::AccessDenied);
+    EXPECT_EQ(port.writes, 5);
 }
 
 TEST_F(FeatureStoreTest, HasNothingToDoWithoutAMap)
