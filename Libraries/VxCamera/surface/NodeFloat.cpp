@@ -30,4 +30,12 @@ VxResult NodeFloat::GetMax(double& maximum) const
     return result;
 }
 
+VxResult NodeFloat::GetUnit(VxString& unit) const
+{
+    return NoThrow([&] {
+        unit = Unit();
+        return VxResult::Ok();
+    });
+}
+
 } // namespace surface

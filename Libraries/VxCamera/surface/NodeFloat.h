@@ -16,6 +16,7 @@ public:
     VxResult SetValue(double value) override;
     VxResult GetMin(double& minimum) const override;
     VxResult GetMax(double& maximum) const override;
+    VxResult GetUnit(VxString& unit) const override;
 };
 
 } // namespace surface

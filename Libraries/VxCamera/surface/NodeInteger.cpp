@@ -39,4 +39,12 @@ VxResult NodeInteger::GetIncrement(std::int64_t& increment) const
     return result;
 }
 
+VxResult NodeInteger::GetUnit(VxString& unit) const
+{
+    return NoThrow([&] {
+        unit = Unit();
+        return VxResult::Ok();
+    });
+}
+
 } // namespace surface

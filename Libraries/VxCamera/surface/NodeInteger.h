@@ -17,6 +17,7 @@ public:
     VxResult GetMin(std::int64_t& minimum) const override;
     VxResult GetMax(std::int64_t& maximum) const override;
     VxResult GetIncrement(std::int64_t& increment) const override;
+    VxResult GetUnit(VxString& unit) const override;
 };
 
 } // namespace surface

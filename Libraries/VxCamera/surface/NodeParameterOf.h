@@ -54,6 +54,8 @@ public:
     }
 
 protected:
+    /// @return  of a number; "" for none
+    [[nodiscard]] VxString Unit() const { return VxString(m_map.Info(m_node).unit); }
     [[nodiscard]] genapi::NodeMap& Map() const { return m_map; }
     [[nodiscard]] genapi::NodeId Node() const { return m_node; }
 

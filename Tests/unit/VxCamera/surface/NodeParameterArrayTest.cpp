@@ -30,9 +30,10 @@ protected:
                 "pFeature><pFeature>Table</pFeature>"
                 "</Category>"
                 "<Integer Name=\"Top\"><Value>1</Value><Visibility>Guru</Visibility></Integer>"
-                "<Integer Name=\"Width\"><Value>640</Value><Min>16</Min><Max>1024</Max><Inc>8</Inc>"
+                "<Integer "
+                "Name=\"Width\"><Value>640</Value><Min>16</Min><Max>1024</Max><Inc>8</Inc><Unit>px</Unit>"
                 "<Visibility>Expert</Visibility></Integer>"
-                "<Float Name=\"Gain\"><Value>0.5</Value><Min>0</Min><Max>2</Max></Float>"
+                "<Float Name=\"Gain\"><Value>0.5</Value><Min>0</Min><Max>2</Max><Unit>dB</Unit></Float>"
                 "<Boolean Name=\"Flip\"><Value>false</Value></Boolean>"
                 "<Enumeration Name=\"Mode\"><EnumEntry Name=\"Off\"><Value>0</Value></EnumEntry>"
                 "<EnumEntry Name=\"On\"><Value>5</Value><pIsAvailable>Top</pIsAvailable></EnumEntry>"
@@ -67,6 +68,21 @@ protected:
     FakeRegisterPort port;
     std::unique_ptr<NodeParameterArray> array;
 };
+
+TEST_F(NodeParameterArrayTest, NumbersTellTheirUnits)
+{
+    VxString width;
+    VxString gain;
+    VxString none("as before");
+
+    EXPECT_TRUE(Get<VxGenInteger>("Width").GetUnit(width).IsOK());
+    EXPECT_TRUE(Get<VxGenFloat>("Gain").GetUnit(gain).IsOK());
+    EXPECT_TRUE(Get<VxGenInteger>("Top").GetUnit(none).IsOK());
+
+    EXPECT_EQ(width.Narrow(), "px");
+    EXPECT_EQ(gain.Narrow(), "dB");
+    EXPECT_EQ(none.Narrow(), "");
+}
 
 TEST_F(NodeParameterArrayTest, ListsFeaturesInTheOrderOfTheTree)
 {
