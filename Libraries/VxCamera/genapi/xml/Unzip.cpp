@@ -70,14 +70,22 @@ bool TakeMark(VxByteReader& in, std::string_view mark)
     return TextOf(in.Bytes(mark.size())) == mark;
 }
 
-/// The bytes of the directory's entries, found by the record that ends the archive:
+/// Where the directory is.
+struct Directory {
+    std::string_view bytes; ///< of its entries
+    std::size_t base = 0;   ///< of the archive: what offsets count from
+};
+
+/// The directory, found by the record that ends the archive. It ends where that record begins, so that
+/// whatever a camera has put before the archive can be told; only an archive that begins at the first byte
+/// can have more between the two:
 ///
 ///   offset  bytes  field         (little endian)
 ///        0      4  mark
 ///       12      4  bytes of the directory
 ///       16      4  offset of the directory
 ///       22         comment, and whatever the camera has left behind the archive
-std::optional<std::string_view> FindDirectory(std::string_view archive)
+std::optional<Directory> FindDirectory(std::string_view archive)
 {
     constexpr std::size_t kBetweenMarkAndSize = 8;
     constexpr std::size_t kCommentLengthBytes = 2;
@@ -85,12 +93,15 @@ std::optional<std::string_view> FindDirectory(std::string_view archive)
     for (; end != std::string_view::npos; end = end == 0 ? end - 1 : archive.rfind(kEndMark, end - 1)) {
         VxByteReader in = ReaderAt(archive, end + kEndMark.size());
         in.Skip(kBetweenMarkAndSize);
-        const std::uint32_t size = in.U32le();
-        const std::uint32_t offset = in.U32le();
+        const std::uint64_t size = in.U32le();
+        const std::uint64_t offset = in.U32le();
         in.Skip(kCommentLengthBytes);
         // What only looks like the mark stands in a comment or in remains.
-        if (in.Ok() && offset <= end && size <= end - offset)
-            return archive.substr(offset, size);
+        if (!in.Ok() || size + offset > end)
+            continue;
+        const bool isAtItsOffset = archive.substr(offset).starts_with(kEntryMark);
+        const std::size_t base = isAtItsOffset ? 0 : end - static_cast<std::size_t>(size + offset);
+        return Directory{archive.substr(base + offset, size), base};
     }
     return std::nullopt;
 }
@@ -168,10 +179,11 @@ VxExpected<Entry> ChooseEntry(std::string_view directory)
 ///       26      2  bytes of the name
 ///       28      2  bytes of further fields
 ///       30         name, further fields, packed file
-std::optional<std::string_view> FindPacked(std::string_view archive, const Entry& entry)
+/// @param base  what the entry's offset counts from
+std::optional<std::string_view> FindPacked(std::string_view archive, std::size_t base, const Entry& entry)
 {
     constexpr std::size_t kBetweenMarkAndLengths = 22;
-    VxByteReader in = ReaderAt(archive, entry.headerOffset);
+    VxByteReader in = ReaderAt(archive, base + entry.headerOffset);
     if (!TakeMark(in, kFileMark))
         return std::nullopt;
     in.Skip(kBetweenMarkAndLengths);
@@ -251,7 +263,16 @@ VxExpected<std::string> Unpack(std::string_view packed, const Entry& entry)
 
 bool IsZipArchive(std::string_view bytes)
 {
-    return bytes.starts_with(kFileMark);
+    if (bytes.starts_with(kFileMark))
+        return true;
+    // A text in any encoding begins with a "<" behind blanks, zeros and byte order marks; an archive that is
+    // left behind one is not meant.
+    constexpr std::string_view kBeforeText("\0 \t\r\n\xEF\xBB\xBF\xFF\xFE", 10);
+    const std::size_t first = bytes.find_first_not_of(kBeforeText);
+    if (first == std::string_view::npos || bytes[first] == '<')
+        return false;
+    const auto directory = FindDirectory(bytes);
+    return directory && directory->bytes.starts_with(kEntryMark);
 }
 
 VxExpected<std::string> Unzip(std::string_view archive)
@@ -259,7 +280,7 @@ VxExpected<std::string> Unzip(std::string_view archive)
     const auto directory = FindDirectory(archive);
     if (!directory)
         return Damaged("its end is missing");
-    const auto entry = ChooseEntry(*directory);
+    const auto entry = ChooseEntry(directory->bytes);
     if (!entry)
         return entry.Error();
     if ((entry->flags & kEncryptedFlag) != 0)
@@ -274,7 +295,7 @@ VxExpected<std::string> Unzip(std::string_view archive)
                                                   std::to_string(entry->unpackedBytes) +
                                                   " bytes when it is unpacked; at most " +
                                                   std::to_string(kMaxUnpackedBytes) + " are accepted");
-    const auto packed = FindPacked(archive, *entry);
+    const auto packed = FindPacked(archive, directory->base, *entry);
     if (!packed)
         return Damaged("its file is not where the directory says");
     auto unpacked = Unpack(*packed, *entry);

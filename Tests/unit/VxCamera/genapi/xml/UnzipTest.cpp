@@ -87,6 +87,43 @@ TEST(UnzipTest, IgnoresRemainsBehindTheArchive)
               kForeignText);
 }
 
+TEST(UnzipTest, FindsAnArchiveBehindOtherBytes)
+{
+    for (const std::string& junk :
+         {std::string(1, '\0'), std::string(700, '\xA5'), std::string("PK\x01\x02 junk"),
+          std::string("PK\x05\x06 and more than a directory's end has")}) {
+        const std::string file = junk + ForeignArchive() + std::string(10, '\0');
+        EXPECT_TRUE(IsZipArchive(file)) << junk.size();
+        EXPECT_EQ(ValueOf(Unzip(file)), kForeignText) << junk.size();
+    }
+}
+
+TEST(UnzipTest, TakesATextWithAnArchiveBehindItForAText)
+{
+    EXPECT_FALSE(IsZipArchive("<?xml version=\"1.0\"?><a/>" + ForeignArchive()));
+    EXPECT_FALSE(IsZipArchive("\xEF\xBB\xBF\r\n<a/>" + ForeignArchive()));
+    EXPECT_FALSE(IsZipArchive(std::string("\xFE\xFF\0<\0a", 6) + ForeignArchive()));
+}
+
+TEST(UnzipTest, TakesWhatStandsBetweenDirectoryAndEnd)
+{
+    std::string archive = ForeignArchive();
+    archive.insert(archive.rfind("PK\x05\x06"), "a signature of the directory");
+
+    EXPECT_EQ(ValueOf(Unzip(archive)), kForeignText);
+}
+
+TEST(UnzipTest, RefusesADirectoryThatIsLargerThanWhatIsBeforeItsEnd)
+{
+    constexpr std::size_t kEnd = 114;
+    for (const std::size_t field : {kEnd + 12, kEnd + 16}) {
+        std::string archive = ForeignArchive();
+        archive.replace(field, 4, "\xFF\xFF\xFF\xFF");
+        EXPECT_EQ(CodeOf(Unzip("junk" + archive)), VxError::InvalidData) << field;
+        EXPECT_FALSE(IsZipArchive("junk" + archive)) << field;
+    }
+}
+
 TEST(UnzipTest, RefusesEveryTruncation)
 {
     const std::string archive = ForeignArchive();
