@@ -2,6 +2,7 @@
 
 #include "BaseClasses/CClassFactory.h"
 #include "BaseClasses/CFactoryTemplate.h"
+#include "VxBase/VxProcessEnd.h"
 #include "VxBase/VxRunningThread.h"
 
 #include <algorithm>
@@ -56,7 +57,7 @@ STDAPI DllCanUnloadNow()
 }
 
 // Runs under the loader's lock: no COM, no threads, no other modules.
-extern "C" BOOL WINAPI DllEntryPoint(HINSTANCE instance, ULONG reason, LPVOID /*reserved*/)
+extern "C" BOOL WINAPI DllEntryPoint(HINSTANCE instance, ULONG reason, LPVOID reserved)
 {
     switch (reason) {
     case DLL_PROCESS_ATTACH:
@@ -69,6 +70,8 @@ extern "C" BOOL WINAPI DllEntryPoint(HINSTANCE instance, ULONG reason, LPVOID /*
         TellClasses(TRUE);
         break;
     case DLL_PROCESS_DETACH:
+        if (reserved != nullptr) // not unloaded: the process ends
+            VxProcessEnd::Begin();
         TellClasses(FALSE);
         break;
     default:
