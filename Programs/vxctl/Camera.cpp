@@ -36,6 +36,19 @@ Failure ConnectFailure(const std::string& camera, const VxResult& result)
                                   Printable(result.GetDescription().Narrow()) + RemedyFor(result.Code())};
 }
 
+/// How the camera's features are read, where its description is wrong about it.
+VxResult MendReading(VxGenParameterArray& link, const Request& request)
+{
+    VxGenParameter* const order = link.Get(VxString("RegisterByteOrder"));
+    VxGenParameter* const caching = link.Get(VxString("FeatureCaching"));
+    if (order == nullptr || caching == nullptr)
+        return VxResult(VxError::NotSupported, "the link to this camera does not offer it");
+    if (request.registers)
+        if (VxResult set = order->FromString(VxString(*request.registers)); !set.IsOK())
+            return set;
+    return caching->FromString(VxString(request.isCaching ? "true" : "false"));
+}
+
 } // namespace
 
 std::optional<Failure> Camera::Connect(const Request& request)
@@ -59,6 +72,8 @@ std::optional<Failure> Camera::Connect(const Request& request)
         if (m_device == nullptr || !result.IsOK())
             return ConnectFailure(request.camera, result);
     }
+    if (const VxResult set = MendReading(*m_device->GetCommunicationParameters(), request); !set.IsOK())
+        return FailureOf("--registers, --no-cache", set);
     m_features =
         request.subject == Subject::Link ? m_device->GetCommunicationParameters() : m_device->GetParameters();
     return std::nullopt;

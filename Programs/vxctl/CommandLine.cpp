@@ -40,11 +40,18 @@ constexpr const char* kFooter =
 constexpr const char* kCameraHelp = "MAC address, IP address, serial number or user-defined name";
 constexpr const char* kXmlHelp = "Use this description (XML) instead of the camera's own";
 
+constexpr const char* kRegistersHelp =
+    "Byte order of registers of 4 bytes, for a camera whose values look swapped: auto (big-endian with an "
+    "old description), described (as the description says) or big";
+constexpr const char* kNoCacheHelp =
+    "Ask the camera for every value, for a camera that shows values from before";
+
 /// What is typed, before it is checked and brought into a Request.
 struct Raw {
     Request request;
     std::vector<std::string> assignments;
     std::string visibility = "guru";
+    std::string registers;
     std::string address;
     std::string mask = "255.255.255.0";
     std::string gateway = "0.0.0.0";
@@ -52,6 +59,7 @@ struct Raw {
     std::uint32_t commandPatienceMs = kCommandPatienceMs;
     bool isJson = false;
     bool isLink = false;
+    bool isUncached = false;
 };
 
 /// Wrong in a way that the parser does not see.
@@ -71,6 +79,8 @@ void AddCamera(CLI::App& command, Raw& raw)
 {
     command.add_option("camera", raw.request.camera, kCameraHelp)->required()->type_name("CAMERA");
     command.add_option("--xml", raw.request.xml, kXmlHelp)->type_name("FILE");
+    command.add_option("--registers", raw.registers, kRegistersHelp)->type_name("auto|described|big");
+    command.add_flag("--no-cache", raw.isUncached, kNoCacheHelp);
 }
 
 void AddJson(CLI::App& command, Raw& raw)
@@ -201,6 +211,19 @@ VxGenVisibility VisibilityFrom(const std::string& text)
     throw WrongUse("'" + text + "' is no visibility: choose beginner, expert, guru or invisible");
 }
 
+/// @return  as the link's feature RegisterByteOrder has it; nothing when nothing was typed
+std::optional<std::string> RegistersFrom(const std::string& text)
+{
+    constexpr std::array kOrders{std::pair{"auto", "Automatic"}, std::pair{"described", "AsDescribed"},
+                                 std::pair{"big", "BigEndian"}};
+    if (text.empty())
+        return std::nullopt;
+    for (const auto& [name, order] : kOrders)
+        if (CLI::detail::to_lower(text) == name)
+            return order;
+    throw WrongUse("'" + text + "' is no order of registers: choose auto, described or big");
+}
+
 std::vector<Assignment> AssignmentsFrom(const std::vector<std::string>& texts)
 {
     std::vector<Assignment> assignments;
@@ -218,6 +241,8 @@ Request Understand(const Raw& raw)
     Request request = raw.request;
     request.form = raw.isJson ? Form::Json : Form::Text;
     request.subject = raw.isLink ? Subject::Link : Subject::Camera;
+    request.registers = RegistersFrom(raw.registers);
+    request.isCaching = !raw.isUncached;
     request.visibility = VisibilityFrom(raw.visibility);
     request.assignments = AssignmentsFrom(raw.assignments);
     request.patience =

@@ -41,9 +41,11 @@ struct ForcedAddress {
 struct Request {
     Action action = Action::List;
     Form form = Form::Text;
-    std::string camera;             ///< MAC address, IP address, serial number or user-defined name
-    std::string file;               ///< for a configuration; "-" stands for the standard streams
-    std::optional<std::string> xml; ///< file with a description to use instead of the camera's own
+    std::string camera;                   ///< MAC address, IP address, serial number or user-defined name
+    std::string file;                     ///< for a configuration; "-" stands for the standard streams
+    std::optional<std::string> xml;       ///< file with a description to use instead of the camera's own
+    std::optional<std::string> registers; ///< value of the link's feature RegisterByteOrder
+    bool isCaching = true;                ///< else every read asks the camera
     Subject subject = Subject::Camera;
     VxGenVisibility visibility = VxGenVisibility::Guru; ///< show features up to this level
     std::vector<std::string> names;                     ///< of features

@@ -9,6 +9,7 @@
 #include <array>
 #include <chrono>
 #include <span>
+#include <string_view>
 
 namespace control {
 
@@ -35,6 +36,19 @@ constexpr std::uint64_t kAddressSpaceBytes = std::uint64_t{1} << 32;
 // Fixed by the zip format: the first bytes of an archive.
 constexpr std::string_view kZipSignature = "PK\x03\x04";
 
+/// @param file  its beginning, or all of it
+bool IsArchive(std::string_view file, std::string_view name)
+{
+    constexpr std::string_view kSuffix = ".zip";
+    const auto isSame = [](char c, char lower) {
+        return (c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c) == lower;
+    };
+    const bool isNamedSo = name.size() >= kSuffix.size() &&
+                           std::ranges::equal(name.substr(name.size() - kSuffix.size()), kSuffix, isSame);
+    // Some cameras have other bytes before an archive, and some name a text so.
+    return file.starts_with(kZipSignature) || (isNamedSo && !file.starts_with('<'));
+}
+
 bool IsRefusal(const VxResult& result)
 {
     return result.Code() == VxError::CameraError || result.Code() == VxError::AccessDenied ||
@@ -43,16 +57,26 @@ bool IsRefusal(const VxResult& result)
 
 } // namespace
 
-VxExpected<std::string> DescriptionLoader::Load()
+VxExpected<std::string> DescriptionLoader::Load(const Use& use)
 {
-    auto first = LoadFrom(bootstrap::kFirstUrl);
+    auto first = LoadUsable(bootstrap::kFirstUrl, use);
     if (first)
         return first;
     const VxError code = first.Error().Code();
     if (code == VxError::Timeout || code == VxError::LinkLost || code == VxError::NetworkError)
         return first; // the second would end the same way, later
-    auto second = LoadFrom(bootstrap::kSecondUrl);
+    auto second = LoadUsable(bootstrap::kSecondUrl, use);
     return second ? second : first;
+}
+
+VxExpected<std::string> DescriptionLoader::LoadUsable(std::uint32_t urlRegister, const Use& use)
+{
+    auto file = LoadFrom(urlRegister);
+    if (!file || !use)
+        return file;
+    if (VxResult used = use(*file); !used.IsOK())
+        return used;
+    return file;
 }
 
 VxExpected<std::string> DescriptionLoader::LoadFrom(std::uint32_t urlRegister)
@@ -102,11 +126,11 @@ VxExpected<std::string> DescriptionLoader::ReadFile(const DescriptionUrl& url)
             continue;
         }
         file.append(wanted.data(), wanted.size());
-        const bool isText = !file.starts_with(kZipSignature);
+        const bool isText = !IsArchive(file, url.name);
         if (!isLengthKnown && isText && std::ranges::find(wanted, '\0') != wanted.end())
             break;
     }
-    if (!file.starts_with(kZipSignature)) // an archive may end with zeros, and finds its end by itself
+    if (!IsArchive(file, url.name)) // an archive may end with zeros, and finds its end by itself
         file.erase(file.find_last_not_of('\0') + 1); // cameras fill the end
     if (file.empty())
         return Named(VxError::InvalidData, "its description \"" + url.name + "\" is empty");

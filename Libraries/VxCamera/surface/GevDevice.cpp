@@ -1,6 +1,5 @@
 #include "VxCamera/surface/GevDevice.h"
 
-#include <limits>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -11,6 +10,7 @@
 #include "VxCamera/control/StreamChannel.h"
 #include "VxCamera/surface/KnownDescriptions.h"
 #include "VxCamera/surface/NoThrow.h"
+#include "VxCamera/surface/PayloadSize.h"
 
 namespace {
 
@@ -26,7 +26,6 @@ constexpr milliseconds kDisconnectTime{2000};
 
 // Fixed by the naming convention of camera features.
 constexpr const char* kLockFeature = "TLParamsLocked";
-constexpr const char* kPayloadFeature = "PayloadSize";
 
 /// Adds which camera it is, where the failure does not tell: a description is read without knowing whose it
 /// is.
@@ -80,14 +79,18 @@ VxResult GevDevice::TakeControl(const control::FoundCamera& found)
 
 VxResult GevDevice::LoadFeatures(const std::string& ownFile)
 {
-    const auto file = ownFile.empty() ? control::DescriptionLoader(m_session->Client()).Load()
-                                      : VxExpected<std::string>(ownFile);
-    if (!file)
-        return file.Error();
-    auto description = KnownDescriptions().Get(*file);
-    if (!description)
-        return description.Error();
-    auto map = genapi::NodeMap::Create(*std::move(description), *m_session,
+    std::shared_ptr<const genapi::Description> description;
+    const auto use = [&](const std::string& file) {
+        auto read = KnownDescriptions().Get(file);
+        if (read)
+            description = *std::move(read);
+        return read ? VxResult::Ok() : read.Error();
+    };
+    const VxResult used =
+        ownFile.empty() ? control::DescriptionLoader(m_session->Client()).Load(use).Result() : use(ownFile);
+    if (!used.IsOK())
+        return used;
+    auto map = genapi::NodeMap::Create(std::move(description), *m_session,
                                        genapi::RegisterOrder::BigEndianBelowSchema11, &m_network->Clock());
     if (!map)
         return map.Error();
@@ -104,8 +107,9 @@ void GevDevice::ListLink()
         },
         [this](const PacketSizeSetting& setting) { return SetPacketSize(setting); },
         [this] { return PacketSizeInForce(); }};
-    // The session outlives the list: both are members, the list is declared later.
-    ListLinkParameters(m_found, *m_session, packetSize, m_link);
+    const NodeMapAccess map = [this] { return m_features != nullptr ? m_features->Map() : nullptr; };
+    // Session and features outlive the list: all are members, the list is declared later.
+    ListLinkParameters(m_found, *m_session, packetSize, map, m_link);
 }
 
 bool GevDevice::IsConnected() const
@@ -152,12 +156,13 @@ VxResult GevDevice::DisconnectOnce()
 
 std::uint32_t GevDevice::GetPayloadSize()
 {
-    std::int64_t bytes = 0;
-    const auto read = NoThrow([&] { return m_features->GetIntegerValue(kPayloadFeature, bytes); });
-    if (!read.IsOK())
-        return 0;
-    const bool isPlausible = bytes > 0 && bytes <= std::numeric_limits<std::uint32_t>::max();
-    return isPlausible ? static_cast<std::uint32_t>(bytes) : 0;
+    std::uint32_t bytes = 0;
+    const auto computed = NoThrow([&] {
+        if (m_features->Map() != nullptr)
+            bytes = PayloadSizeOf(*m_features->Map());
+        return VxResult::Ok();
+    });
+    return computed.IsOK() ? bytes : 0;
 }
 
 VxResult GevDevice::Lock(bool isLocked)

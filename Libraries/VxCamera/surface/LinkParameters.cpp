@@ -126,6 +126,34 @@ void ListHeartbeat(DeviceSession& session, ParameterList& list)
                               {}});
 }
 
+// For cameras whose description is wrong about them.
+void ListFeatures(const NodeMapAccess& map, ParameterList& list)
+{
+    const std::vector<std::string_view> orders{"AsDescribed", "Automatic", "BigEndian"}; // as RegisterOrder
+    list.Add<ListedEnum>(
+        ParameterFacts{"RegisterByteOrder", kControl, Guru}, orders,
+        [map] {
+            const genapi::NodeMap* const features = map();
+            return static_cast<std::size_t>(
+                features != nullptr ? features->Order() : genapi::RegisterOrder::BigEndianBelowSchema11);
+        },
+        [map](std::size_t index) {
+            if (genapi::NodeMap* const features = map(); features != nullptr)
+                features->SetRegisterOrder(static_cast<genapi::RegisterOrder>(index)); // below their number
+            return VxResult::Ok();
+        });
+    list.Add<ListedBoolean>(
+        ParameterFacts{"FeatureCaching", kControl, Guru},
+        [map] {
+            const genapi::NodeMap* const features = map();
+            return features == nullptr || features->IsCaching();
+        },
+        [map](bool isOn) {
+            if (genapi::NodeMap* const features = map(); features != nullptr)
+                features->SetCaching(isOn);
+        });
+}
+
 void ListStream(const PacketSizeAccess& access, ParameterList& list)
 {
     const std::vector<std::string_view> modes{"Automatic", "Camera", "Fixed"}; // as PacketSizeMode
@@ -151,11 +179,12 @@ void ListStream(const PacketSizeAccess& access, ParameterList& list)
 } // namespace
 
 void ListLinkParameters(const control::FoundCamera& camera, DeviceSession& session,
-                        const PacketSizeAccess& packetSize, ParameterList& list)
+                        const PacketSizeAccess& packetSize, const NodeMapAccess& map, ParameterList& list)
 {
     ListCamera(camera, session, list);
     ListHost(camera.via, list);
     ListCommands(session, list);
     ListHeartbeat(session, list);
+    ListFeatures(map, list);
     ListStream(packetSize, list);
 }

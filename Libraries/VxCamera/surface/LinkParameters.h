@@ -3,6 +3,7 @@
 #include "VxBase/VxResult.h"
 #include "VxCamera/control/DeviceSession.h"
 #include "VxCamera/control/FoundCamera.h"
+#include "VxCamera/genapi/map/NodeMap.h"
 #include "VxCamera/surface/ParameterList.h"
 
 #include <cstdint>
@@ -29,8 +30,11 @@ struct PacketSizeAccess {
     std::function<std::uint32_t()> inForce; ///< as the camera has taken it; as set until it was asked
 };
 
+/// @return  the camera's features, borrowed for the call; null before they are loaded
+using NodeMapAccess = std::function<genapi::NodeMap*()>;
+
 /// Lists what can be known and set of the link to a camera, in the categories Camera, Host, Control and
 /// Stream of "root\\Communication".
 /// @param session  outlives the list
 void ListLinkParameters(const control::FoundCamera& camera, control::DeviceSession& session,
-                        const PacketSizeAccess& packetSize, ParameterList& list);
+                        const PacketSizeAccess& packetSize, const NodeMapAccess& map, ParameterList& list);

@@ -117,6 +117,32 @@ const std::vector<Notice>& NodeMap::Notices() const
     return m_impl->m_notices;
 }
 
+void NodeMap::SetRegisterOrder(RegisterOrder order)
+{
+    const Guard guard(m_impl->m_mutex);
+    m_impl->SetOrder(order);
+    m_impl->InvalidateAll();
+}
+
+RegisterOrder NodeMap::Order() const
+{
+    const Guard guard(m_impl->m_mutex);
+    return m_impl->m_order;
+}
+
+void NodeMap::SetCaching(bool isOn)
+{
+    const Guard guard(m_impl->m_mutex);
+    m_impl->m_context.SetCaching(isOn);
+    m_impl->InvalidateAll();
+}
+
+bool NodeMap::IsCaching() const
+{
+    const Guard guard(m_impl->m_mutex);
+    return m_impl->m_context.IsCaching();
+}
+
 std::unique_lock<std::recursive_mutex> NodeMap::Hold() const
 {
     return std::unique_lock(m_impl->m_mutex);

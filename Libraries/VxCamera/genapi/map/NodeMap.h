@@ -32,6 +32,7 @@ enum class RegisterOrder {
     AsDescribed,
     BigEndianBelowSchema11, ///< GigE Vision: 4-byte registers are big-endian numbers when the schema is older
                             ///< than 1.1
+    BigEndian,              ///< the same whatever the schema says: for cameras that lie about it
 };
 
 /// Data of a camera that came with an image instead of being read from its registers.
@@ -81,6 +82,14 @@ public:
 
     [[nodiscard]] const NodeInfo& Info(NodeId node) const;
     [[nodiscard]] const std::vector<Notice>& Notices() const;
+
+    /// For descriptions that are wrong about their camera. Both forget all values.
+    void SetRegisterOrder(RegisterOrder order);
+    [[nodiscard]] RegisterOrder Order() const;
+
+    /// @param isOn  false: every read asks the camera, also where the description says that a value keeps
+    void SetCaching(bool isOn);
+    [[nodiscard]] bool IsCaching() const;
 
     /// Keeps other threads off this map for as long as the returned lock lives: for a sequence of calls that
     /// belong together, such as a selector and what it selects.

@@ -19,8 +19,9 @@ WordOrder OrderFor(const Description& description, RegisterOrder order)
 {
     const DescriptionHeader& header = description.Header();
     const bool isOld = header.schemaMajor < 1 || (header.schemaMajor == 1 && header.schemaMinor < 1);
-    return order == RegisterOrder::BigEndianBelowSchema11 && isOld ? WordOrder::FourBytesBigEndian
-                                                                   : WordOrder::AsDescribed;
+    const bool isBigEndian =
+        order == RegisterOrder::BigEndian || (order == RegisterOrder::BigEndianBelowSchema11 && isOld);
+    return isBigEndian ? WordOrder::FourBytesBigEndian : WordOrder::AsDescribed;
 }
 
 NodeId ToId(std::uint32_t index)
@@ -37,7 +38,9 @@ std::size_t ToIndex(NodeId id)
 
 NodeMapImpl::NodeMapImpl(std::shared_ptr<const Description> description, IRegisterPort& port,
                          RegisterOrder order, const IVxClock* clock)
-    : m_description(std::move(description)), m_context(port, *this, OrderFor(*m_description, order), clock)
+    : m_description(std::move(description)),
+      m_order(order),
+      m_context(port, *this, OrderFor(*m_description, order), clock)
 {
     Build();
 }
@@ -176,6 +179,12 @@ void NodeMapImpl::Forget(Node& node)
     for (const std::uint32_t below : Graph().Below(static_cast<std::uint32_t>(node.Id())))
         if (m_registers[below] != nullptr)
             m_registers[below]->DropCache();
+}
+
+void NodeMapImpl::SetOrder(RegisterOrder order)
+{
+    m_order = order;
+    m_context.SetOrder(OrderFor(*m_description, order));
 }
 
 void NodeMapImpl::InvalidateAll()

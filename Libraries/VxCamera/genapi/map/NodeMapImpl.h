@@ -39,6 +39,7 @@ public:
     [[nodiscard]] VxResult Failed(const Node& node, const VxResult& result);
 
     void InvalidateAll();
+    void SetOrder(RegisterOrder order);
     void AttachChunks(std::span<const Chunk> chunks);
     void AttachEvent(std::uint64_t id, std::span<const std::byte> bytes);
 
@@ -49,6 +50,7 @@ public:
     std::vector<std::vector<NodeId>> m_selected;  // by node
     std::vector<std::vector<NodeId>> m_selectors; // by node
     std::vector<std::vector<NodeId>> m_entries;   // by node
+    RegisterOrder m_order;
     NodeContext m_context;
 
 private:

@@ -55,6 +55,11 @@ public:
     [[nodiscard]] IRegisterPort& Device() { return m_device; }
     [[nodiscard]] IChangeListener& Listener() { return m_listener; }
     [[nodiscard]] WordOrder Order() const { return m_order; }
+    void SetOrder(WordOrder order) { m_order = order; }
+
+    /// @return  whether values may be kept where the description allows it
+    [[nodiscard]] bool IsCaching() const { return m_isCaching; }
+    void SetCaching(bool isOn) { m_isCaching = isOn; }
 
     /// Starts an operation of a user with a fresh budget and a new deadline.
     void BeginOperation();
@@ -86,7 +91,8 @@ public:
 private:
     IRegisterPort& m_device;     // borrowed: outlives the map
     IChangeListener& m_listener; // borrowed: owns this context
-    const WordOrder m_order;
+    WordOrder m_order;
+    bool m_isCaching = true;
     const IVxClock* const m_clock; // borrowed: outlives the map
     int m_depth = 0;
     std::size_t m_budget = 0;

@@ -191,7 +191,8 @@ VxExpected<WideAddress> RegisterNode::TermValue(const AddressTerm& term, std::si
 bool RegisterNode::MayKeep() const
 {
     const bool isPolled = m_polling.milliseconds != 0 || m_blockedPolling.milliseconds != 0;
-    return m_caching != CachingMode::NoCache && (!isPolled || Context().Clock() != nullptr);
+    return Context().IsCaching() && m_caching != CachingMode::NoCache &&
+           (!isPolled || Context().Clock() != nullptr);
 }
 
 void RegisterNode::Keep()

@@ -80,6 +80,21 @@ TEST(CommandLineTest, ShowsFeatures)
     EXPECT_EQ(some.xml, "a.xml");
 }
 
+TEST(CommandLineTest, TellsHowRegistersAreRead)
+{
+    const Request usual = Read({"get", "cam", "Width"});
+    EXPECT_EQ(usual.registers, std::nullopt);
+    EXPECT_TRUE(usual.isCaching);
+
+    const Request mended = Read({"set", "cam", "Width=1", "--registers", "Big", "--no-cache"});
+    EXPECT_EQ(mended.registers, "BigEndian");
+    EXPECT_FALSE(mended.isCaching);
+    EXPECT_EQ(Read({"save", "cam", "f", "--registers", "auto"}).registers, "Automatic");
+    EXPECT_EQ(Read({"features", "cam", "--registers", "described"}).registers, "AsDescribed");
+    EXPECT_THAT(Complaint({"get", "cam", "Width", "--registers", "small"}),
+                HasSubstr("'small' is no order of registers: choose auto, described or big"));
+}
+
 TEST(CommandLineTest, RefusesAnUnknownVisibility)
 {
     EXPECT_THAT(Complaint({"features", "cam", "--visibility", "all"}),

@@ -13,10 +13,10 @@ namespace {
 
 class DescriptionLoaderTest : public testing::Test {
 protected:
-    VxExpected<std::string> Load()
+    VxExpected<std::string> Load(const DescriptionLoader::Use& use = {})
     {
         CommandClient client(std::move(*m_sockets.OpenUdp({})), m_camera.endpoint, m_clock);
-        return DescriptionLoader(client).Load();
+        return DescriptionLoader(client).Load(use);
     }
 
     FakeClock m_clock;
@@ -118,6 +118,33 @@ TEST_F(DescriptionLoaderTest, TheSecondPlaceIsTriedWhenTheFirstFails)
     m_camera.SetMemory(0x10000, "<b/>");
 
     EXPECT_EQ(Load().ValueOr(""), "<b/>");
+}
+
+TEST_F(DescriptionLoaderTest, TheSecondPlaceIsTriedWhenTheFirstFileCannotBeUsed)
+{
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.xml;10000;4");
+    m_camera.SetMemory(bootstrap::kSecondUrl, "Local:camera.xml;20000;4");
+    m_camera.SetMemory(0x10000, "<a/>");
+    m_camera.SetMemory(0x20000, "<b/>");
+    const auto refuse = [](const std::string& wanted) {
+        return [wanted](const std::string& file) {
+            return file == wanted ? VxResult::Ok() : VxResult(VxError::InvalidData, file + " is damaged");
+        };
+    };
+
+    EXPECT_EQ(Load(refuse("<a/>")).ValueOr(""), "<a/>");
+    EXPECT_EQ(Load(refuse("<b/>")).ValueOr(""), "<b/>");
+    EXPECT_EQ(Load(refuse("")).Result().Code(), VxError::InvalidData);
+    EXPECT_EQ(Load(refuse("")).Result().GetDescription().Narrow(), "<a/> is damaged");
+}
+
+TEST_F(DescriptionLoaderTest, AnArchiveBehindOtherBytesKeepsItsZeros)
+{
+    const std::string archive("junk\0PK\x03\x04 a\0\0", 13);
+    m_camera.SetMemory(0x10000, archive);
+    m_camera.SetMemory(bootstrap::kFirstUrl, "Local:camera.ZIP;10000;D");
+
+    EXPECT_EQ(Load().ValueOr(""), archive);
 }
 
 TEST_F(DescriptionLoaderTest, AnotherMachinesFileIsNotSupportedAndNamed)

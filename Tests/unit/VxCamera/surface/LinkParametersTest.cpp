@@ -1,5 +1,6 @@
 #include "VxCamera/surface/LinkParameters.h"
 
+#include "support/genapi/NodeMapFixture.h"
 #include "support/network/FakeCamera.h"
 #include "support/network/FakeSocketFactory.h"
 
@@ -22,7 +23,8 @@ protected:
                                           return m_answer;
                                       },
                                       [this] { return m_inForce; }};
-        ListLinkParameters(m_found, *m_session, access, m_list);
+        ListLinkParameters(
+            m_found, *m_session, access, [this] { return m_map.get(); }, m_list);
     }
 
     FakeClock m_clock;
@@ -36,8 +38,44 @@ protected:
     PacketSizeSetting m_setting;
     VxResult m_answer = VxResult::Ok();
     std::uint32_t m_inForce = 1500;
+    std::unique_ptr<genapi::NodeMap> m_map; // none before a test loads one
     ParameterList m_list;
 };
+
+/// The link's feature as text.
+std::string TextOf(const ParameterList& list, const char* name)
+{
+    VxString text;
+    EXPECT_TRUE(list.Get(VxString(name))->ToString(text).IsOK()) << name;
+    return text.Narrow();
+}
+
+TEST_F(LinkParametersTest, TheByteOrderOfRegistersCanBeOverruled)
+{
+    FakeRegisterPort port;
+    m_map = *genapi::NodeMap::Load(Describe(""), port, genapi::RegisterOrder::BigEndianBelowSchema11);
+    EXPECT_EQ(TextOf(m_list, "RegisterByteOrder"), "Automatic");
+
+    EXPECT_TRUE(m_list.Get("RegisterByteOrder")->FromString("BigEndian").IsOK());
+    EXPECT_EQ(m_map->Order(), genapi::RegisterOrder::BigEndian);
+    EXPECT_EQ(TextOf(m_list, "RegisterByteOrder"), "BigEndian");
+    EXPECT_TRUE(m_list.Get("RegisterByteOrder")->FromString("AsDescribed").IsOK());
+    EXPECT_EQ(m_map->Order(), genapi::RegisterOrder::AsDescribed);
+    EXPECT_TRUE(m_list.Get("RegisterByteOrder")->FromString("Automatic").IsOK());
+    EXPECT_EQ(m_map->Order(), genapi::RegisterOrder::BigEndianBelowSchema11);
+}
+
+TEST_F(LinkParametersTest, CachingOfFeaturesCanBeSwitchedOff)
+{
+    FakeRegisterPort port;
+    m_map = *genapi::NodeMap::Load(Describe(""), port);
+    EXPECT_EQ(TextOf(m_list, "FeatureCaching"), "true");
+
+    EXPECT_TRUE(m_list.Get("FeatureCaching")->FromString("false").IsOK());
+
+    EXPECT_FALSE(m_map->IsCaching());
+    EXPECT_EQ(TextOf(m_list, "FeatureCaching"), "false");
+}
 
 TEST_F(LinkParametersTest, ThePacketSizeIsReadAsTheCameraHasTakenIt)
 {

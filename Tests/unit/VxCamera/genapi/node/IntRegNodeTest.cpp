@@ -188,5 +188,46 @@ TEST_F(IntRegNodeTest, SwapsBytesBehindAPortThatAsksForIt)
     EXPECT_EQ(ValueOf(Integer("R")), 0x12345678);
 }
 
+TEST_F(IntRegNodeTest, FollowsTheUserWhoKnowsTheOrderBetterThanTheDescription)
+{
+    Load("<IntReg Name=\"Long\"><Address>0</Address><Length>4</Length></IntReg>"
+         "<IntReg Name=\"Short\"><Address>0</Address><Length>2</Length></IntReg>",
+         RegisterOrder::BigEndianBelowSchema11); // schema 1.1
+    port.Put(0, {1, 2, 3, 4});
+    EXPECT_EQ(ValueOf(Integer("Long")), 0x04030201);
+
+    map->SetRegisterOrder(RegisterOrder::BigEndian);
+
+    EXPECT_EQ(map->Order(), RegisterOrder::BigEndian);
+    EXPECT_EQ(ValueOf(Integer("Long")), 0x01020304);
+    EXPECT_EQ(ValueOf(Integer("Short")), 0x0201);
+    map->SetRegisterOrder(RegisterOrder::AsDescribed);
+    EXPECT_EQ(ValueOf(Integer("Long")), 0x04030201);
+}
+
+TEST_F(IntRegNodeTest, IsReadEachTimeWithoutCaching)
+{
+    Load("<IntReg Name=\"R\"><Address>0</Address><Length>1</Length><AccessMode>RW</AccessMode>"
+         "<Cachable>WriteThrough</Cachable></IntReg>");
+    port.Put(0, {1});
+    EXPECT_EQ(ValueOf(Integer("R")), 1);
+    port.Put(0, {2});
+    EXPECT_EQ(ValueOf(Integer("R")), 1);
+
+    map->SetCaching(false);
+
+    EXPECT_FALSE(map->IsCaching());
+    EXPECT_EQ(ValueOf(Integer("R")), 2);
+    port.Put(0, {3});
+    EXPECT_EQ(ValueOf(Integer("R")), 3);
+    EXPECT_TRUE(SetInteger("R", 7).IsOK());
+    port.Put(0, {4});
+    EXPECT_EQ(ValueOf(Integer("R")), 4);
+    map->SetCaching(true);
+    EXPECT_EQ(ValueOf(Integer("R")), 4);
+    port.Put(0, {5});
+    EXPECT_EQ(ValueOf(Integer("R")), 4);
+}
+
 } // namespace
 } // namespace genapi
