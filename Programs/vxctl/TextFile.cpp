@@ -48,6 +48,15 @@ VxExpected<std::string> ReadAll(std::istream& in, const std::string& file)
     return text;
 }
 
+VxResult WriteInto(const std::filesystem::path& path, const std::string& file, std::string_view text)
+{
+    errno = 0;
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    out.close();
+    return out ? VxResult::Ok() : Failed("write", file, LastError());
+}
+
 } // namespace
 
 VxExpected<std::string> ReadTextFile(const std::string& file)
@@ -75,16 +84,15 @@ VxResult WriteTextFile(const std::string& file, std::string_view text)
     std::error_code error;
     if (std::filesystem::is_directory(path, error))
         return Failed("write", file, "it is a folder");
+    // A device, a pipe or a link stays what it is: it is written into and not replaced.
+    const auto present = std::filesystem::symlink_status(path, error);
+    if (std::filesystem::exists(present) && !std::filesystem::is_regular_file(present))
+        return WriteInto(path, file, text);
     std::filesystem::path part = path;
     part += ".part";
-    errno = 0;
-    std::ofstream out(part, std::ios::binary | std::ios::trunc);
-    out.write(text.data(), static_cast<std::streamsize>(text.size()));
-    out.close();
-    if (!out) {
-        const std::string reason = LastError();
+    if (VxResult written = WriteInto(part, file, text); !written.IsOK()) {
         std::filesystem::remove(part, error);
-        return Failed("write", file, reason);
+        return written;
     }
     std::filesystem::rename(part, path, error);
     if (!error)

@@ -70,6 +70,23 @@ TEST_F(TextFileTest, ReplacesAFile)
     EXPECT_EQ(ReadTextFile(file).ValueOr(""), "now");
 }
 
+TEST_F(TextFileTest, WritesThroughALink)
+{
+    const std::string file = File(u8"file");
+    const std::string link = File(u8"link");
+    ASSERT_TRUE(WriteTextFile(file, "long before").IsOK());
+    std::error_code error;
+    std::filesystem::create_symlink("file", link, error);
+    if (error)
+        GTEST_SKIP() << "no links here: " << error.message(); // not everybody may make them on Windows
+
+    ASSERT_TRUE(WriteTextFile(link, "now").IsOK());
+
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(ReadTextFile(file).ValueOr(""), "now");
+    EXPECT_EQ(FileCount(), 2u);
+}
+
 TEST_F(TextFileTest, TakesAByteOrderMarkAway)
 {
     const std::string file = File(u8"a");
