@@ -306,6 +306,27 @@ class DescriptionTest(CtlTest):
                              f"OwnFeature=42\nOwnVersion={2 << 16}\n")
         self.assertEqual(len(tree.splitlines()), 2, tree)
 
+    def test_a_description_that_is_wrong_about_registers_is_overruled(self):
+        wrong = self.write("wrong.xml", DESCRIPTION.replace("BigEndian", "LittleEndian"))
+        old = self.write("old.xml", DESCRIPTION.replace("BigEndian", "LittleEndian").replace(
+            'SchemaMinorVersion="1"', 'SchemaMinorVersion="0"'))
+        swapped, right = f"OwnVersion={2 << 8}\n", f"OwnVersion={2 << 16}\n"
+        with camera():
+            def version(*options):
+                return self.assert_done(vxctl("get", "127.0.0.1", "OwnVersion", *options))
+            self.assertEqual(version("--xml", wrong), swapped)
+            self.assertEqual(version("--xml", wrong, "--registers", "big"), right)
+            self.assertEqual(version("--xml", old), right)
+            self.assertEqual(version("--xml", old, "--registers", "described"), swapped)
+            self.assertEqual(version("--xml", old, "--registers", "auto", "--no-cache"), right)
+
+    def test_how_registers_are_read_is_a_feature_of_the_link(self):
+        with camera():
+            names = ("get", "127.0.0.1", "RegisterByteOrder", "FeatureCaching", "--link")
+            self.assert_done(vxctl(*names), "RegisterByteOrder=Automatic\nFeatureCaching=true\n")
+            self.assert_done(vxctl(*names, "--registers", "big", "--no-cache"),
+                             "RegisterByteOrder=BigEndian\nFeatureCaching=false\n")
+
     def test_a_wrong_description_is_named(self):
         with camera():
             self.assert_failed(vxctl("features", "127.0.0.1", "--xml", self.path("absent.xml")), FILE, "absent.xml")
