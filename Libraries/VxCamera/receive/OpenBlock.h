@@ -93,7 +93,6 @@ public:
     [[nodiscard]] gvsp::IdMode IdMode() const { return m_start.idMode; }
     [[nodiscard]] bool HasBuffer() const { return m_buffer != nullptr; }
     [[nodiscard]] bool HasLeader() const { return m_hasLeader; }
-    [[nodiscard]] bool HasTrailer() const { return m_hasTrailer; }
     [[nodiscard]] const BlockGeometry& Geometry() const { return m_geometry; }
     [[nodiscard]] std::size_t StepBytes() const { return m_stepBytes; }
     [[nodiscard]] Time FirstPacketTime() const { return m_start.now; }

@@ -24,7 +24,6 @@ public:
     [[nodiscard]] std::size_t PixelBytes() const { return m_rowBytes / m_widthPx; }
     /// Bytes of a row: rows follow each other without a gap.
     [[nodiscard]] std::size_t RowBytes() const { return m_rowBytes; }
-    [[nodiscard]] bool IsBottomUp() const { return m_isBottomUp; }
     /// All rows.
     [[nodiscard]] std::span<std::uint8_t> Bytes() const { return m_memory.first(m_count * m_rowBytes); }
     /// @param fromTop  0: the row that a viewer sees at the top; less than Count
