@@ -18,7 +18,10 @@ public:
     /// the
     ///                        first sender of a leader is then taken for it.
     /// @param localPort       UDP port to listen on; 0 = any free one
-    /// @param channel         stream channel of the camera, from 0
+    /// @param channel         stream channel of the camera, from 0. Receiving does not need it: the packets
+    /// of a
+    ///                        channel come to the port that was named for it, and whoever asks for lost ones
+    ///                        knows the channel from the device
     /// @param localIpAddress  dotted address to listen on; empty = that of the interface through which the
     /// camera
     ///                        is reached

@@ -10,14 +10,14 @@ namespace vxds {
 
 namespace {
 
-// Fixed: where defaults have always been saved.
+// Fixed: part of the contract with whoever reads or prepares a default: where it is saved.
 constexpr wchar_t kCompanyPath[] = L"SOFTWARE\\Vantrel Technologies Inc";
 constexpr wchar_t kProductKey[] = L"VxDSSource";
 constexpr wchar_t kProductPath[] = L"SOFTWARE\\Vantrel Technologies Inc\\VxDSSource";
 constexpr wchar_t kConfigurationName[] = L"Default";
 constexpr wchar_t kSummaryName[] = L"DefaultSummary";
 
-// Fixed: longer values have never been read back.
+// Fixed, part of the same contract: longer values are not read back.
 constexpr DWORD kLongestConfiguration = 4096 / sizeof(wchar_t);
 constexpr DWORD kLongestSummary = 256 / sizeof(wchar_t);
 

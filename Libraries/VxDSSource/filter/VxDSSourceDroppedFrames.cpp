@@ -32,5 +32,5 @@ STDMETHODIMP VxDSSource::GetDroppedInfo(long /*size*/, long* /*numbers*/, long* 
 
 STDMETHODIMP VxDSSource::GetAverageFrameSize(long* /*bytes*/)
 {
-    return S_OK; // nothing is written: applications have always read their own initial value here
+    return S_OK; // fixed, part of the interface's contract: nothing is written
 }

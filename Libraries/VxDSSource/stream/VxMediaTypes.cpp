@@ -193,7 +193,7 @@ bool BuildCapabilityType(const AM_MEDIA_TYPE& current, PictureSize size, std::ui
 
 VIDEO_STREAM_CONFIG_CAPS CapabilityOf(PictureSize size)
 {
-    // Fixed: what applications have always been told. The smallest sizes and steps are nominal, and the
+    // Fixed: part of the pin's contract with applications. The smallest sizes and steps are nominal, and the
     // identifier names the longer form although the type has the shorter one.
     constexpr SIZE kSmallest = {80, 60};
     constexpr REFERENCE_TIME kShortestInterval = 100000;  // 100 frames a second, in 100 ns units
@@ -213,7 +213,7 @@ VIDEO_STREAM_CONFIG_CAPS CapabilityOf(PictureSize size)
     caps.MinFrameInterval = kShortestInterval;
     caps.MaxFrameInterval = kLongestInterval;
     caps.MinBitsPerSecond = kFewestBitsPerSecond;
-    // Wraps at 32 bits for large pictures, as it always did.
+    // Fixed: wraps at 32 bits for large pictures; the field has no more.
     caps.MaxBitsPerSecond = static_cast<LONG>(size.heightPx * size.widthPx * kBitsPerSecondAndPixel);
     return caps;
 }

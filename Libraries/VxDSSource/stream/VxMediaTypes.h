@@ -28,7 +28,8 @@ inline constexpr int kOfferedTypeCount = 4;
 
 /// The type that follows `current` when the size of the delivered frames changes: the same major type and
 /// subtype in a block of the shorter form. Its image size still counts with the old bit count, in 32-bit
-/// arithmetic, while the new bit count is that of the family: renderers that took the old type rely on both.
+/// arithmetic, while the new bit count is that of the family: both are fixed,
+/// part of the pin's contract with renderers.
 /// @return  false when there is no memory
 [[nodiscard]] bool BuildResizedType(const AM_MEDIA_TYPE& current, PictureSize size,
                                     std::uint32_t outputPixelType, CMediaType& type);
