@@ -19,6 +19,11 @@ CBaseOutputPin::CBaseOutputPin(LPCSTR objectName, CBaseFilter* filter, CCritSec*
 {
 }
 
+CBaseOutputPin::~CBaseOutputPin()
+{
+    std::ignore = CBaseOutputPin::BreakConnect(); // as in CBasePin's
+}
+
 HRESULT CBaseOutputPin::CheckConnect(IPin* peer)
 {
     const HRESULT hr = CBasePin::CheckConnect(peer);

@@ -10,6 +10,7 @@ class CBaseOutputPin : public CBasePin {
 public:
     CBaseOutputPin(LPCTSTR objectName, CBaseFilter* filter, CCritSec* lock, HRESULT* phr, LPCWSTR name);
     CBaseOutputPin(LPCSTR objectName, CBaseFilter* filter, CCritSec* lock, HRESULT* phr, LPCWSTR name);
+    ~CBaseOutputPin() override;
 
     /// Also asks the peer for IMemInputPin.
     HRESULT CheckConnect(IPin* peer) override;

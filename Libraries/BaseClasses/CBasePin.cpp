@@ -12,6 +12,7 @@
 #include <cwchar>
 #include <new>
 #include <tuple>
+#include <utility>
 
 namespace {
 
@@ -68,6 +69,7 @@ CBasePin::CBasePin(LPCSTR objectName, CBaseFilter* filter, CCritSec* lock, HRESU
 
 CBasePin::~CBasePin()
 {
+    LetGoOfPeer(); // only a filter that was let go without a disconnect still has one
     delete[] m_pName;
 }
 
@@ -168,9 +170,9 @@ HRESULT CBasePin::DisconnectInternal()
 
 void CBasePin::LetGoOfPeer()
 {
-    if (m_Connected != nullptr)
-        m_Connected->Release();
-    m_Connected = nullptr;
+    // In this order: the last release may end the peer, which may ask this pin what it is connected to.
+    if (IPin* const peer = std::exchange(m_Connected, nullptr))
+        peer->Release();
 }
 
 STDMETHODIMP CBasePin::ConnectedTo(IPin** peer)

@@ -138,6 +138,15 @@ HRESULT CSourceStream::EndWorker()
     return FAILED(hr) ? hr : S_OK;
 }
 
+void CSourceStream::EndWorkerInDestructor()
+{
+    if (!ThreadExists())
+        return;
+    // As in Inactive, except that nobody is left to whom a refusal to decommit could be reported.
+    std::ignore = CBaseOutputPin::Inactive();
+    std::ignore = EndWorker();
+}
+
 BOOL CSourceStream::CheckRequest(Command* command)
 {
     DWORD request = 0;

@@ -64,6 +64,11 @@ protected:
     HRESULT GetMediaType(int position, CMediaType* type) override;
     virtual HRESULT GetMediaType(CMediaType* type);
 
+    /// For the destructor of a derived class, as its first act: ends a worker that still runs, because the
+    /// filter was let go without a stop. Later nothing could: the worker would call hooks that are gone. Not
+    /// on the worker itself.
+    void EndWorkerInDestructor();
+
     Command GetRequest() { return static_cast<Command>(CAMThread::GetRequest()); }
     BOOL CheckRequest(Command* command);
 

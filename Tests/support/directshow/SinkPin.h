@@ -34,6 +34,7 @@ public:
     VxComPtr<IMemAllocator> allocator; // null = VFW_E_NO_ALLOCATOR
     ALLOCATOR_PROPERTIES requirements = {};
     HRESULT requiring = E_NOTIMPL;
+    std::function<void()> onLastRelease; // called while the last holder lets go
     std::function<HRESULT(IMemAllocator*, BOOL)> onNotifyAllocator = [](IMemAllocator*, BOOL) {
         return S_OK;
     };
@@ -153,6 +154,11 @@ public:
     STDMETHODIMP ReceiveCanBlock() override { return S_OK; }
 
 private:
+    void OnLastRelease() override
+    {
+        if (onLastRelease)
+            onLastRelease();
+    }
     bool Hides(REFIID riid) const override { return riid == IID_IMemInputPin && !takesSamples; }
 
     IBaseFilter* const m_filter; // borrowed: the filter that has the pin; null = none

@@ -232,6 +232,21 @@ TEST_F(CBasePinTest, DisconnectNeedsAStoppedFilter)
     EXPECT_EQ(pin.Disconnect(), S_FALSE);
 }
 
+TEST_F(CBasePinTest, IsUnconnectedWhenThePeerIsLetGo)
+{
+    ConnectPin();
+    HRESULT asked = E_PENDING;
+    peer.onLastRelease = [&] {
+        peer.onLastRelease = nullptr;
+        VxComPtr<IPin> connected;
+        asked = pin.ConnectedTo(connected.Put());
+    };
+
+    EXPECT_EQ(pin.Disconnect(), S_OK);
+
+    EXPECT_EQ(asked, VFW_E_NOT_CONNECTED);
+}
+
 TEST_F(CBasePinTest, DisconnectKeepsThePeerWhenBreakConnectFails)
 {
     ConnectPin();
