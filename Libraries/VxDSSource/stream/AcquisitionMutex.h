@@ -25,7 +25,8 @@ public:
     /// Holds the mutex for one scope.
     class Lock {
     public:
-        /// Waits without limit: for one frame at most, because frame production gives way.
+        /// Waits without limit: for one frame at most, whose wait for a buffer lasts up to 1000 ms. Frame
+        /// production gives way between buffers.
         explicit Lock(AcquisitionMutex& mutex);
         /// Waits so long; see IsHeld.
         Lock(AcquisitionMutex& mutex, DWORD timeoutMs);

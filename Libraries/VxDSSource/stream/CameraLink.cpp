@@ -146,16 +146,17 @@ void CameraLink::SendDestination()
 void CameraLink::Close()
 {
     const CAutoLock lock(&m_lock);
-    m_pipeline.reset();
-    if (m_stream != nullptr && m_stream->IsOpen())
-        std::ignore = m_stream->Close(); // nothing left to undo
-    m_stream.reset();
-    if (m_device != nullptr) {
-        if (m_device->IsConnected())
-            std::ignore = m_device->Disconnect(); // nothing left to undo
-        VxDevice::Free(std::exchange(m_device, nullptr));
-    }
+    // First all is forgotten: whatever fails here leaves nothing that counts as a link.
     m_applied = {};
+    const std::unique_ptr<VxDevice, decltype(&VxDevice::Free)> device(std::exchange(m_device, nullptr),
+                                                                      &VxDevice::Free);
+    std::unique_ptr<VxStream> stream = std::move(m_stream);
+    m_pipeline.reset();
+    if (stream != nullptr && stream->IsOpen())
+        std::ignore = stream->Close(); // nothing left to undo
+    stream.reset();
+    if (device != nullptr && device->IsConnected())
+        std::ignore = device->Disconnect(); // nothing left to undo
 }
 
 void CameraLink::Start(std::uint32_t defaultBufferBytes)

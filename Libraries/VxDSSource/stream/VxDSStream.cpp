@@ -28,6 +28,7 @@ VxDSStream::~VxDSStream()
 {
     // Nothing is thrown out of a destructor; what is still open then ends with the link.
     std::ignore = AtComEdge([this] {
+        EndWorkerInDestructor();
         CloseConnection();
         return S_OK;
     });

@@ -32,9 +32,9 @@ enum class VxConfigurationForm {
 
 /// The filter's output pin: settings, link to the camera, media types and frames.
 ///
-/// Its parts lie in four files: connection, formats, frames, and what the control interface asks for
-/// (features, persistence). Lock order: acquisition mutex, filter's state lock, camera link's lock, format
-/// lock.
+/// Besides construction and simple settings its parts lie in five files: connection, formats, frames, and
+/// what the control interface asks for (features, persistence). Lock order: acquisition mutex, filter's state
+/// lock, camera link's lock, format lock.
 ///
 /// Owner:  the filter (CSource).
 /// Thread: FillBuffer and the thread hooks on the streaming thread; everything else on any thread.
@@ -133,6 +133,11 @@ public:
     HRESULT FillBuffer(IMediaSample* sample) override;
 
 private:
+    void Reconnect();
+    void BeginReconnect();
+    void EndReconnect();
+    void AbandonReconnect();
+    void StopAndClose();
     void StartAcquisition();
     void StopAcquisition();
     void ReadCameraSize();
@@ -165,6 +170,7 @@ private:
     vxds::DefaultSettings m_defaults;
     vxds::CameraLink m_link;
     bool m_acquisitionRunning = false; // guarded by the link's lock; true while the streaming thread lives
+    int m_reconnects = 0;              // guarded by the link's lock; under way: the outermost one starts
     vxds::PictureSize m_source;        // guarded by the acquisition mutex; 0 x 0 until a camera was read
     vxds::ZoomTable m_zoomTable;       // guarded by the acquisition mutex
     CCritSec m_formatLock;             // guards m_mt and m_frameFormat; nothing is called while it is held

@@ -10,27 +10,67 @@ using namespace vxds;
 void VxDSStream::ApplyConnection()
 {
     const AcquisitionMutex::Lock lock(m_acquisitionMutex);
-    const bool isReconnect = m_link.DiffersFrom(m_settings);
-    if (isReconnect)
-        CloseConnection();
+    if (m_link.DiffersFrom(m_settings))
+        Reconnect();
+    else
+        UpdateOutputSize();
+}
 
-    m_link.ConnectDevice(m_settings);
-    m_link.OpenStream(m_settings);
-    UpdateOutputSize();
-    if (!isReconnect)
-        return;
-    m_link.SendDestination();
+void VxDSStream::Reconnect()
+{
+    BeginReconnect();
+    try {
+        CloseConnection();
+        m_link.ConnectDevice(m_settings);
+        m_link.OpenStream(m_settings);
+        UpdateOutputSize();
+        m_link.SendDestination();
+        EndReconnect();
+    } catch (...) {
+        // Half a link would count as what the settings ask for: nobody would ever direct the stream to this
+        // host.
+        AbandonReconnect();
+        throw;
+    }
+}
+
+void VxDSStream::BeginReconnect()
+{
+    const CAutoLock linkLock(m_link.Guard());
+    ++m_reconnects;
+}
+
+void VxDSStream::EndReconnect()
+{
     // The streaming thread may be starting or ending: the flag and the start belong together.
     const CAutoLock linkLock(m_link.Guard());
-    if (m_acquisitionRunning)
+    if (m_reconnects == 1 && m_acquisitionRunning)
         StartAcquisition();
+    --m_reconnects;
+}
+
+void VxDSStream::AbandonReconnect()
+{
+    const CAutoLock linkLock(m_link.Guard());
+    --m_reconnects;
+    StopAndClose();
 }
 
 void VxDSStream::CloseConnection()
 {
     const AcquisitionMutex::Lock lock(m_acquisitionMutex);
     const CAutoLock linkLock(m_link.Guard());
-    StopAcquisition();
+    StopAndClose();
+}
+
+void VxDSStream::StopAndClose()
+{
+    try {
+        StopAcquisition();
+    } catch (...) {
+        m_link.Close(); // all the same: the camera stops sending when it is let go, the pipeline when it ends
+        throw;
+    }
     m_link.Close();
 }
 

@@ -6,6 +6,7 @@
 #include "VxDSSource/camera/VxImage.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <exception>
 #include <tuple>
@@ -17,6 +18,10 @@ namespace {
 // Chosen: longer than a frame, shorter than a person notices. A reconnect may take longer: that costs frames,
 // not the streaming thread.
 constexpr DWORD kMutexTimeoutMs = 500;
+
+// Fixed: the frame time that every media type names, in whole milliseconds. Frames for which nothing was
+// waited (no camera is set, or acquisition did not start) come no faster; else they would take a whole core.
+constexpr std::chrono::milliseconds kNominalFrameTime{33};
 
 /// The sample's own memory; empty when it has none.
 std::span<std::uint8_t> MemoryOf(IMediaSample& sample)
@@ -37,13 +42,23 @@ PictureSize DrawnSize(PictureSize delivered)
     return {width > 0 ? delivered.widthPx : 0U, static_cast<std::uint32_t>(std::abs(height))};
 }
 
+/// Waits until a frame has taken its nominal time, or until a command to the streaming thread is pending.
+void WaitOutFrame(std::chrono::steady_clock::time_point began, HANDLE command)
+{
+    const auto taken =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - began);
+    if (taken < kNominalFrameTime)
+        ::WaitForSingleObject(command, static_cast<DWORD>((kNominalFrameTime - taken).count())); // 33 at most
+}
+
 } // namespace
 
 HRESULT VxDSStream::OnThreadCreate()
 {
     const CAutoLock linkLock(m_link.Guard());
     m_acquisitionRunning = true;
-    StartAcquisition();
+    if (m_reconnects == 0)
+        StartAcquisition(); // else the reconnect does, once the camera knows where to send
     return S_OK;
 }
 
@@ -55,26 +70,31 @@ HRESULT VxDSStream::OnThreadStartPlay()
 
 HRESULT VxDSStream::OnThreadDestroy()
 {
+    m_referenceClock.Reset(); // may end the clock, which is not ours: no lock is held
     const CAutoLock linkLock(m_link.Guard());
     m_acquisitionRunning = false;
-    m_referenceClock.Reset();
     StopAcquisition();
     return S_OK;
 }
 
 HRESULT VxDSStream::FillBuffer(IMediaSample* sample)
 {
+    const auto began = std::chrono::steady_clock::now();
     const std::span<std::uint8_t> memory = MemoryOf(*sample);
+    bool hasPicture = false;
     try {
         AdoptFormatOf(*sample);
         const AcquisitionMutex::Lock lock(m_acquisitionMutex, kMutexTimeoutMs);
-        if (!lock.IsHeld() || !ProduceFrame(*sample, memory))
+        hasPicture = lock.IsHeld() && ProduceFrame(*sample, memory);
+        if (!hasPicture)
             std::ranges::fill(memory, std::uint8_t{0});
         if (m_settings.Flag(Setting::DiagnosticsEnabled))
             ShowSummary(memory, lock.IsHeld());
     } catch (const std::exception&) {
         std::ranges::fill(memory, std::uint8_t{0}); // no memory
     }
+    if (!hasPicture) // without the mutex: whoever wants to connect a camera need not wait for this
+        WaitOutFrame(began, GetRequestHandle());
     return S_OK;
 }
 

@@ -4,11 +4,14 @@
 
 #include <strmif.h>
 
+#include <functional>
+
 /// A clock that shows what the test says.
 class FakeClock final : public TestObject<IReferenceClock> {
 public:
     REFERENCE_TIME now = 0;
     HRESULT telling = S_OK;
+    std::function<void()> onLastRelease; ///< called while the last holder lets go
 
     STDMETHODIMP GetTime(REFERENCE_TIME* time) override
     {
@@ -21,4 +24,11 @@ public:
         return E_NOTIMPL;
     }
     STDMETHODIMP Unadvise(DWORD_PTR) override { return E_NOTIMPL; }
+
+private:
+    void OnLastRelease() override
+    {
+        if (onLastRelease)
+            onLastRelease();
+    }
 };

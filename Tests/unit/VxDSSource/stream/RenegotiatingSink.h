@@ -3,6 +3,7 @@
 #include "BaseClasses/CMediaType.h"
 #include "support/directshow/SinkPin.h"
 
+#include <functional>
 #include <vector>
 
 /// A sink that takes another type while it is connected, as a renderer with an allocator of its own does.
@@ -13,6 +14,7 @@ class RenegotiatingSink final : public TestObject<IPin, IMemInputPin> {
 public:
     SinkPin inner;                        ///< answers everything else
     HRESULT renegotiating = S_OK;         ///< answer to another type while connected
+    std::function<void()> onRenegotiate;  ///< called before that answer
     std::vector<CMediaType> renegotiated; ///< types offered while connected
 
     // IPin
@@ -22,6 +24,8 @@ public:
         if (inner.Connected() == nullptr)
             return inner.ReceiveConnection(connector, type);
         renegotiated.emplace_back(*type);
+        if (onRenegotiate)
+            onRenegotiate();
         return renegotiating;
     }
     STDMETHODIMP Disconnect() override { return inner.Disconnect(); }

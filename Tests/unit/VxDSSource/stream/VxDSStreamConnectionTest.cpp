@@ -113,6 +113,24 @@ TEST_F(VxDSStreamConnectionTest, ClosesTheLinkWithTheFilter)
     EXPECT_EQ(Done(), Closing());
 }
 
+TEST_F(VxDSStreamConnectionTest, EndsAThreadThatStillStreamsWithTheFilter)
+{
+    RenegotiatingSink sink;
+    ASSERT_EQ(Pin().Connect(&sink, nullptr), S_OK);
+    ConnectAndForget();
+    ASSERT_EQ(Host().Pause(), S_OK);
+    EXPECT_TRUE(sink.inner.samples.WaitFor(2));
+    ASSERT_EQ(sink.Disconnect(),
+              S_OK); // which a stream in pause allows: the filter is held by the test alone
+
+    DestroyPin();
+
+    const Lines done = Done();
+    EXPECT_EQ(std::ranges::count(done, "pipeline.Stop"), 1) << "by the thread, at its end";
+    EXPECT_EQ(done.back(), "VxDevice::Free");
+    EXPECT_EQ(sink.References(), 0);
+}
+
 TEST_F(VxDSStreamConnectionTest, DoesNotDisconnectACameraThatIsGone)
 {
     ConnectAndForget();

@@ -87,6 +87,13 @@ TEST_F(VxDSStreamFormatsTest, EnumeratesExactlyFourTypesWhateverTheFamily)
     EXPECT_EQ(Pin().GetMediaType(&type), E_UNEXPECTED);
 }
 
+TEST_F(VxDSStreamFormatsTest, RefusesANegativePosition)
+{
+    CMediaType type;
+
+    EXPECT_EQ(Pin().GetMediaType(-1, &type), E_INVALIDARG);
+}
+
 TEST_F(VxDSStreamFormatsTest, OffersTheDeliveredSize)
 {
     Store(Setting::Width, 641);

@@ -4,6 +4,8 @@
 #include "FramesFixture.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <thread>
 #include <utility>
 
@@ -11,7 +13,18 @@ namespace {
 
 using vxds::Setting;
 
-class VxDSStreamFramesTest : public FramesFixture {};
+class VxDSStreamFramesTest : public FramesFixture {
+protected:
+    /// How long so many frames take.
+    std::chrono::steady_clock::duration TimeOf(int frames)
+    {
+        CanarySample sample(24);
+        const auto began = std::chrono::steady_clock::now();
+        for (int frame = 0; frame < frames; ++frame)
+            Fill(sample);
+        return std::chrono::steady_clock::now() - began;
+    }
+};
 
 // --- Without a frame.
 
@@ -52,9 +65,13 @@ TEST_F(VxDSStreamFramesTest, DeliversAZeroFrameWhenTheMutexIsBusyTooLong)
     EXPECT_TRUE(hasMutex.WaitFor());
     CanarySample sample(24);
 
+    const auto began = std::chrono::steady_clock::now();
     Fill(sample);
+    const auto taken = std::chrono::steady_clock::now() - began;
 
     ExpectZeroFrame(sample);
+    EXPECT_GE(taken, std::chrono::milliseconds(450)) << "500, less what a coarse clock takes off";
+    EXPECT_LE(taken, std::chrono::seconds(10)) << "500 ms on a machine that has nothing else to do";
     isDone.Pass();
     other.join();
 }
@@ -79,6 +96,64 @@ TEST_F(VxDSStreamFramesTest, GivesWayToAConnectionChangeWhileOnlyIncompleteImage
 
     streaming.join();
     TheCamera().onRetrieve = nullptr;
+}
+
+// --- Pace of frames for which nothing is waited.
+
+TEST_F(VxDSStreamFramesTest, PacesFramesWithoutAStream)
+{
+    EXPECT_GE(TimeOf(10), std::chrono::milliseconds(300))
+        << "10 times 33 ms, less what a coarse clock takes off";
+    EXPECT_EQ(Done(), Lines{});
+}
+
+TEST_F(VxDSStreamFramesTest, PacesFramesOfAPipelineThatAnswersAtOnce)
+{
+    Stream(4, 2);
+
+    EXPECT_GE(TimeOf(10), std::chrono::milliseconds(300));
+}
+
+TEST_F(VxDSStreamFramesTest, DoesNotPacePictures)
+{
+    Stream(4, 2);
+    UseType(0, 4, 2);
+    for (int frame = 0; frame < 50; ++frame)
+        QueueEmptyPicture();
+
+    EXPECT_LT(TimeOf(50), std::chrono::milliseconds(50 * 33 / 2));
+}
+
+TEST_F(VxDSStreamFramesTest, EndsThePaceAtOnceWhenACommandIsPending)
+{
+    ::SetEvent(Pin().GetRequestHandle());
+
+    EXPECT_LT(TimeOf(50), std::chrono::milliseconds(50 * 33 / 2));
+    ::ResetEvent(Pin().GetRequestHandle());
+}
+
+TEST_F(VxDSStreamFramesTest, LetsOthersHaveTheMutexDuringThePace)
+{
+    Pin();
+    Gate filled;
+    std::atomic<bool> isOver = false;
+    std::thread streaming([&] {
+        while (!isOver) {
+            CanarySample sample(24);
+            (void)Pin().FillBuffer(&sample);
+            filled.Pass();
+        }
+    });
+    EXPECT_TRUE(filled.WaitFor());
+
+    const auto began = std::chrono::steady_clock::now();
+    for (int time = 0; time < 50; ++time)
+        Pin().CloseConnection();
+    const auto taken = std::chrono::steady_clock::now() - began;
+
+    EXPECT_LT(taken, std::chrono::milliseconds(50 * 33 / 2));
+    isOver = true;
+    streaming.join();
 }
 
 // --- RGB, straight into the sample.
@@ -266,6 +341,32 @@ TEST_F(VxDSStreamFramesTest, StampsZeroWithoutAClockAndStillCounts)
         EXPECT_EQ(sample.time, std::pair(0LL, 0LL));
         EXPECT_EQ(sample.mediaTime, std::pair(frame, frame + 1));
     }
+}
+
+TEST_F(VxDSStreamFramesTest, LetsTheClockGoWithoutHoldingTheLink)
+{
+    FakeClock clock;
+    ASSERT_EQ(Host().SetSyncSource(&clock), S_OK);
+    Stream(4, 2);
+    ASSERT_EQ(Pin().OnThreadStartPlay(), S_OK);
+    ASSERT_EQ(Host().SetSyncSource(nullptr), S_OK);
+    Gate isAsked;
+    Gate isAnswered;
+    std::thread other([&] {
+        EXPECT_TRUE(isAsked.WaitFor());
+        UINT count = 0;
+        EXPECT_EQ(Pin().GetFeatureCount(count), S_OK); // needs the link
+        isAnswered.Pass();
+    });
+    clock.onLastRelease = [&] {
+        isAsked.Pass();
+        EXPECT_TRUE(isAnswered.WaitFor());
+    };
+
+    EXPECT_EQ(Pin().OnThreadDestroy(), S_OK);
+
+    other.join();
+    EXPECT_EQ(isAnswered.Count(), 1);
 }
 
 TEST_F(VxDSStreamFramesTest, DoesNotCountZeroFrames)

@@ -151,6 +151,20 @@ TEST_F(VxDSStreamProcessingTest, ZeroesAFrameForAKernelThatNoFilterTakes)
     }
 }
 
+TEST_F(VxDSStreamProcessingTest, CountsANegativeKernelAsNone)
+{
+    Stream(8, 8);
+    UseType(0, 8, 8);
+    Store(Setting::KernelSize, 0xFFFFFFFD); // -3
+    const ReferencePicture picture = TestPicture(8, 8);
+    Queue(picture);
+    CanarySample sample(8 * 8 * 3);
+
+    Fill(sample);
+
+    EXPECT_EQ(sample.Copy(), AsBitmap(picture, 3, true));
+}
+
 TEST_F(VxDSStreamProcessingTest, ShowsAPictureAsItArrivesWhenTheCameraItselfWasNeverSeen)
 {
     Store(Setting::Role, 1);
