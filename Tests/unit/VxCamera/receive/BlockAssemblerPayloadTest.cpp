@@ -1,0 +1,206 @@
+#include "BlockAssemblerFixture.h"
+#include "support/Bytes.h"
+
+#include <array>
+
+namespace receive {
+namespace {
+
+using namespace std::chrono_literals;
+using Packet = StreamPackets::Packet;
+
+/// Payload that is more than a picture, or none: chunks, blocks in one packet, several parts.
+class BlockAssemblerPayloadTest : public BlockAssemblerFixture {};
+
+TEST_F(BlockAssemblerPayloadTest, APayloadThatIsNoImageIsDeliveredWithoutPicture)
+{
+    m_stream.leader.start.payloadType = {gvsp::PayloadType::kJpeg};
+    auto packets = m_stream.Block(1);
+    // The writer of image leaders writes any type; a JPEG's leader has the same start.
+    SendAll(packets);
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::NotAnImage);
+    EXPECT_EQ(m_counters.blocksNotAnImage.Value(), 1u);
+}
+
+TEST_F(BlockAssemblerPayloadTest, ChunksBehindThePictureAreReceivedAsFarAsTheBufferGoes)
+{
+    m_stream.leader = StreamPackets::Mono8(64, 40);
+    m_stream.leader.start.payloadType = {gvsp::PayloadType::kImage | gvsp::PayloadType::kChunksFollow};
+    m_stream.payloadBytes = 64 * 40 + 100;
+    SendBlock(1);
+    m_stream.payloadBytes = 64 * 48 + 100; // more than fits
+    SendBlock(2);
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    EXPECT_EQ(CodeOf(0), VxError::Ok);
+    EXPECT_EQ(m_sink.delivered[0].info.receivedBytes, 64u * 40 + 100);
+    EXPECT_EQ(CodeOf(1), VxError::Ok);
+    EXPECT_EQ(m_sink.delivered[1].info.receivedBytes, 64u * 48);
+}
+
+TEST_F(BlockAssemblerPayloadTest, AMissingChunkPacketIsMissed)
+{
+    m_stream.leader = StreamPackets::Mono8(64, 40);
+    m_stream.leader.start.payloadType = {gvsp::PayloadType::kImage | gvsp::PayloadType::kChunksFollow};
+    m_stream.payloadBytes = 64 * 40 + 600;
+    auto packets = m_stream.Block(1);
+    packets.erase(packets.end() - 2);
+    SendAll(packets);
+    Wait(300ms);
+
+    EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
+}
+
+TEST_F(BlockAssemblerPayloadTest, ABlockInOnePacketIsAPicture)
+{
+    // Mono8, 4 x 2 pixels: header, leader, trailer, payload.
+    Send(bytes::FromHex("0000 0007 04 000000 | 0000 0001 00000001 23456789 01080001 00000004 00000002 "
+                        "00000000 00000000 0000 0000 | 0000 0001 00000002 | 01020304 05060708"));
+    // With chunks behind it the trailer is longer by 8 bytes.
+    Send(bytes::FromHex("0000 0008 04 000000 | 0000 4001 00000001 2345678A 01080001 00000004 00000002 "
+                        "00000000 00000000 0000 0000 | 0000 4001 00000002 00000000 00000000 | "
+                        "11121314 15161718 AABBCCDD 00000001 00000004"));
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    EXPECT_EQ(CodeOf(0), VxError::Ok);
+    EXPECT_EQ(m_sink.delivered[0].info.blockId, 7u);
+    EXPECT_EQ(bytes::Copy(bytes::First(m_sink.delivered[0].memory, 8)), bytes::FromHex("0102030405060708"));
+    EXPECT_EQ(CodeOf(1), VxError::Ok);
+    EXPECT_EQ(bytes::Copy(bytes::First(m_sink.delivered[1].memory, 8)), bytes::FromHex("1112131415161718"));
+}
+
+TEST_F(BlockAssemblerPayloadTest, ABlockInOnePacketThatIsCutIsNotGood)
+{
+    const auto whole =
+        bytes::FromHex("0000 0007 04 000000 | 0000 0001 00000001 23456789 01080001 00000004 00000002 "
+                       "00000000 00000000 0000 0000 | 0000 0001 00000002 | 01020304 05060708");
+    for (std::size_t size = 8; size < whole.size(); ++size) {
+        Send(bytes::Copy(bytes::First(whole, size)));
+        Wait(300ms);
+        m_assembler.Abort();
+    }
+    EXPECT_EQ(m_counters.blocksComplete.Value(), 0u);
+    EXPECT_EQ(m_sink.FreeCount(), 4u);
+}
+
+/// Two parts: a map that is no picture, and a picture of Mono8, 4 x 2 pixels.
+Packet MultiPartLeader()
+{
+    return bytes::FromHex("0000 0001 01 000000 | 0000 000A 00000000 00000007 |"
+                          "0009 0000 00000003 01080001 0000 00 00 00000000 0000 0000"
+                          "00000003 00000001 00000000 00000000 0000 0000 00000000 |"
+                          "0001 0000 00000008 01080001 0000 00 00 00000000 0000 0000"
+                          "00000004 00000002 00000000 00000000 0000 0000 00000000");
+}
+
+TEST_F(BlockAssemblerPayloadTest, TheFirstImageOfAMultiPartBlockIsItsPicture)
+{
+    Send(MultiPartLeader());
+    Send(bytes::FromHex("0000 0001 07 000001 | 00 40 000000000000 | EEEEEE"));
+    Send(bytes::FromHex("0000 0001 07 000003 | 01 40 000000000005 | 060708"));
+    Send(bytes::FromHex("0000 0001 07 000002 | 01 00 000000000000 | 0102030405"));
+    Send(bytes::FromHex("0000 0001 02 000004 | 0000 000A"));
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::Ok);
+    EXPECT_EQ(m_sink.delivered[0].info.geometry.widthPx, 4u);
+    EXPECT_EQ(bytes::Copy(bytes::First(m_sink.delivered[0].memory, 8)), bytes::FromHex("0102030405060708"));
+}
+
+TEST_F(BlockAssemblerPayloadTest, AMultiPartBlockIsIncompleteWithoutAnyOfItsPackets)
+{
+    const std::vector<Packet> packets{MultiPartLeader(),
+                                      bytes::FromHex("0000 0001 07 000001 | 00 40 000000000000 | EEEEEE"),
+                                      bytes::FromHex("0000 0001 07 000002 | 01 00 000000000000 | 0102030405"),
+                                      bytes::FromHex("0000 0001 07 000003 | 01 40 000000000005 | 060708"),
+                                      bytes::FromHex("0000 0001 02 000004 | 0000 000A")};
+    for (std::size_t missing = 0; missing < packets.size(); ++missing) {
+        for (std::size_t i = 0; i < packets.size(); ++i) {
+            if (i != missing)
+                Send(packets[i]);
+        }
+        Wait(300ms);
+        const bool isTrailer = missing + 1 == packets.size(); // the picture is whole without it
+        ASSERT_EQ(m_sink.delivered.size(), missing + 1);
+        EXPECT_EQ(CodeOf(missing), isTrailer ? VxError::Ok : VxError::MissingPackets) << missing;
+        m_assembler.Abort(); // the same id comes again
+    }
+}
+
+TEST_F(BlockAssemblerPayloadTest, APartThatIsCutIsNotGood)
+{
+    Send(MultiPartLeader());
+    Send(bytes::FromHex("0000 0001 07 000001 | 00 40 000000000000 | EEEEEE"));
+    Send(bytes::FromHex("0000 0001 07 000002 | 01 00 000000000000 | 01020304"));
+    Send(bytes::FromHex("0000 0001 07 000003 | 01 40 000000000005 | 060708"));
+    Send(bytes::FromHex("0000 0001 02 000004 | 0000 000A"));
+
+    EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
+}
+
+TEST_F(BlockAssemblerPayloadTest, PartsOutsideTheBufferAreNotWritten)
+{
+    Send(MultiPartLeader());
+    Send(bytes::FromHex("0000 0001 07 000001 | 01 40 FFFFFFFFFFFF | EEEEEE"));
+    Send(
+        bytes::FromHex("0000 0001 07 000002 | 01 40 000000000BFF | EEEEEE")); // the sanitizer watches the end
+    Send(bytes::FromHex("0000 0001 03 000003 | EEEEEE"));                     // not of this block's kind
+    Send(bytes::FromHex("0000 0001 07 000003 | 01 40 0000"));                 // cut
+
+    EXPECT_EQ(m_counters.packetsUnsupported.Value(), 1u);
+    EXPECT_EQ(m_counters.packetsMalformed.Value(), 1u);
+}
+
+TEST_F(BlockAssemblerPayloadTest, AMultiPartBlockWithoutAnImageIsNone)
+{
+    Packet leader = MultiPartLeader();
+    leader.resize(8 + 12 + 48); // the map alone
+    Send(leader);
+    Send(bytes::FromHex("0000 0001 07 000001 | 00 40 000000000000 | EEEEEE"));
+    Send(bytes::FromHex("0000 0001 02 000002 | 0000 000A"));
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::NotAnImage);
+}
+
+TEST_F(BlockAssemblerPayloadTest, TheOldExtendedChunkDataHaveAPictureToo)
+{
+    m_stream.leader = StreamPackets::Mono8(64, 40);
+    m_stream.leader.start.payloadType = {gvsp::PayloadType::kExtendedChunkData};
+    m_stream.payloadBytes = 64 * 40 + 100;
+    auto packets = m_stream.Block(1);
+    packets.back() = m_stream.Header(1, gvsp::PacketFormat::Trailer, m_stream.PayloadCount() + 1);
+    for (const std::byte byte : bytes::FromHex("0000 0005 00000A64 00000028 00000001"))
+        packets.back().push_back(byte);
+    SendAll(packets);
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::Ok);
+    EXPECT_EQ(m_sink.delivered[0].info.geometry.heightPx, 40u);
+}
+
+TEST_F(BlockAssemblerPayloadTest, ChunkDataWithoutALeaderOfAnImageAreNoImage)
+{
+    m_stream.leader.start.payloadType = {gvsp::PayloadType::kChunkData};
+    SendBlock(1);
+
+    EXPECT_EQ(CodeOf(0), VxError::NotAnImage);
+}
+
+TEST_F(BlockAssemblerPayloadTest, PayloadOfEveryOtherKindIsNoImageAndDoesNotHoldUpTheStream)
+{
+    std::uint64_t id = 0;
+    constexpr std::array<std::uint16_t, 8> kTypes{0x0002, 0x0003, 0x0006, 0x0007,
+                                                  0x0008, 0x0009, 0x000B, 0x8001};
+    for (const std::uint16_t type : kTypes) {
+        m_stream.leader.start.payloadType = {type};
+        SendBlock(++id);
+        ASSERT_EQ(m_sink.delivered.size(), id);
+        EXPECT_EQ(m_sink.delivered.back().info.code, VxError::NotAnImage) << type;
+    }
+}
+
+} // namespace
+} // namespace receive
