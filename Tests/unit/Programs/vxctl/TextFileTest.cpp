@@ -70,6 +70,7 @@ TEST_F(TextFileTest, ReplacesAFile)
     EXPECT_EQ(ReadTextFile(file).ValueOr(""), "now");
 }
 
+#ifndef _WIN32 // links need a privilege there, and the tool chain's library makes none
 TEST_F(TextFileTest, WritesThroughALink)
 {
     const std::string file = File(u8"file");
@@ -77,8 +78,7 @@ TEST_F(TextFileTest, WritesThroughALink)
     ASSERT_TRUE(WriteTextFile(file, "long before").IsOK());
     std::error_code error;
     std::filesystem::create_symlink("file", link, error);
-    if (error)
-        GTEST_SKIP() << "no links here: " << error.message(); // not everybody may make them on Windows
+    ASSERT_FALSE(error) << error.message();
 
     ASSERT_TRUE(WriteTextFile(link, "now").IsOK());
 
@@ -86,6 +86,7 @@ TEST_F(TextFileTest, WritesThroughALink)
     EXPECT_EQ(ReadTextFile(file).ValueOr(""), "now");
     EXPECT_EQ(FileCount(), 2u);
 }
+#endif
 
 TEST_F(TextFileTest, TakesAByteOrderMarkAway)
 {
