@@ -185,8 +185,8 @@ void MeasureFormula(benchmark::State& state)
     CountOutput(state, Output::Yuy2);
 }
 
-/// What each frame pays for the acquisition mutex: nothing to speak of on Windows, two calls to another
-/// process under Wine, which a copy does not pay.
+/// What each frame pays for the acquisition mutex, and a copy does not. Measured under Wine: from 7 to 141
+/// us, by where the process runs that keeps the mutexes there.
 void MeasureMutex(benchmark::State& state)
 {
     const HANDLE mutex = ::CreateMutexW(nullptr, FALSE, nullptr);
