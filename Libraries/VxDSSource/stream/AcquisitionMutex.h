@@ -8,17 +8,18 @@ namespace vxds {
 
 /// Serialises connection changes, settings that act at once, and frame production.
 ///
-/// Its owner may take it again. It is the first lock in the module's order: whoever holds it may take the
-/// filter's state lock, the camera link's lock or the format's lock, and nobody waits for it without limit
-/// while holding one of those.
+/// A recursive mutex with a time-out, made of the system's slim lock and condition variables and not of a
+/// kernel mutex, because every frame takes it: see Docs/decisions/0008. Threads that wait get it in the order
+/// in which they came; frame production, which takes it again at once, cannot overtake them.
+///
+/// It is the first lock in the module's order: whoever holds it may take the filter's state lock, the camera
+/// link's lock or the format's lock, and nobody waits for it without limit while holding one of those.
 ///
 /// Owner:  VxDSStream, by value.
 /// Thread: any.
 class AcquisitionMutex {
 public:
-    /// Throws std::system_error when the system gives no mutex.
-    AcquisitionMutex();
-    ~AcquisitionMutex();
+    AcquisitionMutex() = default;
     AcquisitionMutex(const AcquisitionMutex&) = delete;
     AcquisitionMutex& operator=(const AcquisitionMutex&) = delete;
 
@@ -42,11 +43,28 @@ public:
     };
 
     /// Whether a thread waits without limit.
-    [[nodiscard]] bool IsWanted() const { return m_waiting.load() > 0; }
+    [[nodiscard]] bool IsWanted() const { return m_patient.load() > 0; }
 
 private:
-    HANDLE m_handle;
-    std::atomic<int> m_waiting = 0;
+    /// A thread that waits. It lives on that thread's stack until the thread has the mutex or gives up.
+    struct Waiter {
+        CONDITION_VARIABLE turn = CONDITION_VARIABLE_INIT;
+        DWORD thread = 0;
+        bool hasTurn = false;
+        Waiter* next = nullptr;
+    };
+
+    bool Acquire(DWORD timeoutMs);
+    bool WaitForTurn(Waiter& waiter, DWORD timeoutMs);
+    void Release();
+    void Remove(const Waiter& waiter);
+
+    SRWLOCK m_state = SRWLOCK_INIT; // guards what follows; held for some instructions only
+    DWORD m_owner = 0;              // thread id; 0: nobody, no thread has that id
+    unsigned m_depth = 0;           // how often the owner has taken it
+    Waiter* m_first = nullptr;      // borrowed, in the order of arrival
+    std::atomic<int> m_patient =
+        0; // threads in the row that wait without limit; written under the state lock
 };
 
 } // namespace vxds

@@ -3,11 +3,20 @@
 #include "support/directshow/Gate.h"
 
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <thread>
+#include <vector>
 
 namespace vxds {
 namespace {
+
+bool IsFreeForAnother(AcquisitionMutex& mutex)
+{
+    bool isHeld = false;
+    std::thread([&] { isHeld = AcquisitionMutex::Lock(mutex, 0).IsHeld(); }).join();
+    return isHeld;
+}
 
 TEST(AcquisitionMutexTest, MayBeTakenAgainByItsOwner)
 {
@@ -25,12 +34,12 @@ TEST(AcquisitionMutexTest, IsNotHeldWhenTheTimeIsOver)
 {
     AcquisitionMutex mutex;
     const AcquisitionMutex::Lock lock(mutex);
-    bool isHeld = true;
+    const ULONGLONG began = ::GetTickCount64();
 
-    std::thread other([&] { isHeld = AcquisitionMutex::Lock(mutex, 0).IsHeld(); });
-    other.join();
+    std::thread([&] { EXPECT_FALSE(AcquisitionMutex::Lock(mutex, 40).IsHeld()); }).join();
 
-    EXPECT_FALSE(isHeld);
+    EXPECT_GE(::GetTickCount64() - began, 40u);
+    EXPECT_FALSE(IsFreeForAnother(mutex));
 }
 
 TEST(AcquisitionMutexTest, IsWantedWhileAThreadWaitsWithoutLimit)
@@ -54,14 +63,89 @@ TEST(AcquisitionMutexTest, IsWantedWhileAThreadWaitsWithoutLimit)
     EXPECT_FALSE(mutex.IsWanted());
 }
 
-TEST(AcquisitionMutexTest, PassesOnWhenItsOwnerEndedWithoutLettingGo)
+TEST(AcquisitionMutexTest, CountsHowOftenItsOwnerHasTakenIt)
 {
     AcquisitionMutex mutex;
-    std::thread([&] { (void)new AcquisitionMutex::Lock(mutex); }).join(); // left behind on purpose
+    const AcquisitionMutex::Lock outer(mutex);
+    {
+        const AcquisitionMutex::Lock inner(mutex);
+    }
 
-    const AcquisitionMutex::Lock lock(mutex, 1000);
+    EXPECT_FALSE(IsFreeForAnother(mutex));
+}
 
-    EXPECT_TRUE(lock.IsHeld());
+TEST(AcquisitionMutexTest, IsFreeWhenItsOwnerHasLetGo)
+{
+    AcquisitionMutex mutex;
+    {
+        const AcquisitionMutex::Lock outer(mutex);
+        const AcquisitionMutex::Lock inner(mutex);
+    }
+
+    EXPECT_TRUE(IsFreeForAnother(mutex));
+}
+
+TEST(AcquisitionMutexTest, AThreadThatGaveUpIsPassedOver)
+{
+    AcquisitionMutex mutex;
+    {
+        const AcquisitionMutex::Lock lock(mutex);
+        std::thread([&] { EXPECT_FALSE(AcquisitionMutex::Lock(mutex, 1).IsHeld()); }).join();
+    }
+
+    EXPECT_TRUE(IsFreeForAnother(mutex));
+}
+
+// Frame production takes the mutex again as soon as it has let go. Whoever waits must get it in between.
+TEST(AcquisitionMutexTest, ItsOwnerCannotTakeItAgainBeforeOneWhoWaits)
+{
+    constexpr int kRounds = 100;
+    AcquisitionMutex mutex;
+    std::vector<int> order; // guarded by the mutex
+    for (int round = 0; round < kRounds; ++round) {
+        std::thread other;
+        {
+            const AcquisitionMutex::Lock lock(mutex);
+            other = std::thread([&] {
+                const AcquisitionMutex::Lock waiting(mutex);
+                order.push_back(1);
+            });
+            while (!mutex.IsWanted())
+                std::this_thread::yield();
+        }
+        {
+            const AcquisitionMutex::Lock again(mutex);
+            order.push_back(2);
+        }
+        other.join();
+    }
+
+    ASSERT_EQ(order.size(), 2u * kRounds);
+    for (int round = 0; round < kRounds; ++round)
+        EXPECT_EQ(order[2u * round], 1) << "round " << round;
+}
+
+TEST(AcquisitionMutexTest, OneAtATimeHoldsIt)
+{
+    constexpr int kThreads = 4;
+    constexpr int kTimes = 5000;
+    AcquisitionMutex mutex;
+    int inside = 0; // both guarded by the mutex, whose failure this test would show
+    int total = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i)
+        threads.emplace_back([&, i] {
+            for (int time = 0; time < kTimes; ++time) {
+                const AcquisitionMutex::Lock lock(mutex, i % 2 == 0 ? INFINITE : 60'000);
+                EXPECT_EQ(++inside, 1);
+                ++total;
+                --inside;
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+
+    EXPECT_EQ(total, kThreads * kTimes);
 }
 
 } // namespace
