@@ -16,6 +16,8 @@ GOAL_CPU = 0.5           # of the peer's, in the same run
 RATE_STEP = 1.25         # from one rate to the next, while looking for the highest one without loss
 PAUSE = 0.5              # seconds: a camera that has just been ended, or is about to listen
 HD = {"width": 1920, "height": 1080}
+FULL_SPEED = 100000      # Mbit/s: far more than a processor can send
+USUAL_SPEED = 1000       # Mbit/s: what most cameras have
 FAKE = {"width": 2048, "height": 2048}  # the largest picture of the independent camera
 
 
@@ -53,9 +55,9 @@ class Bench:
         self.quick = quick
         self.rows = []
 
-    def simulator(self, size, fps, *options):
+    def simulator(self, size, fps, *options, link_mbits=FULL_SPEED):
         return Camera([self.build / "bin/vxsim", "--width", size["width"], "--height", size["height"], "--fps", fps,
-                       "--link-speed", 100000, *options])
+                       "--link-speed", link_mbits, *options])
 
     def fake(self):
         return Camera(["arv-fake-gv-camera-0.8", "-i", "127.0.0.1"])
@@ -129,14 +131,14 @@ class Bench:
         fps = 50
         frames = 100 if self.quick else 1000
         usual = {}
-        with self.simulator(size, fps, "--link-speed", 1000):
+        with self.simulator(size, fps, link_mbits=USUAL_SPEED):
             usual["ours"] = self.receive("ours", packet=1500, frames=frames, fps=fps, **size)
-        with self.simulator(size, fps, "--link-speed", 1000):
+        with self.simulator(size, fps, link_mbits=USUAL_SPEED):
             usual["aravis"] = self.receive("aravis", packet=1500, frames=frames, fps=fps, **size)
         for memory in ((), ("--resend-memory", 40)):
             for drop in (0.001, 0.01, 0.05):
                 results = self.both(lambda m=memory, d=drop: self.simulator(
-                    size, fps, "--link-speed", 1000, "--drop", d, *m), packet=1500, frames=frames, fps=fps, **size)
+                    size, fps, "--drop", d, *m, link_mbits=USUAL_SPEED), packet=1500, frames=frames, fps=fps, **size)
                 title = f"{drop:.1%} lost" + (", camera keeps packets for 40 ms" if memory else "")
                 goal = 1.0 if drop <= 0.01 else 0.999
                 share = results["ours"]["complete"] / results["ours"]["frames"]

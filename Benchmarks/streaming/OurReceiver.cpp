@@ -44,13 +44,14 @@ public:
         if (const VxResult opened = m_stream.Open(order.address.c_str()); !opened.IsOK())
             return opened.GetDescription().Narrow();
         m_pipeline = std::make_unique<VxPipeline>(&m_stream);
+        VxGenParameterArray& link = *m_device->GetCommunicationParameters();
+        std::ignore = link.Get("PacketSizeMode")->FromString("Fixed");
+        if (const VxResult sized = link.SetIntegerValue("PacketSize", order.packetBytes); !sized.IsOK())
+            return sized.GetDescription().Narrow();
         auto* const gev = dynamic_cast<VxDeviceGEV*>(m_device.get());
         if (gev == nullptr ||
             !gev->SetStreamDestination(m_stream.GetLocalIPAddress(), m_stream.GetLocalPort(), 0).IsOK())
             return "the camera takes no destination";
-        if (const VxResult sized = features.SetIntegerValue("GevSCPSPacketSize", order.packetBytes);
-            !sized.IsOK())
-            return sized.GetDescription().Narrow();
         std::ignore = m_pipeline->SetBufferCount(kBuffers);
         m_pipeline->SetBufferSize(m_device->GetPayloadSize());
         if (const VxResult started = m_pipeline->Start(); !started.IsOK())
