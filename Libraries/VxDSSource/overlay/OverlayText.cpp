@@ -95,13 +95,14 @@ public:
                                            m_font, &m_place, nullptr, m_brush));
     }
 
-    /// @return  what the text covers; empty when that cannot be told
-    [[nodiscard]] RectF Measure(std::wstring_view text)
+    /// @return  what the text covers; nothing when that cannot be told
+    [[nodiscard]] std::optional<RectF> Measure(std::wstring_view text)
     {
         RectF box;
-        if (m_wrapper != nullptr)
-            m_wrapper->Note(GdipMeasureString(m_wrapper->graphics, text.data(), static_cast<INT>(text.size()),
-                                              m_font, &m_place, nullptr, &box, nullptr, nullptr));
+        if (m_wrapper == nullptr ||
+            GdipMeasureString(m_wrapper->graphics, text.data(), static_cast<INT>(text.size()), m_font,
+                              &m_place, nullptr, &box, nullptr, nullptr) != Ok)
+            return std::nullopt;
         return box;
     }
 
@@ -128,7 +129,7 @@ std::size_t PixelsUpTo(REAL edge, std::size_t limit)
 }
 
 /// The text as GDI+ is given it: lines end with a line feed alone, which means the same to GDI+. A carriage
-/// return before it Wine 8 shows as a box (seen).
+/// return before it Wine 8 shows as a box (seen; Docs/decisions/0008-text-over-a-frame.md).
 std::wstring WithoutCarriageReturns(std::wstring_view text)
 {
     std::wstring lines;
@@ -138,16 +139,18 @@ std::wstring WithoutCarriageReturns(std::wstring_view text)
     return lines;
 }
 
-/// The part of a frame that the text covers.
+/// The part of a frame that the text covers; all of it when that cannot be told.
 Part PartUnder(std::wstring_view text, const FrameRows& rows)
 {
     GpBitmap* scratch = nullptr;
     std::ignore = GdipCreateBitmapFromScan0(1, 1, 0, PixelFormat24bppRGB, nullptr, &scratch);
-    const RectF box = TextOnBitmap(scratch).Measure(text);
+    const std::optional<RectF> box = TextOnBitmap(scratch).Measure(text);
     GdipDisposeImage(scratch);
-    if (box.Width <= 0.0F || box.Height <= 0.0F)
+    if (!box)
+        return {rows.WidthPx(), rows.Count()};
+    if (box->Width <= 0.0F || box->Height <= 0.0F)
         return {};
-    return {PixelsUpTo(box.X + box.Width, rows.WidthPx()), PixelsUpTo(box.Y + box.Height, rows.Count())};
+    return {PixelsUpTo(box->X + box->Width, rows.WidthPx()), PixelsUpTo(box->Y + box->Height, rows.Count())};
 }
 
 /// Bytes of a row as GDI+ counts them: a row starts at a multiple of four bytes.
@@ -170,17 +173,61 @@ GpBitmap* MakeBitmap(const BITMAPINFOHEADER& header, void* bits)
     return bitmap;
 }
 
-bool LiesIn(std::span<const std::uint8_t> memory, const void* address)
-{
-    const auto* const byte = static_cast<const std::uint8_t*>(address);
-    return !std::less<>()(byte, memory.data()) && std::less<>()(byte, memory.data() + memory.size());
-}
+/// Rows that were drawn on, from the top of the picture, wherever that lies in memory.
+struct DrawnRows {
+    const std::uint8_t* first = nullptr;
+    std::ptrdiff_t strideBytes = 0; ///< negative when the rows lie bottom-up
+    std::size_t pixelBytes = 0;
+};
 
-/// Copies pixels; of one that is longer on one side the first bytes: blue, green and red.
-void CopyPixels(const std::uint8_t* from, std::size_t fromBytes, std::uint8_t* to, std::size_t toBytes,
-                std::size_t count)
+/// Holds the bits of a bitmap's part for reading, for one scope.
+class LockedBits {
+public:
+    LockedBits(GpBitmap* bitmap, Part part, std::size_t pixelBytes)
+        : m_bitmap(bitmap), m_pixelBytes(pixelBytes)
+    {
+        PixelFormat format = 0;
+        if (GdipGetImagePixelFormat(bitmap, &format) != Ok ||
+            GetPixelFormatSize(format) != pixelBytes * kBitsPerByte)
+            return;
+        const Rect area(0, 0, static_cast<INT>(part.widthPx), static_cast<INT>(part.rows));
+        m_areHeld = GdipBitmapLockBits(bitmap, &area, ImageLockModeRead, format, &m_bits) == Ok;
+    }
+    ~LockedBits()
+    {
+        if (m_areHeld)
+            GdipBitmapUnlockBits(m_bitmap, &m_bits);
+    }
+    LockedBits(const LockedBits&) = delete;
+    LockedBits& operator=(const LockedBits&) = delete;
+
+    /// False: GDI+ refused, or has another pixel format.
+    [[nodiscard]] bool AreHeld() const { return m_areHeld; }
+    [[nodiscard]] DrawnRows Rows() const
+    {
+        return {static_cast<const std::uint8_t*>(m_bits.Scan0), m_bits.Stride, m_pixelBytes};
+    }
+    [[nodiscard]] BitsHandling Handling(std::span<const std::uint8_t> given) const
+    {
+        const auto* const first = static_cast<const std::uint8_t*>(m_bits.Scan0);
+        const bool areGiven =
+            !std::less<>()(first, given.data()) && std::less<>()(first, given.data() + given.size());
+        return areGiven ? BitsHandling::Wrapped : BitsHandling::Copied;
+    }
+
+private:
+    GpBitmap* const m_bitmap; // borrowed: outlives the scope
+    const std::size_t m_pixelBytes;
+    BitmapData m_bits{};
+    bool m_areHeld = false;
+};
+
+/// Copies colours: whole pixels of up to three bytes. A fourth byte is no colour and stays as it is, be it a
+/// filler or, to who receives the frame, its opacity.
+void CopyColours(const std::uint8_t* from, std::size_t fromBytes, std::uint8_t* to, std::size_t toBytes,
+                 std::size_t count)
 {
-    if (fromBytes == toBytes) {
+    if (fromBytes == toBytes && toBytes <= kColourBytes) {
         std::memcpy(to, from, count * toBytes);
         return;
     }
@@ -191,27 +238,12 @@ void CopyPixels(const std::uint8_t* from, std::size_t fromBytes, std::uint8_t* t
     }
 }
 
-/// Brings what was drawn into the frame, unless the bitmap's bits are the frame's.
-/// @param drawnBytes  a pixel, of the bitmap
-/// @return  whether the bits were others
-bool TakeBack(GpBitmap* bitmap, Part part, std::size_t drawnBytes, const FrameRows& rows)
+/// Brings what was drawn into the frame.
+void TakeBack(const DrawnRows& drawn, Part part, const FrameRows& rows)
 {
-    PixelFormat format = 0;
-    if (GdipGetImagePixelFormat(bitmap, &format) != Ok ||
-        GetPixelFormatSize(format) != drawnBytes * kBitsPerByte)
-        return false;
-    const Rect area(0, 0, static_cast<INT>(part.widthPx), static_cast<INT>(part.rows));
-    BitmapData bits{};
-    if (GdipBitmapLockBits(bitmap, &area, ImageLockModeRead, format, &bits) != Ok)
-        return false;
-    // The first row is the one at the top, wherever it lies in memory: the stride is negative for bottom-up
-    // bits.
-    const auto* row = static_cast<const std::uint8_t*>(bits.Scan0);
-    const bool areOthers = !LiesIn(rows.Bytes(), row);
-    for (std::size_t y = 0; areOthers && y < part.rows; ++y, row += bits.Stride)
-        CopyPixels(row, drawnBytes, rows.Row(y).data(), rows.PixelBytes(), part.widthPx);
-    GdipBitmapUnlockBits(bitmap, &bits);
-    return areOthers;
+    const std::uint8_t* row = drawn.first;
+    for (std::size_t y = 0; y < part.rows; ++y, row += drawn.strideBytes)
+        CopyColours(row, drawn.pixelBytes, rows.Row(y).data(), rows.PixelBytes(), part.widthPx);
 }
 
 /// Draws on the frame's own memory.
@@ -220,25 +252,33 @@ GpStatus DrawOnFrame(GdiPlusSession& gdiPlus, const OverlayFrame& frame, const F
 {
     GpBitmap* const bitmap = MakeBitmap(frame.header, rows.Bytes().data());
     TextOnBitmap(bitmap).Draw(text);
-    if (TakeBack(bitmap, {rows.WidthPx(), rows.Count()}, rows.PixelBytes(), rows))
-        gdiPlus.NoteThatBitsAreCopied();
+    if (gdiPlus.HandlingOf(rows.PixelBytes()) == BitsHandling::Unknown) {
+        const Part whole{rows.WidthPx(), rows.Count()};
+        const LockedBits bits(bitmap, whole, rows.PixelBytes());
+        if (bits.AreHeld()) { // else the next frame asks
+            gdiPlus.NoteHandling(rows.PixelBytes(), bits.Handling(rows.Bytes()));
+            if (bits.Handling(rows.Bytes()) == BitsHandling::Copied)
+                TakeBack(bits.Rows(), whole, rows);
+        }
+    }
     return GdipDisposeImage(bitmap);
 }
 
 /// Draws on a copy of the part that the text covers, with rows as GDI+ counts them.
-GpStatus DrawOnCopy(const OverlayFrame& frame, const FrameRows& rows, std::wstring_view text)
+GpStatus DrawOnCopy(GdiPlusSession& gdiPlus, const OverlayFrame& frame, const FrameRows& rows,
+                    std::wstring_view text)
 {
     const Part part = PartUnder(text, rows);
     if (part.widthPx == 0 || part.rows == 0)
         return Ok;
-    // Text on 32 bits takes Wine 8 five times as long as text on 24 (3 ms for a summary, measured). The
-    // fourth byte of a pixel has no part in it.
+    // Text on 32 bits takes Wine 8 five times as long as text on 24 (3 ms for a summary, measured).
     const std::size_t drawnBytes = rows.PixelBytes() == kColourBytes + 1 ? kColourBytes : rows.PixelBytes();
     const std::size_t gdiRowBytes = GdiRowBytes(part.widthPx * drawnBytes);
-    const auto copy = std::make_unique<std::uint8_t[]>(gdiRowBytes * part.rows);
+    const std::size_t copyBytes = gdiRowBytes * part.rows;
+    const auto copy = std::make_unique<std::uint8_t[]>(copyBytes);
     for (std::size_t y = 0; y < part.rows; ++y)
-        CopyPixels(rows.Row(y).data(), rows.PixelBytes(), copy.get() + y * gdiRowBytes, drawnBytes,
-                   part.widthPx);
+        CopyColours(rows.Row(y).data(), rows.PixelBytes(), copy.get() + y * gdiRowBytes, drawnBytes,
+                    part.widthPx);
 
     BITMAPINFOHEADER header = frame.header;
     header.biWidth = static_cast<LONG>(part.widthPx); // at most the frame's
@@ -247,7 +287,16 @@ GpStatus DrawOnCopy(const OverlayFrame& frame, const FrameRows& rows, std::wstri
     header.biSizeImage = 0; // as large as it has to be
     GpBitmap* const bitmap = MakeBitmap(header, copy.get());
     TextOnBitmap(bitmap).Draw(text);
-    std::ignore = TakeBack(bitmap, part, drawnBytes, rows);
+    const DrawnRows ownRows{copy.get(), static_cast<std::ptrdiff_t>(gdiRowBytes), drawnBytes};
+    if (gdiPlus.HandlingOf(drawnBytes) == BitsHandling::Wrapped) {
+        TakeBack(ownRows, part, rows);
+    } else {
+        const LockedBits bits(bitmap, part, drawnBytes);
+        if (bits.AreHeld())
+            gdiPlus.NoteHandling(drawnBytes, bits.Handling({copy.get(), copyBytes}));
+        // Refused, the copy may have the text all the same; and without it, it is as it was.
+        TakeBack(bits.AreHeld() ? bits.Rows() : ownRows, part, rows);
+    }
     return GdipDisposeImage(bitmap);
 }
 
@@ -258,10 +307,10 @@ GpStatus DrawOnCopy(const OverlayFrame& frame, const FrameRows& rows, std::wstri
 // frame's end: there the text is drawn on a copy with rows of GDI+'s length, and the rows come back without
 // their gaps.
 //
-// GDI+ may also draw on a copy of the bits it was given (Wine 8 does, measured). The bitmap tells: after the
-// first text its bits are not the frame's, and the picture is fetched from it. Such a GDI+ copies the whole
-// frame three times (5 ms and more for 1920 x 1080, measured), so from then on it gets a copy of no more than
-// the text covers.
+// GDI+ may also draw on a copy of the bits it was given (Wine 8 does, measured). The bitmap tells, and is
+// asked once for each depth: where after the first text its bits are not the frame's, the picture is fetched
+// from it, and from then on such a GDI+ gets a copy of no more than the text covers. Figures are in
+// Docs/decisions/0008-text-over-a-frame.md.
 GpStatus DrawOverlayText(GdiPlusSession& gdiPlus, const OverlayFrame& frame, std::wstring_view text)
 {
     const std::optional<FrameRows> rows = FrameRows::Of(frame);
@@ -269,9 +318,9 @@ GpStatus DrawOverlayText(GdiPlusSession& gdiPlus, const OverlayFrame& frame, std
         return InvalidParameter;
     const std::wstring lines = WithoutCarriageReturns(text);
     const bool hasGdiRows = GdiRowBytes(rows->RowBytes()) == rows->RowBytes();
-    if (hasGdiRows && !gdiPlus.CopiesBits())
+    if (hasGdiRows && gdiPlus.HandlingOf(rows->PixelBytes()) != BitsHandling::Copied)
         return DrawOnFrame(gdiPlus, frame, *rows, lines);
-    return DrawOnCopy(frame, *rows, lines);
+    return DrawOnCopy(gdiPlus, frame, *rows, lines);
 }
 
 } // namespace vxds

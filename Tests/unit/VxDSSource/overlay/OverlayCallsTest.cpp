@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -18,34 +19,56 @@ using Lines = std::vector<std::string>;
 
 constexpr WORD kDepths[] = {16, 24, 32};
 
-const Lines kCallsOfOneText = {
-    "GdipCreateBitmapFromGdiDib",
-    "GdipAlloc",
-    "GdipGetImageGraphicsContext",
-    "GdipSetCompositingMode",
-    "GdipSetCompositingQuality",
-    "GdipSetInterpolationMode",
-    "GdipSetPixelOffsetMode",
-    "GdipSetSmoothingMode",
-    "GdipSetTextRenderingHint",
-    "GdipCreateFontFamilyFromName",
-    "GdipCreateFont",
-    "GdipCreateSolidFill",
-    "GdipDrawString",
-    "GdipDeleteGraphics",
-    "GdipFree",
-    "GdipDeleteBrush",
-    "GdipDeleteFont",
-    "GdipDeleteFontFamily",
-    // Whether its bits are the frame's is asked of the bitmap.
-    "GdipGetImagePixelFormat",
-    "GdipBitmapLockBits",
-    "GdipBitmapUnlockBits",
-    "GdipDisposeImage",
+// From the graphics context to the end of what it needs, around one call that uses it all.
+Lines CallsAround(const char* use)
+{
+    return {"GdipAlloc",
+            "GdipGetImageGraphicsContext",
+            "GdipSetCompositingMode",
+            "GdipSetCompositingQuality",
+            "GdipSetInterpolationMode",
+            "GdipSetPixelOffsetMode",
+            "GdipSetSmoothingMode",
+            "GdipSetTextRenderingHint",
+            "GdipCreateFontFamilyFromName",
+            "GdipCreateFont",
+            "GdipCreateSolidFill",
+            use,
+            "GdipDeleteGraphics",
+            "GdipFree",
+            "GdipDeleteBrush",
+            "GdipDeleteFont",
+            "GdipDeleteFontFamily"};
+}
+
+Lines Joined(std::initializer_list<Lines> parts)
+{
+    Lines all;
+    for (const Lines& each : parts)
+        all.insert(all.end(), each.begin(), each.end());
+    return all;
+}
+
+const Lines kDrawing = Joined({{"GdipCreateBitmapFromGdiDib"}, CallsAround("GdipDrawString")});
+const Lines kLookingAtBits = {"GdipGetImagePixelFormat", "GdipBitmapLockBits", "GdipBitmapUnlockBits"};
+const Lines kDisposal = {"GdipDisposeImage"};
+const Lines kMeasuring = Joined({{"GdipCreateBitmapFromScan0"}, CallsAround("GdipMeasureString"), kDisposal});
+
+/// Where it is known that bits are wrapped.
+const Lines kCallsOfOneText = Joined({kDrawing, kDisposal});
+/// Where it has to be found out.
+const Lines kCallsOfTheFirstText = Joined({kDrawing, kLookingAtBits, kDisposal});
+/// Where bits are copied.
+const Lines kCallsOnACopy = Joined({kMeasuring, kDrawing, kLookingAtBits, kDisposal});
+
+/// What became of the fourth byte of a pixel, which is no colour.
+enum class Fourth {
+    Drawn, ///< GDI+ has drawn on it: on the frame itself
+    Kept,  ///< nothing that was drawn elsewhere is taken over
 };
 
 /// The frame with the pattern at its place, as a viewer sees it; everything else as it was.
-std::vector<std::uint8_t> ExpectedOf(const BITMAPINFOHEADER& header)
+std::vector<std::uint8_t> ExpectedOf(const BITMAPINFOHEADER& header, Fourth fourth = Fourth::Drawn)
 {
     const auto width = static_cast<std::size_t>(header.biWidth);
     const auto height = static_cast<std::size_t>(std::abs(header.biHeight));
@@ -55,8 +78,9 @@ std::vector<std::uint8_t> ExpectedOf(const BITMAPINFOHEADER& header)
         const std::size_t y = header.biHeight > 0 ? height - 1 - row : row;
         for (std::size_t x = 0; x < width; ++x)
             for (std::size_t k = 0; k < pixelBytes; ++k)
-                bytes.push_back(ScriptedGdiPlus::IsDrawn(x, y) ? ScriptedGdiPlus::DrawnByte(x, y, k)
-                                                               : GuardedFrame::StaleByte(bytes.size()));
+                bytes.push_back(ScriptedGdiPlus::IsDrawn(x, y) && (k < 3 || fourth == Fourth::Drawn)
+                                    ? ScriptedGdiPlus::DrawnByte(x, y, k)
+                                    : GuardedFrame::StaleByte(bytes.size()));
     }
     return bytes;
 }
@@ -89,11 +113,44 @@ protected:
 
 TEST_F(OverlayCallsTest, CallsInTheFixedOrder)
 {
-    GuardedFrame frame(8, 6, 24);
+    vxds::GdiPlusSession session;
+    for (int i = 0; i < 3; ++i) {
+        GuardedFrame frame(8, 6, 24);
 
-    EXPECT_EQ(Draw(frame), Gdiplus::Ok);
+        EXPECT_EQ(DrawWith(session, frame), Gdiplus::Ok);
 
-    EXPECT_EQ(m_calls, kCallsOfOneText);
+        EXPECT_EQ(m_calls, i == 0 ? kCallsOfTheFirstText : kCallsOfOneText);
+    }
+}
+
+TEST_F(OverlayCallsTest, CallsInTheFixedOrderOnACopy)
+{
+    TheGdiPlus().copiesBits = true;
+    vxds::GdiPlusSession session;
+    for (int i = 0; i < 3; ++i) {
+        GuardedFrame frame(8, 6, 24);
+
+        EXPECT_EQ(DrawWith(session, frame), Gdiplus::Ok);
+
+        EXPECT_EQ(m_calls, i == 0 ? kCallsOfTheFirstText : kCallsOnACopy);
+    }
+}
+
+TEST_F(OverlayCallsTest, CallsInTheFixedOrderWhereRowsAreNoMultiplesOfFourBytes)
+{
+    for (const bool copiesBits : {false, true}) {
+        TheGdiPlus().copiesBits = copiesBits;
+        vxds::GdiPlusSession session;
+        for (int i = 0; i < 3; ++i) {
+            GuardedFrame frame(7, 6, 24);
+
+            EXPECT_EQ(DrawWith(session, frame), Gdiplus::Ok);
+
+            const bool isFetched = copiesBits || i == 0;
+            EXPECT_EQ(m_calls, isFetched ? kCallsOnACopy : Joined({kMeasuring, kCallsOfOneText}));
+            EXPECT_EQ(frame.Bytes(), ExpectedOf(frame.Frame().header));
+        }
+    }
 }
 
 TEST_F(OverlayCallsTest, DescribesTheBitmapByTheTypesHeader)
@@ -167,14 +224,19 @@ TEST_F(OverlayCallsTest, LandsInTheFrameWhetherBitsAreWrappedOrCopied)
     for (const bool copiesBits : {false, true}) {
         for (const WORD bits : kDepths) {
             for (const LONG width : {1, 2, 3, 4, 5, 7, 8, 31, 641}) {
-                for (const LONG height : {1, -1, 9, -9}) {
+                for (const LONG height : {1, -1, 2, -2, 9, -9}) {
                     TheGdiPlus().copiesBits = copiesBits;
-                    GuardedFrame frame(width, height, bits);
+                    vxds::GdiPlusSession session;
+                    for (const char* const which : {"first", "second"}) {
+                        GuardedFrame frame(width, height, bits);
 
-                    EXPECT_EQ(Draw(frame), Gdiplus::Ok);
+                        EXPECT_EQ(DrawWith(session, frame), Gdiplus::Ok);
 
-                    EXPECT_EQ(frame.Bytes(), ExpectedOf(frame.Frame().header))
-                        << width << " x " << height << ", " << bits << " bits, copied: " << copiesBits;
+                        const Fourth fourth = copiesBits ? Fourth::Kept : Fourth::Drawn;
+                        EXPECT_EQ(frame.Bytes(), ExpectedOf(frame.Frame().header, fourth))
+                            << width << " x " << height << ", " << bits << " bits, copied: " << copiesBits
+                            << ", " << which;
+                    }
                 }
             }
         }
@@ -205,7 +267,6 @@ TEST_F(OverlayCallsTest, GivesAGdiPlusThatWrapsTheFrameItselfEachTime)
 
         EXPECT_EQ(DrawWith(session, frame), Gdiplus::Ok);
 
-        EXPECT_EQ(m_calls, kCallsOfOneText);
         EXPECT_EQ(TheGdiPlus().bits, frame.Frame().memory.data());
         EXPECT_EQ(frame.Bytes(), ExpectedOf(frame.Frame().header));
     }
@@ -246,17 +307,97 @@ TEST_F(OverlayCallsTest, DrawsOnACopyWithoutTheFourthByteOfAPixel)
 {
     TheGdiPlus().copiesBits = true;
     vxds::GdiPlusSession session;
-    GuardedFrame first(8, 6, 32);
+    for (const int drawnBits : {32, 24, 24}) {
+        GuardedFrame frame(8, 6, 32);
+
+        EXPECT_EQ(DrawWith(session, frame), Gdiplus::Ok);
+
+        EXPECT_EQ(TheGdiPlus().header.biBitCount, drawnBits);
+        EXPECT_EQ(frame.Bytes(), ExpectedOf(frame.Frame().header, Fourth::Kept));
+    }
+}
+
+TEST_F(OverlayCallsTest, FindsOutOnceForEachDepth)
+{
+    vxds::GdiPlusSession session;
+    for (const int round : {1, 2}) {
+        for (const WORD bits : kDepths) {
+            TheGdiPlus().copiesBits = bits == 16; // as some GDI+ might
+            GuardedFrame frame(8, 6, bits);
+
+            EXPECT_EQ(DrawWith(session, frame), Gdiplus::Ok);
+
+            EXPECT_EQ(m_calls, round == 1   ? kCallsOfTheFirstText
+                               : bits == 16 ? kCallsOnACopy
+                                            : kCallsOfOneText)
+                << bits;
+            EXPECT_EQ(frame.Bytes(), ExpectedOf(frame.Frame().header)) << bits;
+        }
+    }
+}
+
+TEST_F(OverlayCallsTest, AsksAgainWhenItCouldNotFindOut)
+{
+    for (const char* const refused : {"GdipGetImagePixelFormat", "GdipBitmapLockBits"}) {
+        for (const bool copiesBits : {false, true}) {
+            TheGdiPlus().copiesBits = copiesBits;
+            TheGdiPlus().failing = refused;
+            vxds::GdiPlusSession session;
+            GuardedFrame first(8, 6, 24);
+            EXPECT_EQ(DrawWith(session, first), Gdiplus::Ok);
+            EXPECT_EQ(first.IsUntouched(), copiesBits) << "nobody knows where the text is";
+            TheGdiPlus().failing.clear();
+
+            for (int i = 0; i < 2; ++i) {
+                GuardedFrame frame(8, 6, 24);
+                EXPECT_EQ(DrawWith(session, frame), Gdiplus::Ok);
+
+                EXPECT_EQ(frame.Bytes(), ExpectedOf(frame.Frame().header)) << refused << ", " << copiesBits;
+                EXPECT_EQ(std::ranges::count(m_calls, "GdipBitmapLockBits"), copiesBits || i == 0 ? 1 : 0);
+            }
+        }
+    }
+}
+
+TEST_F(OverlayCallsTest, DrawsAgainAfterAFrameWhoseBitsCouldNotBeFetched)
+{
+    TheGdiPlus().copiesBits = true;
+    vxds::GdiPlusSession session;
+    GuardedFrame first(8, 6, 24);
     std::ignore = DrawWith(session, first);
-    GuardedFrame second(8, 6, 32);
-
+    TheGdiPlus().failing = "GdipBitmapLockBits";
+    GuardedFrame second(8, 6, 24);
     EXPECT_EQ(DrawWith(session, second), Gdiplus::Ok);
+    EXPECT_TRUE(second.IsUntouched());
+    TheGdiPlus().failing.clear();
+    GuardedFrame third(8, 6, 24);
 
-    EXPECT_EQ(TheGdiPlus().header.biBitCount, 24);
-    std::vector<std::uint8_t> expected = ExpectedOf(second.Frame().header);
-    for (std::size_t i = 3; i < expected.size(); i += 4)
-        expected[i] = GuardedFrame::StaleByte(i);
-    EXPECT_EQ(second.Bytes(), expected);
+    EXPECT_EQ(DrawWith(session, third), Gdiplus::Ok);
+
+    EXPECT_EQ(third.Bytes(), ExpectedOf(third.Frame().header));
+}
+
+TEST_F(OverlayCallsTest, NeedsNoFetchingFromACopyThatWasDrawnOn)
+{
+    TheGdiPlus().failing = "GdipBitmapLockBits";
+    GuardedFrame frame(7, 6, 24);
+
+    EXPECT_EQ(Draw(frame), Gdiplus::Ok);
+
+    EXPECT_EQ(frame.Bytes(), ExpectedOf(frame.Frame().header));
+}
+
+TEST_F(OverlayCallsTest, DrawsOnACopyOfTheWholeFrameWhenTheTextCannotBeMeasured)
+{
+    for (const char* const failing : {"GdipCreateBitmapFromScan0", "GdipMeasureString"}) {
+        TheGdiPlus().failing = failing;
+        TheGdiPlus().measured = {25, 25, 1, 1};
+        GuardedFrame frame(301, 200, 24);
+
+        EXPECT_EQ(Draw(frame), Gdiplus::Ok);
+
+        EXPECT_EQ(frame.Bytes(), ExpectedOf(frame.Frame().header)) << failing;
+    }
 }
 
 TEST_F(OverlayCallsTest, DrawsNothingOnACopyWhenTheTextCoversNothing)
@@ -299,7 +440,7 @@ TEST_F(OverlayCallsTest, TakesTheRemainingStepsWhenOneFails)
     const Lines needed = {"GdipCreateBitmapFromGdiDib",   "GdipGetImageGraphicsContext",
                           "GdipCreateFontFamilyFromName", "GdipCreateFont",
                           "GdipCreateSolidFill",          "GdipDrawString"};
-    for (const std::string& failing : kCallsOfOneText) {
+    for (const std::string& failing : kCallsOfTheFirstText) {
         if (failing == "GdipAlloc" || failing == "GdipFree")
             continue; // the one is tested by itself, the other cannot fail
         for (const bool copiesBits : {false, true}) {
@@ -318,34 +459,38 @@ TEST_F(OverlayCallsTest, TakesTheRemainingStepsWhenOneFails)
             EXPECT_EQ(TheGdiPlus().liveObjects, 0) << failing;
             Lines steps = m_calls;
             std::erase_if(steps, [](const std::string& each) {
-                return each == "GdipGetImagePixelFormat" || each.starts_with("GdipBitmap");
+                return std::ranges::find(kLookingAtBits, each) != kLookingAtBits.end();
             });
-            Lines expected(kCallsOfOneText.begin(), kCallsOfOneText.end() - 4);
-            expected.push_back("GdipDisposeImage");
-            EXPECT_EQ(steps, expected) << failing;
+            EXPECT_EQ(steps, kCallsOfOneText) << failing;
         }
     }
 }
 
 TEST_F(OverlayCallsTest, LeavesNothingBehindWhenAStepOnACopyFails)
 {
-    const Lines harmless = {"GdipSet", "GdipDelete", "GdipDispose", "GdipBitmapUnlockBits"};
-    Lines steps = kCallsOfOneText;
-    steps.insert(steps.end(), {"GdipCreateBitmapFromScan0", "GdipMeasureString"});
-    for (const std::string& failing : steps) {
+    // Without these there is no text, or no way to it where bits are copied.
+    const Lines needed = {"GdipCreateBitmapFromGdiDib",   "GdipGetImageGraphicsContext",
+                          "GdipCreateFontFamilyFromName", "GdipCreateFont",
+                          "GdipCreateSolidFill",          "GdipDrawString"};
+    const Lines neededToFetch = {"GdipGetImagePixelFormat", "GdipBitmapLockBits"};
+    for (const std::string& failing : kCallsOnACopy) {
         if (failing == "GdipAlloc" || failing == "GdipFree")
             continue; // the one is tested by itself, the other cannot fail
-        TheGdiPlus().Reset();
-        TheGdiPlus().failing = failing;
-        GuardedFrame frame(7, 6, 24);
+        for (const bool copiesBits : {false, true}) {
+            TheGdiPlus().Reset();
+            TheGdiPlus().failing = failing;
+            TheGdiPlus().copiesBits = copiesBits;
+            GuardedFrame frame(7, 6, 24);
 
-        std::ignore = Draw(frame);
+            std::ignore = Draw(frame);
 
-        const bool isDrawn =
-            std::ranges::any_of(harmless, [&](const std::string& each) { return failing.starts_with(each); });
-        EXPECT_EQ(frame.Bytes() == ExpectedOf(frame.Frame().header), isDrawn) << failing;
-        EXPECT_EQ(frame.IsUntouched(), !isDrawn) << failing;
-        EXPECT_EQ(TheGdiPlus().liveObjects, 0) << failing;
+            const bool isDrawn = std::ranges::find(needed, failing) == needed.end();
+            const bool isFetched =
+                !copiesBits || std::ranges::find(neededToFetch, failing) == neededToFetch.end();
+            EXPECT_EQ(frame.Bytes() == ExpectedOf(frame.Frame().header), isDrawn && isFetched) << failing;
+            EXPECT_EQ(frame.IsUntouched(), !isDrawn || !isFetched) << failing;
+            EXPECT_EQ(TheGdiPlus().liveObjects, 0) << failing;
+        }
     }
 }
 
