@@ -78,7 +78,7 @@ const std::vector<Work>& Works()
         {"FillBuffer_BGR8_to_RGB24", VxPfnc::kBgr8, 3, Output::Rgb24, "1.3 x", 0, FlipRows},
         {"FillBuffer_BGR8_to_RGB32", VxPfnc::kBgr8, 3, Output::Rgb32, "1.3 x", 0,
          CvtColor(cv::COLOR_BGR2BGRA)},
-        {"FillBuffer_BayerRG8_to_RGB24", VxPfnc::kBayerRG8, 1, Output::Rgb24, "7 x", 0,
+        {"FillBuffer_BayerRG8_to_RGB24", VxPfnc::kBayerRG8, 1, Output::Rgb24, "1.3 x", 0,
          CvtColor(cv::COLOR_BayerBG2BGR)},
         {"FillBuffer_YUV422_8_to_YUY2", VxPfnc::kYuv422_8, 2, Output::Yuy2, "12 x", 0, {}},
         {"FillBuffer_BGR8_median_3", VxPfnc::kBgr8, 3, Output::Rgb24, "8 x", 3,
