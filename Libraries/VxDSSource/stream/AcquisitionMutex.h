@@ -26,8 +26,9 @@ public:
     /// Holds the mutex for one scope.
     class Lock {
     public:
-        /// Waits without limit: for one frame at most, whose wait for a buffer lasts up to 1000 ms. Frame
-        /// production gives way between buffers.
+        /// Waits without limit: for one frame at most, whose wait for a buffer lasts up to 1000 ms (frame
+        /// production gives way between buffers), and for every connect that came earlier, each of which may
+        /// last as long as the camera's commands do.
         explicit Lock(AcquisitionMutex& mutex);
         /// Waits so long; see IsHeld.
         Lock(AcquisitionMutex& mutex, DWORD timeoutMs);
