@@ -7,9 +7,15 @@
 #include "VxDSSource/filter/Identifiers.h"
 #include "VxDSSource/filter/Registration.h"
 #include "VxDSSource/filter/VxDSSource.h"
+#include "VxDSSource/pages/AboutPage.h"
+#include "VxDSSource/pages/BrowserPage.h"
+#include "VxDSSource/pages/ParametersPage.h"
 
 CFactoryTemplate g_Templates[] = {
     {kFilterName, &CLSID_VxDSSource, VxDSSource::CreateInstance, nullptr, &vxds::kFilterSetup},
+    {L"Vexa DirectShow Source Parameters", &CLSID_ParametersPage, pages::CreatePage<ParametersPage>},
+    {L"Vexa DirectShow Source Browser", &CLSID_BrowserPage, pages::CreatePage<BrowserPage>},
+    {L"Vexa DirectShow Source About", &CLSID_AboutPage, pages::CreatePage<AboutPage>},
 };
 int g_cTemplates = static_cast<int>(sizeof(g_Templates) / sizeof(g_Templates[0]));
 

@@ -142,12 +142,27 @@ protected:
     FakeMappers m_mappers;
 };
 
-TEST_F(RegistrationTest, OffersTheFilterInTheClassTable)
+TEST_F(RegistrationTest, OffersTheFilterAndItsThreePagesInTheClassTable)
 {
-    ASSERT_EQ(g_cTemplates, 1);
-    EXPECT_STREQ(g_Templates[0].m_Name, L"Vexa DirectShow Source");
-    EXPECT_EQ(*g_Templates[0].m_ClsID, CLSID_VxDSSource);
-    EXPECT_EQ(g_Templates[0].m_lpfnInit, nullptr);
+    struct Row {
+        const wchar_t* name;
+        CLSID clsid;
+    };
+    constexpr Row kRows[] = {{L"Vexa DirectShow Source", CLSID_VxDSSource},
+                             {L"Vexa DirectShow Source Parameters", CLSID_ParametersPage},
+                             {L"Vexa DirectShow Source Browser", CLSID_BrowserPage},
+                             {L"Vexa DirectShow Source About", CLSID_AboutPage}};
+    ASSERT_EQ(g_cTemplates, 4);
+    for (int i = 0; i < g_cTemplates; ++i) {
+        EXPECT_STREQ(g_Templates[i].m_Name, kRows[i].name);
+        EXPECT_EQ(*g_Templates[i].m_ClsID, kRows[i].clsid);
+        EXPECT_EQ(g_Templates[i].m_lpfnInit, nullptr);
+        EXPECT_EQ(g_Templates[i].m_pAMovieSetup_Filter != nullptr, i == 0) << "a page is no filter";
+    }
+}
+
+TEST_F(RegistrationTest, DescribesTheFilterInTheClassTable)
+{
     EXPECT_EQ(g_Templates[0].m_pAMovieSetup_Filter->dwMerit, 0x200000u);
 }
 

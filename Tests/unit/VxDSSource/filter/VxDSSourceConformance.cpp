@@ -7,8 +7,11 @@ VX_CONFORMANCE_OF(VxDSSource, ConformanceSubject{
                                   CLSID_VxDSSource,
                                   kFilterName,
                                   L"Output",
-                                  {{CLSID_VxDSSource, kFilterName}},
-                                  true, // names its three pages; none of them is a class of the module yet
+                                  {{CLSID_VxDSSource, kFilterName},
+                                   {CLSID_ParametersPage, L"Vexa DirectShow Source Parameters"},
+                                   {CLSID_BrowserPage, L"Vexa DirectShow Source Browser"},
+                                   {CLSID_AboutPage, L"Vexa DirectShow Source About"}},
+                                  true,
                                   true,
                                   true,
                                   true,
