@@ -28,6 +28,12 @@ Ipv4Endpoint FromSystem(const sockaddr_in& address)
     return {Ipv4Address(ntohl(address.sin_addr.s_addr)), ntohs(address.sin_port)};
 }
 
+timespec ToTimespec(std::chrono::nanoseconds duration)
+{
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
+    return {static_cast<time_t>(seconds.count()), static_cast<long>((duration - seconds).count())};
+}
+
 FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept
     : m_descriptor(std::exchange(other.m_descriptor, -1))
 {

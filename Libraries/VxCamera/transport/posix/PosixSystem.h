@@ -5,6 +5,8 @@
 
 #include <netinet/in.h>
 
+#include <chrono>
+#include <ctime>
 #include <string_view>
 
 namespace transport {
@@ -14,6 +16,9 @@ namespace transport {
 
 [[nodiscard]] sockaddr_in ToSystem(const Ipv4Endpoint& endpoint);
 [[nodiscard]] Ipv4Endpoint FromSystem(const sockaddr_in& address);
+
+/// @param duration  not negative
+[[nodiscard]] timespec ToTimespec(std::chrono::nanoseconds duration);
 
 /// Closes a file descriptor at the end of its scope.
 ///

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace transport {
@@ -125,15 +126,9 @@ private:
     alignas(cmsghdr) std::array<std::byte, CMSG_SPACE(sizeof(in_pktinfo))> m_memory{};
 };
 
-timespec ToTimespec(std::chrono::nanoseconds duration)
-{
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
-    return {static_cast<time_t>(seconds.count()), static_cast<long>((duration - seconds).count())};
-}
-
 } // namespace
 
-VxExpected<std::unique_ptr<IUdpSocket>> PosixUdpSocket::Open(const UdpSocketOptions& options)
+VxExpected<std::unique_ptr<PosixUdpSocket>> PosixUdpSocket::Open(const UdpSocketOptions& options)
 {
     FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, IPPROTO_UDP));
     if (!socket.IsValid())
@@ -151,8 +146,8 @@ VxExpected<std::unique_ptr<IUdpSocket>> PosixUdpSocket::Open(const UdpSocketOpti
         return local.Error();
     local->address = options.local.address;
     const auto sendFrom = isBoundToAll ? options.local.address : Ipv4Address();
-    return std::unique_ptr<IUdpSocket>(std::make_unique<PosixUdpSocket>(
-        std::move(socket), std::move(wakeEvent), Manner{*local, sendFrom, options.isSendingAtOnce}));
+    return std::make_unique<PosixUdpSocket>(std::move(socket), std::move(wakeEvent),
+                                            Manner{*local, sendFrom, options.isSendingAtOnce});
 }
 
 PosixUdpSocket::PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Manner& manner)
@@ -236,15 +231,28 @@ VxExpected<std::size_t> PosixUdpSocket::ReceiveWhatIsThere(std::span<Datagram> d
 
 VxResult PosixUdpSocket::WaitForData(std::chrono::nanoseconds timeout)
 {
-    std::array<pollfd, 2> waiting{pollfd{m_socket.Get(), POLLIN, 0}, pollfd{m_wakeEvent.Get(), POLLIN, 0}};
+    auto waiting = WhatToWaitFor();
     const timespec limit = ToTimespec(timeout);
-    if (::ppoll(waiting.data(), waiting.size(), &limit, nullptr) < 0 && errno != EINTR)
+    const int signalled = ::ppoll(waiting.data(), waiting.size(), &limit, nullptr);
+    if (signalled < 0 && errno != EINTR)
         return SystemFailure("wait at " + m_local.ToString(), errno);
-    if (waiting[1].revents != 0) {
+    if (signalled > 0)
+        std::ignore = IsReady(waiting); // Receive looks for itself
+    return VxResult::Ok();
+}
+
+std::array<pollfd, PosixUdpSocket::kDescriptors> PosixUdpSocket::WhatToWaitFor() const
+{
+    return {pollfd{m_socket.Get(), POLLIN, 0}, pollfd{m_wakeEvent.Get(), POLLIN, 0}};
+}
+
+bool PosixUdpSocket::IsReady(std::span<const pollfd, kDescriptors> polled) const
+{
+    if (polled[1].revents != 0) {
         eventfd_t count = 0;
         ::eventfd_read(m_wakeEvent.Get(), &count);
     }
-    return VxResult::Ok();
+    return polled[0].revents != 0 || m_isWoken;
 }
 
 void PosixUdpSocket::Wake()

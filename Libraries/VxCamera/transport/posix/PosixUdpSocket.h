@@ -3,7 +3,11 @@
 #include "VxCamera/transport/ISocketFactory.h"
 #include "VxCamera/transport/posix/PosixSystem.h"
 
+#include <poll.h>
+
+#include <array>
 #include <atomic>
+#include <span>
 
 namespace transport {
 
@@ -17,7 +21,7 @@ public:
         bool isSendingAtOnce = false;
     };
 
-    [[nodiscard]] static VxExpected<std::unique_ptr<IUdpSocket>> Open(const UdpSocketOptions& options);
+    [[nodiscard]] static VxExpected<std::unique_ptr<PosixUdpSocket>> Open(const UdpSocketOptions& options);
 
     PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Manner& manner);
 
@@ -25,6 +29,15 @@ public:
     VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
                                     std::chrono::microseconds timeout) override;
     void Wake() override;
+
+    /// What poll tells of a socket: whether datagrams have come, and whether it is woken.
+    static constexpr std::size_t kDescriptors = 2;
+    [[nodiscard]] std::array<pollfd, kDescriptors> WhatToWaitFor() const;
+
+    /// Whether a Receive would not wait; takes back what a Wake before an earlier Receive has left.
+    /// @param polled  what WhatToWaitFor gave, after a poll
+    [[nodiscard]] bool IsReady(std::span<const pollfd, kDescriptors> polled) const;
+
     [[nodiscard]] Ipv4Endpoint LocalEndpoint() const override { return m_local; }
     [[nodiscard]] std::size_t ReceiveBufferBytes() const override;
     VxResult JoinGroup(Ipv4Address group, Ipv4Address interfaceAddress) override;

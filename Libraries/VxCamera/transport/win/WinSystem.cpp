@@ -2,7 +2,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -74,6 +76,24 @@ KernelHandle::~KernelHandle()
 {
     if (m_handle != nullptr)
         ::CloseHandle(m_handle);
+}
+
+VxExpected<std::shared_ptr<const KernelHandle>> MakeSocketEvent()
+{
+    constexpr BOOL kResetsByHand = FALSE;
+    constexpr BOOL kIsSignalled = FALSE;
+    auto event =
+        std::make_shared<const KernelHandle>(::CreateEventW(nullptr, kResetsByHand, kIsSignalled, nullptr));
+    if (event->Get() == nullptr)
+        return VxResult(VxError::OutOfMemory, "no event for a UDP socket");
+    return event;
+}
+
+DWORD ToWaitMs(std::chrono::nanoseconds duration)
+{
+    const auto ms = std::chrono::ceil<std::chrono::milliseconds>(duration).count();
+    constexpr std::int64_t kLongest = 0x7FFFFFFF;                    // well below INFINITE
+    return static_cast<DWORD>(std::min<std::int64_t>(ms, kLongest)); // fits, it was cut
 }
 
 SocketHandle::SocketHandle(SocketHandle&& other) noexcept

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "VxBase/VxExpected.h"
 #include "VxBase/VxResult.h"
 #include "VxCamera/transport/Ipv4Endpoint.h"
 
 #include <winsock2.h>
 
+#include <chrono>
+#include <memory>
 #include <string_view>
 
 namespace transport {
@@ -51,6 +54,14 @@ public:
 private:
     HANDLE m_handle; // null: none
 };
+
+/// An event for sockets, which resets itself.
+/// @return  OUT_OF_MEMORY when the system has none left
+[[nodiscard]] VxExpected<std::shared_ptr<const KernelHandle>> MakeSocketEvent();
+
+/// A time for the system's waits, in ms: rounded up, so that the last wait does not end just before the
+/// deadline and spin; cut at the longest that is not for ever.
+[[nodiscard]] DWORD ToWaitMs(std::chrono::nanoseconds duration);
 
 /// Closes a socket at the end of its scope.
 ///

@@ -104,24 +104,10 @@ DWORD SpreadOver(std::array<WSABUF, 3>& pieces, const Datagram& datagram)
     return 3;
 }
 
-KernelHandle MakeEvent()
-{
-    constexpr BOOL kResetsByHand = FALSE;
-    constexpr BOOL kIsSignalled = FALSE;
-    return KernelHandle(::CreateEventW(nullptr, kResetsByHand, kIsSignalled, nullptr));
-}
-
-/// Rounded up, so that the last wait does not end just before the deadline and spin.
-DWORD ToWaitMs(std::chrono::nanoseconds duration)
-{
-    const auto ms = std::chrono::ceil<std::chrono::milliseconds>(duration).count();
-    constexpr std::int64_t kLongest = 0x7FFFFFFF; // well below INFINITE; Receive waits again for the rest
-    return static_cast<DWORD>(std::min<std::int64_t>(ms, kLongest)); // fits, it was cut
-}
-
 } // namespace
 
-VxExpected<std::unique_ptr<IUdpSocket>> WinUdpSocket::Open(const UdpSocketOptions& options)
+VxExpected<std::unique_ptr<WinUdpSocket>> WinUdpSocket::Open(const UdpSocketOptions& options,
+                                                             std::shared_ptr<const KernelHandle> event)
 {
     WinsockUse winsock;
     if (auto started = winsock.Result(); !started.IsOK())
@@ -130,20 +116,17 @@ VxExpected<std::unique_ptr<IUdpSocket>> WinUdpSocket::Open(const UdpSocketOption
                                      WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
     if (!socket.IsValid())
         return SystemFailure("open a UDP socket", ::WSAGetLastError());
-    Parts parts{std::move(winsock), MakeEvent(), MakeEvent(), std::move(socket)};
+    Parts parts{std::move(winsock), std::move(event), std::move(socket)};
     const SOCKET handle = parts.socket.Get();
-    if (parts.readable.Get() == nullptr || parts.woken.Get() == nullptr)
-        return VxResult(VxError::OutOfMemory, "no event for a UDP socket");
     if (auto configured = Configure(handle, options); !configured.IsOK())
         return configured;
     const auto local = Bind(handle, options.local);
     if (!local)
         return local.Error();
     // Makes the socket non-blocking, too.
-    if (::WSAEventSelect(handle, parts.readable.Get(), FD_READ) != 0)
+    if (::WSAEventSelect(handle, parts.event->Get(), FD_READ) != 0)
         return SystemFailure("watch a UDP socket", ::WSAGetLastError());
-    return std::unique_ptr<IUdpSocket>(
-        std::make_unique<WinUdpSocket>(std::move(parts), *local, options.isSendingAtOnce));
+    return std::make_unique<WinUdpSocket>(std::move(parts), *local, options.isSendingAtOnce);
 }
 
 WinUdpSocket::WinUdpSocket(Parts parts, const Ipv4Endpoint& local, bool isSendingAtOnce)
@@ -238,10 +221,7 @@ VxResult WinUdpSocket::ReceiveOne(Datagram& datagram)
 
 VxResult WinUdpSocket::WaitForData(std::chrono::nanoseconds timeout)
 {
-    const std::array<HANDLE, 2> events{m_parts.woken.Get(), m_parts.readable.Get()};
-    constexpr BOOL kAll = FALSE;
-    const DWORD waited =
-        ::WaitForMultipleObjects(static_cast<DWORD>(events.size()), events.data(), kAll, ToWaitMs(timeout));
+    const DWORD waited = ::WaitForSingleObject(m_parts.event->Get(), ToWaitMs(timeout));
     if (waited == WAIT_FAILED)
         return SystemFailure("wait at " + m_local.ToString(),
                              static_cast<int>(::GetLastError())); // codes are small
@@ -251,7 +231,7 @@ VxResult WinUdpSocket::WaitForData(std::chrono::nanoseconds timeout)
 void WinUdpSocket::Wake()
 {
     m_isWoken = true;
-    ::SetEvent(m_parts.woken.Get());
+    ::SetEvent(m_parts.event->Get());
 }
 
 std::size_t WinUdpSocket::ReceiveBufferBytes() const

@@ -4,6 +4,7 @@
 #include "VxCamera/transport/win/WinSystem.h"
 
 #include <atomic>
+#include <memory>
 
 namespace transport {
 
@@ -13,12 +14,14 @@ public:
     /// What a socket is made of; closed in the reverse of this order.
     struct Parts {
         WinsockUse winsock;
-        KernelHandle readable; // signalled by the system when data arrives; resets itself
-        KernelHandle woken;    // signalled by Wake; resets itself
+        std::shared_ptr<const KernelHandle> event; // see Open
         SocketHandle socket;
     };
 
-    [[nodiscard]] static VxExpected<std::unique_ptr<IUdpSocket>> Open(const UdpSocketOptions& options);
+    /// @param event  signalled when data arrives or Wake is called; resets itself. Shared by the sockets of a
+    ///               group: one that finds nothing at its own socket waits again.
+    [[nodiscard]] static VxExpected<std::unique_ptr<WinUdpSocket>>
+    Open(const UdpSocketOptions& options, std::shared_ptr<const KernelHandle> event);
 
     WinUdpSocket(Parts parts, const Ipv4Endpoint& local, bool isSendingAtOnce);
 
@@ -26,6 +29,9 @@ public:
     VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
                                     std::chrono::microseconds timeout) override;
     void Wake() override;
+    [[nodiscard]] bool IsWoken() const { return m_isWoken; }
+    [[nodiscard]] SOCKET Handle() const { return m_parts.socket.Get(); } ///< borrowed
+
     [[nodiscard]] Ipv4Endpoint LocalEndpoint() const override { return m_local; }
     [[nodiscard]] std::size_t ReceiveBufferBytes() const override;
     VxResult JoinGroup(Ipv4Address group, Ipv4Address interfaceAddress) override;
