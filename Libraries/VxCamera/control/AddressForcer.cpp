@@ -146,7 +146,10 @@ VxResult AddressForcer::Tell(const FoundCamera& camera, const AddressAssignment&
     options.interfaceIndex = camera.via.index;
     options.isBroadcastAllowed = true;
     options.isBroadcastReceived = true;
-    const auto socket = m_network.sockets.OpenUdp(options);
+    const auto sockets = m_network.sockets.MakeGroup();
+    if (!sockets)
+        return sockets.Error();
+    const auto socket = (*sockets)->OpenUdp(options);
     if (!socket)
         return socket.Error();
     const auto command = gvcp::MakeForceIpCommand(

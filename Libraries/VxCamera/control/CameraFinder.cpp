@@ -1,6 +1,5 @@
 #include "VxCamera/control/CameraFinder.h"
 
-#include "VxBase/VxMutex.h"
 #include "VxCamera/control/InterfaceMemory.h"
 #include "VxCamera/control/InterfaceScans.h"
 
@@ -30,7 +29,6 @@ class Findings {
 public:
     void Add(const FoundCamera& found)
     {
-        const VxLock lock(m_mutex);
         const Key key{found.via.address, ConnectionId::Of(found.camera), found.camera.ipAddress};
         if (m_cameras.size() < kMostCameras)
             m_cameras.emplace(key, found);
@@ -39,7 +37,6 @@ public:
     /// All cameras in the order of interface address and connection id.
     [[nodiscard]] std::vector<FoundCamera> Take()
     {
-        const VxLock lock(m_mutex);
         std::vector<FoundCamera> all;
         std::ranges::transform(m_cameras, std::back_inserter(all),
                                [](const auto& entry) { return entry.second; });
@@ -48,8 +45,7 @@ public:
 
 private:
     using Key = std::tuple<transport::Ipv4Address, std::string, std::uint32_t>;
-    VxMutex m_mutex;
-    std::map<Key, FoundCamera> m_cameras VX_GUARDED_BY(m_mutex);
+    std::map<Key, FoundCamera> m_cameras;
 };
 
 /// A camera that answers at several addresses of an interface is one camera, reached from the address in
@@ -168,12 +164,15 @@ VxExpected<std::vector<ScannedInterface>> CameraFinder::FindUntil(std::chrono::m
     const auto interfaces = Interfaces();
     if (!interfaces)
         return interfaces.Error();
-    InterfaceScans scans(m_network.sockets, m_network.clock, m_network.clock.Now() + timeout);
+    const auto sockets = m_network.sockets.MakeGroup();
+    if (!sockets)
+        return sockets.Error();
+    InterfaceScans scans(**sockets, m_network.clock);
     std::vector<NetworkInterface> usable;
     std::ranges::copy_if(*interfaces, std::back_inserter(usable),
                          [&](const NetworkInterface& described) { return scans.AddEverybody(described); });
     Findings findings;
-    scans.Run([&](const FoundCamera& found, InterfaceScans::Asked) {
+    scans.Run(m_network.clock.Now() + timeout, [&](const FoundCamera& found, InterfaceScans::Asked) {
         findings.Add(found);
         if (IsInSubnetOf(found.via, found.Address()))
             Remember(found);
@@ -196,43 +195,48 @@ VxExpected<FoundCamera> CameraFinder::FindByAddress(const ConnectionId& id, std:
     const auto interfaces = Interfaces();
     if (!interfaces)
         return interfaces.Error();
-    InterfaceScans scans(m_network.sockets, m_network.clock, m_network.clock.Now() + timeout);
+    const auto sockets = m_network.sockets.MakeGroup();
+    if (!sockets)
+        return sockets.Error();
+    InterfaceScans scans(**sockets, m_network.clock);
     bool isLocal = false;
     for (const NetworkInterface& described : *interfaces) {
         if (IsInSubnetOf(described, id.IpAddress()))
             isLocal = scans.AddOne(described, id.IpAddress()) || isLocal;
     }
-    if (!isLocal)
-        AddFarAway(id.IpAddress(), *interfaces, scans);
 
-    VxMutex mutex;
     std::optional<FoundCamera> found;
-    Findings elsewhere;
-    scans.Run([&](const FoundCamera& answer, InterfaceScans::Asked asked) {
+    Findings heard;
+    const auto onCamera = [&](const FoundCamera& answer, InterfaceScans::Asked asked) {
         if (answer.device.address != id.IpAddress())
             return;
+        heard.Add(answer);
         const bool isReachable = asked == InterfaceScans::Asked::ItAlone;
-        if (!isReachable)
-            elsewhere.Add(answer); // it can only be heard
-        const VxLock lock(mutex);
-        if (isReachable && !found) {
+        if (isReachable && !found)
             found = answer;
-            Remember(answer);
-        }
         scans.EndAt(m_network.clock.Now() + (isReachable ? 0ms : kAmbiguityGrace));
-    });
-    const VxLock lock(mutex);
-    return found ? VxExpected<FoundCamera>(*found) : Choose(id, Group(*interfaces, elsewhere.Take()));
+    };
+    const auto start = m_network.clock.Now();
+    if (isLocal)
+        scans.Run(start + timeout / 2, onCamera);
+    else
+        AddRouted(id.IpAddress(), scans);
+    if (!found) {
+        for (const NetworkInterface& described : *interfaces)
+            scans.AddEverybody(described);
+        scans.Run(start + timeout, onCamera);
+    }
+    auto chosen = found ? VxExpected<FoundCamera>(*found) : Choose(id, Group(*interfaces, heard.Take()));
+    if (chosen)
+        Remember(*chosen);
+    return chosen;
 }
 
-/// An address in nobody's subnet may be behind a router, or that of a camera which only has the wrong one.
-void CameraFinder::AddFarAway(transport::Ipv4Address camera, const std::vector<NetworkInterface>& interfaces,
-                              InterfaceScans& scans)
+/// An address in nobody's subnet may be behind a router.
+void CameraFinder::AddRouted(transport::Ipv4Address camera, InterfaceScans& scans)
 {
     if (const auto via = InterfaceTowards(camera))
         scans.AddOne(*via, camera);
-    for (const NetworkInterface& described : interfaces)
-        scans.AddEverybody(described);
 }
 
 VxExpected<FoundCamera> CameraFinder::FindByScan(const ConnectionId& id, std::chrono::milliseconds timeout)

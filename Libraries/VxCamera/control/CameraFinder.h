@@ -5,7 +5,7 @@
 #include "VxCamera/control/ConnectionId.h"
 #include "VxCamera/control/FoundCamera.h"
 #include "VxCamera/transport/IInterfaceList.h"
-#include "VxCamera/transport/ISocketFactory.h"
+#include "VxCamera/transport/IUdpSocketGroup.h"
 
 #include <chrono>
 #include <functional>
@@ -20,11 +20,11 @@ class InterfaceScans;
 /// Finds cameras on the network.
 ///
 /// Owner:  whoever searches, for a call. Borrows all it is given.
-/// Thread: one; every interface is asked from a thread of its own, which ends before the call does.
+/// Thread: one.
 class CameraFinder {
 public:
     struct Network {
-        transport::ISocketFactory& sockets;
+        transport::ISocketGroupFactory& sockets;
         transport::IInterfaceList& interfaces;
         const IVxClock& clock;
         InterfaceMemory* memory = nullptr; ///< null: nothing is remembered from one search to the next
@@ -38,7 +38,6 @@ public:
     [[nodiscard]] VxExpected<std::vector<ScannedInterface>> FindAll(std::chrono::milliseconds timeout);
 
     /// Tells of a camera that has just answered how much longer the search goes on; none = as long as before.
-    /// Called from several threads at once.
     using Enough = std::function<std::optional<std::chrono::milliseconds>(const FoundCamera&)>;
 
     /// The same, but a camera can bring the end forward.
@@ -46,7 +45,8 @@ public:
                                                                       const Enough& enough);
 
     /// Finds one camera and ends as soon as it has answered. For an IP address in the subnet of an interface
-    /// only that address is asked; the interface on which it answers is the one to use.
+    /// only that address is asked; the interface on which it answers is the one to use. Without an answer in
+    /// half of the time everybody is asked as well: the camera may be connected to another interface.
     /// @return  NOT_FOUND, AMBIGUOUS (several cameras have this name), INVALID_CONFIGURATION,
     ///          INVALID_PARAMETER for an empty id
     [[nodiscard]] VxExpected<FoundCamera> Find(const ConnectionId& id, std::chrono::milliseconds timeout);
@@ -59,8 +59,7 @@ public:
 private:
     [[nodiscard]] VxExpected<std::vector<transport::NetworkInterface>> Interfaces();
     void Remember(const FoundCamera& found);
-    void AddFarAway(transport::Ipv4Address camera, const std::vector<transport::NetworkInterface>& interfaces,
-                    InterfaceScans& scans);
+    void AddRouted(transport::Ipv4Address camera, InterfaceScans& scans);
     [[nodiscard]] VxExpected<FoundCamera> FindByAddress(const ConnectionId& id,
                                                         std::chrono::milliseconds timeout);
     [[nodiscard]] VxExpected<FoundCamera> FindByScan(const ConnectionId& id,

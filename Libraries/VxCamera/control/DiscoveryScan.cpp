@@ -2,7 +2,6 @@
 
 #include "VxCamera/wire/gvcp/AckHeader.h"
 
-#include <algorithm>
 #include <array>
 
 namespace control {
@@ -21,29 +20,15 @@ constexpr int kMostQuestions = 3;
 // Chosen: larger than an answer (256 bytes).
 constexpr std::size_t kReceiveBytes = 1024;
 
+// Chosen: what the system keeps for a socket at most; whoever floods one must not keep the others waiting.
+constexpr int kMostAnswersAtOnce = 256;
+
 } // namespace
 
-VxResult DiscoveryScan::Run(const Deadline& deadline, const OnAnswer& onAnswer)
+VxResult DiscoveryScan::Ask(Time now)
 {
-    int questions = 0;
-    auto nextQuestion = m_clock.Now();
-    // Somebody who does not want to wait gets the answers that are there at once.
-    for (auto now = m_clock.Now(); now < deadline() || questions == 0; now = m_clock.Now()) {
-        if (questions < kMostQuestions && now >= nextQuestion) {
-            if (auto asked = Ask(); !asked.IsOK())
-                return asked;
-            ++questions;
-            nextQuestion = now + kAskInterval;
-        }
-        const auto end = questions < kMostQuestions ? std::min(deadline(), nextQuestion) : deadline();
-        if (auto received = ReceiveUntil(end, onAnswer); !received.IsOK())
-            return received;
-    }
-    return VxResult::Ok();
-}
-
-VxResult DiscoveryScan::Ask()
-{
+    ++m_questions;
+    m_nextQuestion = m_questions < kMostQuestions ? now + kAskInterval : Time::max();
     const auto question = gvcp::MakeDiscoveryCommand(kRequestId, m_question.answer);
     VxResult result(VxError::NetworkError, "nobody to ask");
     for (const auto& target : m_question.targets) {
@@ -54,26 +39,26 @@ VxResult DiscoveryScan::Ask()
     return result;
 }
 
-/// Ends at the time given, or earlier when it is woken.
-VxResult DiscoveryScan::ReceiveUntil(IVxClock::Time end, const OnAnswer& onAnswer)
+VxResult DiscoveryScan::TakeAnswers(const OnAnswer& onAnswer)
 {
     std::array<std::byte, kReceiveBytes> memory;
-    for (;;) {
-        const auto rest = std::chrono::ceil<std::chrono::microseconds>(end - m_clock.Now());
+    for (int i = 0; i < kMostAnswersAtOnce; ++i) {
         transport::Datagram datagram{memory};
-        const auto received = m_socket.Receive({&datagram, 1}, std::max(rest, 0us));
-        if (!received) {
-            const VxError code = received.Error().Code();
-            return code == VxError::Timeout || code == VxError::Aborted ? VxResult::Ok() : received.Error();
-        }
+        const auto received = m_socket.Receive({&datagram, 1}, 0us);
+        const VxError code = received.Result().Code();
+        if (code == VxError::Timeout)
+            return VxResult::Ok();
+        if (code == VxError::Aborted) // woken: datagrams may be there all the same
+            continue;
+        if (!received)
+            return received.Error();
         const auto packet = gvcp::ParseAck(datagram.Bytes());
         if (packet && packet->header.ack == gvcp::Ack::Discovery && packet->header.ackId == kRequestId) {
             if (auto camera = gvcp::ParseDiscoveryAck(packet->payload))
                 onAnswer({datagram.sender, *camera});
         }
-        if (m_clock.Now() >= end)
-            return VxResult::Ok();
     }
+    return VxResult::Ok();
 }
 
 } // namespace control

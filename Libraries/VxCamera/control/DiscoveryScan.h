@@ -16,19 +16,18 @@ struct CameraAnswer {
     gvcp::DiscoveryAck camera;
 };
 
-/// Asks for cameras through one socket and collects their answers.
+/// Asks for cameras through one socket and takes their answers. Waits for nothing: when to call is decided by
+/// who has several of these.
 ///
 /// Questions are repeated, because datagrams get lost; a camera may therefore answer several times. What is
 /// no discovery acknowledge is passed over.
 ///
-/// Owner:  CameraFinder, for one search. Borrows socket and clock.
-/// Thread: one; others may wake the socket.
+/// Owner:  InterfaceScans, for one search. Borrows the socket.
+/// Thread: one.
 class DiscoveryScan {
 public:
     using OnAnswer = std::function<void(const CameraAnswer&)>;
-
-    /// @return  when to stop; asked before every wait, so that a wake of the socket can end a scan early
-    using Deadline = std::function<IVxClock::Time()>;
+    using Time = IVxClock::Time;
 
     /// Whom to ask, and whether answers may be broadcast.
     struct Question {
@@ -36,22 +35,27 @@ public:
         gvcp::DiscoveryAnswer answer = gvcp::DiscoveryAnswer::Unicast;
     };
 
-    DiscoveryScan(transport::IUdpSocket& socket, const IVxClock& clock, Question question)
-        : m_socket(socket), m_clock(clock), m_question(std::move(question))
+    DiscoveryScan(transport::IUdpSocket& socket, Question question)
+        : m_socket(socket), m_question(std::move(question))
     {
     }
 
-    /// @return  NETWORK_ERROR when no target could be reached or reception failed; answers may have come
-    /// before
-    VxResult Run(const Deadline& deadline, const OnAnswer& onAnswer);
+    /// When to ask; the earliest time there is before the first question, the latest after the last one.
+    [[nodiscard]] Time NextQuestion() const { return m_nextQuestion; }
+    [[nodiscard]] bool HasAsked() const { return m_questions > 0; }
+
+    /// @return  NETWORK_ERROR when no target can be reached
+    VxResult Ask(Time now);
+
+    /// Hands on the answers that are there, at most a fixed number.
+    /// @return  NETWORK_ERROR when reception failed; answers may have come before
+    VxResult TakeAnswers(const OnAnswer& onAnswer);
 
 private:
-    VxResult Ask();
-    VxResult ReceiveUntil(IVxClock::Time end, const OnAnswer& onAnswer);
-
     transport::IUdpSocket& m_socket;
-    const IVxClock& m_clock;
     const Question m_question;
+    int m_questions = 0;
+    Time m_nextQuestion = Time::min();
 };
 
 } // namespace control

@@ -1,11 +1,8 @@
 #include "VxCamera/control/InterfaceScans.h"
 
-#include "VxBase/VxRunningThread.h"
 #include "VxCamera/wire/gvcp/Command.h"
 
-#include <exception>
-#include <thread>
-#include <tuple>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -23,41 +20,20 @@ std::vector<transport::Ipv4Endpoint> TargetsOn(const transport::NetworkInterface
     return {{described.SubnetBroadcast(), gvcp::kPort}, {second, gvcp::kPort}};
 }
 
-/// Waits for threads, however the scope is left.
-class JoinedThreads {
-public:
-    JoinedThreads() = default;
-    ~JoinedThreads()
-    {
-        for (std::thread& thread : m_threads)
-            thread.join();
-    }
-    JoinedThreads(const JoinedThreads&) = delete;
-    JoinedThreads& operator=(const JoinedThreads&) = delete;
-
-    template <typename Body>
-    void Add(Body&& body)
-    {
-        m_threads.emplace_back(std::forward<Body>(body));
-    }
-
-private:
-    std::vector<std::thread> m_threads;
-};
-
 } // namespace
 
 bool InterfaceScans::AddEverybody(const transport::NetworkInterface& described)
 {
-    return Add(described, {TargetsOn(described), gvcp::DiscoveryAnswer::BroadcastAllowed});
+    return Add(described, {TargetsOn(described), gvcp::DiscoveryAnswer::BroadcastAllowed}, Asked::Everybody);
 }
 
 bool InterfaceScans::AddOne(const transport::NetworkInterface& described, transport::Ipv4Address camera)
 {
-    return Add(described, {{{camera, gvcp::kPort}}, gvcp::DiscoveryAnswer::Unicast});
+    return Add(described, {{{camera, gvcp::kPort}}, gvcp::DiscoveryAnswer::Unicast}, Asked::ItAlone);
 }
 
-bool InterfaceScans::Add(const transport::NetworkInterface& described, DiscoveryScan::Question question)
+bool InterfaceScans::Add(const transport::NetworkInterface& described, DiscoveryScan::Question question,
+                         Asked asked)
 {
     transport::UdpSocketOptions options;
     options.local.address = described.address;
@@ -66,59 +42,67 @@ bool InterfaceScans::Add(const transport::NetworkInterface& described, Discovery
     // A camera whose address is in another subnet can only answer by broadcast.
     options.isBroadcastReceived = question.answer == gvcp::DiscoveryAnswer::BroadcastAllowed;
     options.receiveBufferBytes = kReceiveBufferBytes;
-    auto socket = m_sockets.OpenUdp(options);
+    const auto socket = m_sockets.OpenUdp(options);
     if (!socket)
         return false;
-    m_scans.push_back({described, std::move(question), std::move(*socket)});
+    m_scans.push_back({described, asked, *socket, DiscoveryScan(**socket, std::move(question))});
     return true;
 }
 
-void InterfaceScans::Run(const OnCamera& onCamera)
+void InterfaceScans::Run(Time deadline, const OnCamera& onCamera)
 {
-    JoinedThreads threads;
-    for (std::size_t i = 1; i < m_scans.size(); ++i) {
-        try {
-            threads.Add([this, &onCamera, i] {
-                const VxRunningThread counted;
-                RunOneQuietly(m_scans[i], onCamera);
-            });
-        } catch (const std::exception&) {
-            break; // no thread or memory left: the interfaces scanned so far must do
-        }
+    m_deadline = deadline;
+    for (bool isLast = false; !isLast && !m_scans.empty();) {
+        const auto now = m_clock.Now();
+        isLast = now >= m_deadline; // what has come meanwhile still counts, however late this thread is
+        Ask(now);
+        const VxError waited = m_sockets.WaitForAny(UntilNextTurn(now)).Code();
+        if (waited != VxError::Ok && waited != VxError::Timeout)
+            return; // the system has nothing left to wait with: what was found so far must do
+        TakeAnswers(onCamera);
     }
-    if (!m_scans.empty())
-        RunOneQuietly(m_scans.front(), onCamera);
-}
-
-/// An interface on which the search fails has no cameras; the others decide.
-void InterfaceScans::RunOneQuietly(Scan& scan, const OnCamera& onCamera) noexcept
-{
-    try {
-        RunOne(scan, onCamera);
-    } catch (...) { // for want of memory; on a thread, nobody could catch it
-    }
-}
-
-void InterfaceScans::RunOne(Scan& scan, const OnCamera& onCamera)
-{
-    DiscoveryScan discovery(*scan.socket, m_clock, scan.question);
-    const auto deadline = [this] { return Time(m_deadline.load()); };
-    const auto asked =
-        scan.question.answer == gvcp::DiscoveryAnswer::Unicast ? Asked::ItAlone : Asked::Everybody;
-    // An interface that has just gone down has no cameras, either.
-    std::ignore = discovery.Run(deadline, [&](const CameraAnswer& answer) {
-        onCamera({answer.camera, {answer.sender.address, gvcp::kPort}, scan.described}, asked);
-    });
 }
 
 void InterfaceScans::EndAt(Time deadline)
 {
-    auto present = m_deadline.load();
-    while (deadline.time_since_epoch() < present &&
-           !m_deadline.compare_exchange_weak(present, deadline.time_since_epoch())) {
-    }
+    m_deadline = std::min(m_deadline, deadline);
+}
+
+void InterfaceScans::Ask(Time now)
+{
+    const bool isInTime = now < m_deadline;
     for (Scan& scan : m_scans)
-        scan.socket->Wake();
+        if (!scan.discovery.HasAsked() || (isInTime && now >= scan.discovery.NextQuestion()))
+            scan.hasFailed = !scan.discovery.Ask(now).IsOK();
+    DropFailed();
+}
+
+std::chrono::microseconds InterfaceScans::UntilNextTurn(Time now) const
+{
+    auto turn = m_deadline;
+    for (const Scan& scan : m_scans)
+        turn = std::min(turn, scan.discovery.NextQuestion());
+    return std::chrono::ceil<std::chrono::microseconds>(std::max(turn, now) - now);
+}
+
+void InterfaceScans::TakeAnswers(const OnCamera& onCamera)
+{
+    for (Scan& scan : m_scans) {
+        const auto taken = scan.discovery.TakeAnswers([&](const CameraAnswer& answer) {
+            onCamera({answer.camera, {answer.sender.address, gvcp::kPort}, scan.described}, scan.asked);
+        });
+        scan.hasFailed = !taken.IsOK();
+    }
+    DropFailed();
+}
+
+/// An interface that has just gone down has no cameras; its socket would end every wait.
+void InterfaceScans::DropFailed()
+{
+    for (const Scan& scan : m_scans)
+        if (scan.hasFailed)
+            m_sockets.Close(*scan.socket);
+    std::erase_if(m_scans, [](const Scan& scan) { return scan.hasFailed; });
 }
 
 } // namespace control

@@ -3,19 +3,17 @@
 #include "VxBase/VxClock.h"
 #include "VxCamera/control/DiscoveryScan.h"
 #include "VxCamera/control/FoundCamera.h"
-#include "VxCamera/transport/ISocketFactory.h"
+#include "VxCamera/transport/IUdpSocketGroup.h"
 
-#include <atomic>
 #include <functional>
-#include <memory>
-#include <vector>
+#include <list>
 
 namespace control {
 
 /// Discovery on several interfaces at once.
 ///
 /// Owner:  CameraFinder, for one search. Borrows sockets and clock.
-/// Thread: Run from one; the callback comes from one thread per interface; EndAt from any.
+/// Thread: one; the callback comes on it.
 class InterfaceScans {
 public:
     using Time = IVxClock::Time;
@@ -27,8 +25,8 @@ public:
     };
     using OnCamera = std::function<void(const FoundCamera&, Asked)>;
 
-    InterfaceScans(transport::ISocketFactory& sockets, const IVxClock& clock, Time deadline)
-        : m_sockets(sockets), m_clock(clock), m_deadline(deadline.time_since_epoch())
+    InterfaceScans(transport::IUdpSocketGroup& sockets, const IVxClock& clock)
+        : m_sockets(sockets), m_clock(clock)
     {
     }
 
@@ -39,26 +37,32 @@ public:
     /// Prepares to ask one address through an interface.
     bool AddOne(const transport::NetworkInterface& described, transport::Ipv4Address camera);
 
-    /// Scans all interfaces until the deadline.
-    void Run(const OnCamera& onCamera);
+    /// Scans all interfaces until the deadline. Everybody is asked once and what has come until then is
+    /// taken, also when the deadline has passed already. A later call goes on with the same scans, and with
+    /// those that were added. An interface on which the search fails has no more cameras; the others decide.
+    void Run(Time deadline, const OnCamera& onCamera);
 
-    /// Brings the deadline forward; a later one than is set changes nothing.
+    /// For the callback: brings the deadline forward; a later one than is set changes nothing.
     void EndAt(Time deadline);
 
 private:
     struct Scan {
         transport::NetworkInterface described;
-        DiscoveryScan::Question question;
-        std::unique_ptr<transport::IUdpSocket> socket;
+        Asked asked;
+        transport::IUdpSocket* socket; // borrowed from m_sockets
+        DiscoveryScan discovery;
+        bool hasFailed = false;
     };
-    bool Add(const transport::NetworkInterface& described, DiscoveryScan::Question question);
-    void RunOne(Scan& scan, const OnCamera& onCamera);
-    void RunOneQuietly(Scan& scan, const OnCamera& onCamera) noexcept;
+    bool Add(const transport::NetworkInterface& described, DiscoveryScan::Question question, Asked asked);
+    void Ask(Time now);
+    [[nodiscard]] std::chrono::microseconds UntilNextTurn(Time now) const;
+    void TakeAnswers(const OnCamera& onCamera);
+    void DropFailed();
 
-    transport::ISocketFactory& m_sockets;
+    transport::IUdpSocketGroup& m_sockets;
     const IVxClock& m_clock;
-    std::atomic<Time::duration> m_deadline;
-    std::vector<Scan> m_scans; // constant while Run runs
+    Time m_deadline; // of the present Run
+    std::list<Scan> m_scans;
 };
 
 } // namespace control

@@ -11,7 +11,9 @@ control::InterfaceMemory g_interfaceMemory;
 } // namespace
 
 CameraNetwork::CameraNetwork()
-    : m_sockets(transport::MakeSystemSocketFactory()), m_interfaces(transport::MakeSystemInterfaceList())
+    : m_sockets(transport::MakeSystemSocketFactory()),
+      m_groups(transport::MakeSystemSocketGroupFactory()),
+      m_interfaces(transport::MakeSystemInterfaceList())
 {
 }
 
@@ -19,5 +21,5 @@ CameraNetwork::~CameraNetwork() = default;
 
 control::CameraFinder::Network CameraNetwork::Parts()
 {
-    return {*m_sockets, *m_interfaces, m_clock, &g_interfaceMemory};
+    return {*m_groups, *m_interfaces, m_clock, &g_interfaceMemory};
 }

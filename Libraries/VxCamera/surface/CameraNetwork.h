@@ -4,6 +4,7 @@
 #include "VxCamera/control/CameraFinder.h"
 #include "VxCamera/transport/IInterfaceList.h"
 #include "VxCamera/transport/ISocketFactory.h"
+#include "VxCamera/transport/IUdpSocketGroup.h"
 
 #include <memory>
 
@@ -27,6 +28,7 @@ public:
 
 private:
     std::unique_ptr<transport::ISocketFactory> m_sockets;
+    std::unique_ptr<transport::ISocketGroupFactory> m_groups;
     std::unique_ptr<transport::IInterfaceList> m_interfaces;
     VxSteadyClock m_clock;
 };

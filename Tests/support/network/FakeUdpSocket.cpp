@@ -21,6 +21,8 @@ VxResult FakeUdpSocket::SendTo(std::span<const std::byte> bytes, const transport
 VxExpected<std::size_t> FakeUdpSocket::Receive(std::span<transport::Datagram> datagrams,
                                                std::chrono::microseconds timeout)
 {
+    if (!m_receiveResult.IsOK())
+        return m_receiveResult;
     if (std::exchange(m_isWoken, false))
         return VxError::Aborted;
     const auto end = m_clock.Now() + timeout;
@@ -37,4 +39,11 @@ VxExpected<std::size_t> FakeUdpSocket::Receive(std::span<transport::Datagram> da
     datagram.sender = arrival.sender;
     std::copy_n(arrival.bytes.begin(), datagram.size, datagram.memory.begin());
     return std::size_t{1};
+}
+
+std::optional<IVxClock::Time> FakeUdpSocket::ReadyFrom() const
+{
+    if (m_isWoken || !m_receiveResult.IsOK())
+        return m_clock.Now();
+    return m_arrivals.empty() ? std::nullopt : std::optional(m_arrivals.front().time);
 }

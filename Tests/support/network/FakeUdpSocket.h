@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <vector>
 
 /// A socket whose peers are the test: waiting for a datagram moves the clock to its arrival or to the
@@ -37,6 +38,12 @@ public:
     VxResult JoinGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
     VxResult LeaveGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
 
+    /// From when on Receive does not wait; none = for ever, as things stand.
+    [[nodiscard]] std::optional<IVxClock::Time> ReadyFrom() const;
+
+    /// What Receive returns from now on, instead of receiving.
+    void FailReceiving(const VxResult& result) { m_receiveResult = result; }
+
     /// What SendTo returns from now on, instead of sending.
     void FailSending(const VxResult& result) { m_sendResult = result; }
 
@@ -52,5 +59,6 @@ private:
     const Peer m_peer;
     std::deque<Arrival> m_arrivals; // by time
     VxResult m_sendResult = VxResult::Ok();
+    VxResult m_receiveResult = VxResult::Ok();
     bool m_isWoken = false;
 };

@@ -9,6 +9,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
+#include <string>
+#include <tuple>
 
 namespace control {
 namespace {
@@ -324,6 +327,165 @@ TEST_F(CameraFinderTest, TwoCamerasOfOneNameAreAmbiguousAlsoWithoutMacAddresses)
     m_other.identity.serialNumber = "SN-1";
 
     EXPECT_EQ(m_finder.Find(ConnectionId("SN-1"), 350ms).Result().Code(), VxError::Ambiguous);
+}
+
+TEST_F(CameraFinderTest, AllInterfacesAreSearchedAtOnce)
+{
+    for (std::uint8_t i = 2; i <= 9; ++i) {
+        m_interfaces.interfaces.push_back(Interface("eth", {192, 168, i, 1}, {255, 255, 255, 0}));
+        m_interfaces.interfaces.back().index = i + 10u;
+    }
+    m_other.isGone = false;
+
+    const auto found = m_finder.FindAll(1500ms);
+
+    ASSERT_TRUE(found);
+    ASSERT_EQ(found->size(), 9u);
+    for (const ScannedInterface& each : *found)
+        EXPECT_EQ(each.cameras.size(), 2u) << each.description.address.ToString();
+    EXPECT_EQ(Elapsed(), 1500ms) << "not a multiple of it";
+}
+
+TEST_F(CameraFinderTest, AnAnswerThatComesWithTheDeadlineCounts)
+{
+    m_camera.delay = 100ms;
+
+    EXPECT_EQ(m_finder.FindAll(100ms)->front().cameras.size(), 1u);
+    EXPECT_EQ(Elapsed(), 100ms);
+}
+
+TEST_F(CameraFinderTest, AnInterfaceThatGoesDownMeanwhileLeavesTheOthersToDecide)
+{
+    m_interfaces.interfaces.push_back(Interface("eth1", {192, 168, 2, 1}, {255, 255, 255, 0}));
+    const VxResult down(VxError::NetworkError, "network is down");
+    for (const bool isReceiving : {false, true}) {
+        FakeSocketFactory sockets(m_clock, [&](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                               const transport::Ipv4Endpoint& destination) {
+            const bool isGoingDown = socket.LocalEndpoint().address == Ipv4Address(192, 168, 1, 1);
+            if (isGoingDown && isReceiving)
+                socket.FailReceiving(down);
+            else if (isGoingDown)
+                socket.FailSending(down); // from the next question on
+            else
+                m_camera.OnDatagram(socket, datagram, destination);
+        });
+        const auto start = m_clock.Now();
+
+        const auto found = CameraFinder({sockets, m_interfaces, m_clock}).FindAll(400ms);
+
+        ASSERT_TRUE(found);
+        EXPECT_TRUE(found->front().addresses ==
+                    std::vector({Ipv4Address(192, 168, 1, 1), Ipv4Address(192, 168, 2, 1)}));
+        EXPECT_EQ(found->front().cameras.size(), 1u);
+        EXPECT_EQ(m_clock.Now() - start, 400ms);
+    }
+}
+
+TEST_F(CameraFinderTest, WhenEveryInterfaceIsDownTheSearchIsOver)
+{
+    FakeSocketFactory sockets(
+        m_clock, [](FakeUdpSocket& socket, std::span<const std::byte>, const transport::Ipv4Endpoint&) {
+            socket.FailReceiving({VxError::NetworkError, "network is down"});
+        });
+
+    const auto found = CameraFinder({sockets, m_interfaces, m_clock}).FindAll(1500ms);
+
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->size(), 1u);
+}
+
+TEST_F(CameraFinderTest, AnExceptionReachesTheCallerAndTheNextSearchIsAsEver)
+{
+    bool isMemoryFull = true;
+    FakeSocketFactory sockets(m_clock, [&](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                           const transport::Ipv4Endpoint& destination) {
+        if (isMemoryFull)
+            throw std::bad_alloc();
+        m_camera.OnDatagram(socket, datagram, destination);
+    });
+    CameraFinder finder({sockets, m_interfaces, m_clock});
+
+    EXPECT_THROW(std::ignore = finder.FindAll(400ms), std::bad_alloc);
+    EXPECT_THROW(std::ignore = finder.Find(ConnectionId("192.168.1.20"), 400ms), std::bad_alloc);
+    isMemoryFull = false;
+    EXPECT_TRUE(finder.Find(ConnectionId("192.168.1.20"), 400ms));
+}
+
+TEST_F(CameraFinderTest, ACameraAskedDirectlyWinsOverOneThatIsOnlyHeard)
+{
+    m_camera.endpoint.address = Ipv4Address(10, 9, 8, 7);
+    m_camera.identity.ipAddress = m_camera.endpoint.address.Value();
+    m_interfaces.route = Ipv4Address(192, 168, 1, 1);
+    for (const auto lag : {0us, 30000us}) { // of the direct answer, behind the one that is heard
+        FakeSocketFactory sockets(m_clock, [&](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                               const transport::Ipv4Endpoint& destination) {
+            m_camera.delay = 100us + (destination == m_camera.endpoint ? lag : 0us);
+            m_camera.OnDatagram(socket, datagram, destination);
+        });
+
+        EXPECT_TRUE(CameraFinder({sockets, m_interfaces, m_clock}).Find(ConnectionId("10.9.8.7"), 400ms));
+    }
+}
+
+class WrongPlugTest : public CameraFinderTest {
+protected:
+    WrongPlugTest()
+    {
+        m_interfaces.interfaces.push_back(Interface("eth1", {10, 0, 0, 1}, {255, 255, 255, 0}));
+        m_interfaces.interfaces.back().index = 8;
+    }
+    /// @param plug  address of the interface that the camera is connected to; it takes broadcasts there,
+    ///              and what is sent to its own address nowhere
+    FakeSocketFactory SocketsWithCameraAt(Ipv4Address plug)
+    {
+        return {m_clock, [this, plug](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                      const transport::Ipv4Endpoint& destination) {
+                    m_asked.push_back(destination);
+                    m_askedAt.push_back(Elapsed());
+                    if (socket.LocalEndpoint().address == plug && destination != m_camera.endpoint)
+                        m_camera.OnDatagram(socket, datagram, destination);
+                }};
+    }
+    std::vector<std::chrono::milliseconds> m_askedAt;
+};
+
+TEST_F(WrongPlugTest, ByIpAddressACameraBehindAnotherInterfaceIsToldWithThatInterface)
+{
+    auto sockets = SocketsWithCameraAt({10, 0, 0, 1});
+
+    const auto found =
+        CameraFinder({sockets, m_interfaces, m_clock}).Find(ConnectionId("192.168.1.20"), 400ms);
+
+    ASSERT_FALSE(found);
+    EXPECT_EQ(found.Error().Code(), VxError::InvalidConfiguration);
+    EXPECT_NE(found.Error().GetDescription().Narrow().find("eth1 (10.0.0.1)"), std::string::npos);
+    EXPECT_LT(Elapsed(), 300ms);
+}
+
+TEST_F(WrongPlugTest, EverybodyIsAskedOnlyAfterHalfOfTheTime)
+{
+    m_camera.isGone = true;
+    auto sockets = SocketsWithCameraAt({10, 0, 0, 1});
+
+    const auto found =
+        CameraFinder({sockets, m_interfaces, m_clock}).Find(ConnectionId("192.168.1.20"), 400ms);
+
+    EXPECT_EQ(found.Result().Code(), VxError::NotFound);
+    EXPECT_EQ(Elapsed(), 400ms);
+    for (std::size_t i = 0; i < m_asked.size(); ++i)
+        EXPECT_TRUE(m_asked[i] == m_camera.endpoint || m_askedAt[i] >= 200ms) << m_asked[i].ToString();
+    EXPECT_EQ(std::ranges::count(m_asked, Ipv4Address(10, 0, 0, 255), &transport::Ipv4Endpoint::address), 2);
+}
+
+TEST_F(WrongPlugTest, ACameraThatOnlyTakesBroadcastsIsFoundWhereItsAddressIsRight)
+{
+    auto sockets = SocketsWithCameraAt({192, 168, 1, 1});
+
+    const auto found =
+        CameraFinder({sockets, m_interfaces, m_clock}).Find(ConnectionId("192.168.1.20"), 400ms);
+
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->via.name, "eth0");
 }
 
 TEST_F(CameraFinderTest, ASearchWithoutTimeAsksOnce)
