@@ -87,6 +87,7 @@ TEST_F(NetworksTest, EveryInterfaceThatIsUpIsListedWithItsCamerasInTheSameOrderE
                          "vx2 (192.168.72.1): 02-00-00-00-00-02 10.99.9.9 not valid",
                          "vx3 (192.168.71.2): 02-00-00-00-00-03 192.168.71.30 valid",
                          "vx4 (10.8.0.2):",
+                         "vx6 (192.168.74.1): 02-00-00-00-00-06 192.168.71.40 not valid",
                      }));
     EXPECT_EQ(Find(), first);
 }
@@ -146,6 +147,18 @@ TEST_F(NetworksTest, ACameraInAWrongSubnetIsRefusedThenForcedToAnAddressAndThenC
     ASSERT_TRUE(m_link.Features().GetIntegerValue("GevSCPSPacketSize", packetBytes).IsOK());
     EXPECT_EQ(packetBytes, 9000) << "the largest that the link carries";
     ReceiveTenFrames();
+}
+
+TEST_F(NetworksTest, ACameraInTheWrongSocketIsToldByEveryNameWithTheInterfaceWhereItIsHeard)
+{
+    for (const char* id : {"02-00-00-00-00-06", "astray", "192.168.71.40"}) {
+        const auto start = Clock::now();
+        const VxResult refused = ConnectResult(id);
+        EXPECT_LT(Clock::now() - start, 500ms) << id;
+        EXPECT_EQ(refused.Code(), VxError::InvalidConfiguration) << id;
+        EXPECT_NE(refused.GetDescription().Narrow().find("vx6"), std::string::npos)
+            << refused.GetDescription().Narrow();
+    }
 }
 
 TEST_F(NetworksTest, ACameraThatSomebodyControlsKeepsItsAddress)
