@@ -285,8 +285,7 @@ CommandLineResult ReadCommandLine(std::vector<std::string> arguments)
             return Wrong("a command is missing, for instance 'vxctl list'", "");
         return {Understand(raw), {}, 0};
     } catch (const CLI::CallForHelp&) {
-        const auto chosen = app.get_subcommands();
-        return {std::nullopt, (chosen.empty() ? &app : chosen[0])->help(), 0};
+        return {std::nullopt, app.help(), 0}; // that of the command, where one was typed
     } catch (const CLI::CallForVersion& version) {
         return {std::nullopt, version.what() + std::string("\n"), 0};
     } catch (const CLI::ParseError& error) {

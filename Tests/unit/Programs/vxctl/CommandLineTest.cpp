@@ -189,6 +189,14 @@ TEST(CommandLineTest, EveryHelpHasAnExample)
                     HasSubstr("Example: vxctl " + std::string(command)));
 }
 
+TEST(CommandLineTest, AHelpShowsTheWholeCommandAsItIsTyped)
+{
+    EXPECT_THAT(ReadCommandLine({"--help"}).text, HasSubstr("Usage: vxctl [OPTIONS]"));
+    for (const char* command : {"list", "force-ip", "features", "get", "set", "execute", "save", "load"})
+        EXPECT_THAT(ReadCommandLine({command, "--help"}).text,
+                    HasSubstr("Usage: vxctl " + std::string(command) + " "));
+}
+
 TEST(CommandLineTest, TellsItsVersion)
 {
     const CommandLineResult result = ReadCommandLine({"--version"});
