@@ -333,10 +333,10 @@ void CommandClient::Pause(std::chrono::milliseconds duration)
     }
 }
 
-void CommandClient::SetSettings(const CommandSettings& settings)
+void CommandClient::UpdateSettings(const std::function<void(CommandSettings&)>& change)
 {
     const VxLock lock(m_endMutex);
-    m_settings = settings;
+    change(m_settings);
 }
 
 CommandSettings CommandClient::Settings() const

@@ -68,7 +68,9 @@ public:
     /// Lets time pass; datagrams that arrive meanwhile are dropped. Not while others use the client.
     void Pause(std::chrono::milliseconds duration);
 
-    void SetSettings(const CommandSettings& settings);
+    /// @param change  must not use the client. Nobody else's change gets lost, nor does the command under way
+    ///                see it.
+    void UpdateSettings(const std::function<void(CommandSettings&)>& change);
     [[nodiscard]] CommandSettings Settings() const;
 
     /// @param isSupported  false: WriteMemory writes register by register

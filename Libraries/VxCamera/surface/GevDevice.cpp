@@ -101,11 +101,8 @@ VxResult GevDevice::LoadFeatures(const std::string& ownFile)
 void GevDevice::ListLink()
 {
     const PacketSizeAccess packetSize{
-        [this] {
-            const VxLock lock(m_streamMutex);
-            return m_packetSize;
-        },
-        [this](const PacketSizeSetting& setting) { return SetPacketSize(setting); },
+        [this] { return PacketSizeAsSet(); },
+        [this](const PacketSizeAccess::Change& change) { return UpdatePacketSize(change); },
         [this] { return PacketSizeInForce(); }};
     const NodeMapAccess map = [this] { return m_features != nullptr ? m_features->Map() : nullptr; };
     // Session and features outlive the list: all are members, the list is declared later.
@@ -148,6 +145,7 @@ VxResult GevDevice::DisconnectOnce()
         if (m_destination) // control ends all the same
             std::ignore = control::StreamChannel(m_session->Client(), m_destination->channel).Close();
         m_destination.reset();
+        m_sizeInForce = 0;
     }
     if (m_heartbeat != nullptr)
         m_heartbeat->Stop();
@@ -197,11 +195,20 @@ VxResult GevDevice::StreamDisable(std::uint32_t)
     });
 }
 
-VxResult GevDevice::SetPacketSize(const PacketSizeSetting& setting)
+PacketSizeSetting GevDevice::PacketSizeAsSet()
+{
+    const VxLock lock(m_packetSizeMutex);
+    return m_packetSize;
+}
+
+VxResult GevDevice::UpdatePacketSize(const PacketSizeAccess::Change& change)
 {
     return NoThrow([&] {
         const VxLock lock(m_streamMutex);
-        m_packetSize = setting;
+        {
+            const VxLock settingLock(m_packetSizeMutex);
+            change(m_packetSize);
+        }
         m_isPacketSizeNew = true;
         if (m_isStreaming)
             return VxResult::Ok();
@@ -212,9 +219,8 @@ VxResult GevDevice::SetPacketSize(const PacketSizeSetting& setting)
 
 std::uint32_t GevDevice::PacketSizeInForce()
 {
-    const VxLock lock(m_streamMutex);
-    const std::uint32_t known = m_destination ? m_sizeInForce.load() : 0;
-    return known != 0 ? known : m_packetSize.fixedBytes;
+    const std::uint32_t known = m_sizeInForce;
+    return known != 0 ? known : PacketSizeAsSet().fixedBytes;
 }
 
 /// On a thread of m_streamControl, which is ended under m_streamMutex: so that lock is not taken here.
@@ -240,9 +246,10 @@ VxExpected<std::uint32_t> GevDevice::ChoosePacketSize(control::StreamChannel& ch
 {
     using Fragments = control::StreamChannel::Fragments;
     const bool isHere = receiver == m_found.via.address || receiver.IsMulticast();
-    switch (m_packetSize.mode) {
+    const PacketSizeSetting setting = PacketSizeAsSet();
+    switch (setting.mode) {
     case PacketSizeMode::Fixed:
-        return channel.SetPacketSize(m_packetSize.fixedBytes, Fragments::AsBefore);
+        return channel.SetPacketSize(setting.fixedBytes, Fragments::AsBefore);
     case PacketSizeMode::Automatic:
         if (!isHere)
             return channel.PacketSize(); // a way that cannot be tried from here

@@ -53,7 +53,8 @@ private:
     VxResult Lock(bool isLocked);
     void ForgetValues();
     VxResult StepPacketSizeDown(std::uint32_t channel);
-    VxResult SetPacketSize(const PacketSizeSetting& setting);
+    VxResult UpdatePacketSize(const PacketSizeAccess::Change& change);
+    [[nodiscard]] PacketSizeSetting PacketSizeAsSet();
     VxExpected<std::uint32_t> ChoosePacketSize(control::StreamChannel& channel,
                                                transport::Ipv4Address receiver) VX_REQUIRES(m_streamMutex);
     [[nodiscard]] std::uint32_t PacketSizeInForce();
@@ -74,11 +75,14 @@ private:
     std::unique_ptr<control::DeviceSession> m_session;
     std::unique_ptr<control::HeartbeatThread> m_heartbeat;
 
-    VxMutex m_disconnectMutex;                    // held while Disconnect runs, that is for seconds at most
+    VxMutex m_disconnectMutex; // held while Disconnect runs, that is for seconds at most
+
+    // What is shown of the packet size, also while m_streamMutex is held for a search.
     std::atomic<std::uint32_t> m_sizeInForce = 0; // bytes; 0: not known
+    VxMutex m_packetSizeMutex;                    // held for a copy or a change
+    PacketSizeSetting m_packetSize VX_GUARDED_BY(m_packetSizeMutex);
 
     VxMutex m_streamMutex; // held while stream channels are set up, that is for some commands
-    PacketSizeSetting m_packetSize VX_GUARDED_BY(m_streamMutex);
     bool m_isPacketSizeNew VX_GUARDED_BY(m_streamMutex) = false; // set, but not in force
     bool m_isStreaming VX_GUARDED_BY(m_streamMutex) = false;
     bool m_isClosing VX_GUARDED_BY(m_streamMutex) = false;                 // no stream is directed any more

@@ -79,10 +79,8 @@ void ListHost(const transport::NetworkInterface& via, ParameterList& list)
 
 void ListCommands(DeviceSession& session, ParameterList& list)
 {
-    const auto change = [&session](auto&& how) {
-        CommandSettings settings = session.Client().Settings();
-        how(settings);
-        session.Client().SetSettings(settings);
+    const auto change = [&session](const auto& how) {
+        session.Client().UpdateSettings(how);
         return VxResult::Ok();
     };
     list.Add<ListedInteger>(ParameterFacts{"CommandAckTimeout", kControl, Guru, "ms"},
@@ -161,19 +159,20 @@ void ListStream(const PacketSizeAccess& access, ParameterList& list)
         ParameterFacts{"PacketSizeMode", kStream, Expert}, modes,
         [access] { return static_cast<std::size_t>(access.get().mode); },
         [access](std::size_t index) {
-            PacketSizeSetting setting = access.get();
-            setting.mode = static_cast<PacketSizeMode>(index); // below the number of modes
-            return access.set(setting);
+            return access.update([index](PacketSizeSetting& setting) {
+                setting.mode = static_cast<PacketSizeMode>(index); // below the number of modes
+            });
         });
-    list.Add<ListedInteger>(ParameterFacts{"PacketSize", kStream, Expert, "bytes"},
-                            ListedInteger::Access{[access]() -> std::int64_t { return access.inForce(); },
-                                                  [access](std::int64_t value) {
-                                                      PacketSizeSetting setting = access.get();
-                                                      setting.fixedBytes = static_cast<std::uint32_t>(
-                                                          value); // within the limits
-                                                      return access.set(setting);
-                                                  },
-                                                  kSmallestPacket, kLargestPacket});
+    list.Add<ListedInteger>(
+        ParameterFacts{"PacketSize", kStream, Expert, "bytes"},
+        ListedInteger::Access{[access]() -> std::int64_t { return access.inForce(); },
+                              [access](std::int64_t value) {
+                                  return access.update([value](PacketSizeSetting& setting) {
+                                      // within the limits
+                                      setting.fixedBytes = static_cast<std::uint32_t>(value);
+                                  });
+                              },
+                              kSmallestPacket, kLargestPacket});
 }
 
 } // namespace

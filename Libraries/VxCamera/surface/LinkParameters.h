@@ -22,12 +22,14 @@ struct PacketSizeSetting {
     std::uint32_t fixedBytes = 1500; ///< for Fixed; every network carries this many
 };
 
-/// How the packet size setting is read and changed; thread-safe.
+/// How the packet size setting is read and changed; thread-safe. Reading waits for nothing that takes time.
 struct PacketSizeAccess {
+    using Change = std::function<void(PacketSizeSetting&)>;
+
     std::function<PacketSizeSetting()> get;
-    std::function<VxResult(const PacketSizeSetting&)> set; ///< what the camera says to it, when it is
-                                                           ///< streaming to somebody
-    std::function<std::uint32_t()> inForce; ///< as the camera has taken it; as set until it was asked
+    std::function<VxResult(const Change&)> update; ///< what the camera says to it, when it is streaming to
+                                                   ///< somebody; no other change gets lost
+    std::function<std::uint32_t()> inForce;        ///< as the camera has taken it; as set until it was asked
 };
 
 /// @return  the camera's features, borrowed for the call; null before they are loaded

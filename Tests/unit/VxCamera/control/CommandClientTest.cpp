@@ -139,7 +139,7 @@ TEST_F(CommandClientTest, ACameraThatComesBackGetsItsFullPatienceAgain)
 TEST_F(CommandClientTest, SettingsChangeTimeoutAndRetries)
 {
     m_camera.isGone = true;
-    m_client.SetSettings({50ms, 1});
+    m_client.UpdateSettings([](CommandSettings& settings) { settings = {50ms, 1}; });
 
     EXPECT_EQ(m_client.WriteRegister(kAddress, 1).Code(), VxError::Timeout);
 
@@ -331,7 +331,7 @@ TEST_F(CommandClientTest, WhatIsNoAnswerToUsIsNoLifeSign)
 TEST_F(CommandClientTest, AskingForPatienceIsALifeSign)
 {
     m_camera.dropAnswers = 1;
-    m_client.SetSettings({200ms, 0});
+    m_client.UpdateSettings([](CommandSettings& settings) { settings = {200ms, 0}; });
     m_clock.Advance(10s);
     // The id of the client's first command.
     m_sockets.lastSocket->Arrive(m_camera.endpoint, bytes::FromHex("0000 0089 0004 0001 0000 0064"), 1ms);

@@ -1,10 +1,13 @@
 #include "VxCamera/surface/LinkParameters.h"
 
+#include "support/Latch.h"
 #include "support/genapi/NodeMapFixture.h"
 #include "support/network/FakeCamera.h"
 #include "support/network/FakeSocketFactory.h"
 
 #include <gtest/gtest.h>
+
+#include <thread>
 
 namespace {
 
@@ -18,8 +21,8 @@ protected:
         m_session =
             std::move(*control::DeviceSession::Connect({m_sockets, m_clock}, m_found.device, m_found.via));
         const PacketSizeAccess access{[this] { return m_setting; },
-                                      [this](const PacketSizeSetting& setting) {
-                                          m_setting = setting;
+                                      [this](const PacketSizeAccess::Change& change) {
+                                          change(m_setting);
                                           return m_answer;
                                       },
                                       [this] { return m_inForce; }};
@@ -105,6 +108,36 @@ TEST_F(LinkParametersTest, CommandSettingsAreSetWithinTheirLimits)
 
     EXPECT_EQ(m_session->Client().Settings().ackTimeout, std::chrono::milliseconds(50));
     EXPECT_EQ(m_session->Client().Settings().retries, 1u);
+}
+
+TEST_F(LinkParametersTest, ModeAndSizeOfPacketsAreSetWithoutEachOther)
+{
+    ASSERT_TRUE(m_list.SetIntegerValue("PacketSize", 4000).IsOK());
+    ASSERT_TRUE(m_list.Get("PacketSizeMode")->FromString("Fixed").IsOK());
+
+    EXPECT_EQ(m_setting.mode, PacketSizeMode::Fixed);
+    EXPECT_EQ(m_setting.fixedBytes, 4000u);
+}
+
+TEST_F(LinkParametersTest, ThreadsThatSetDifferentCommandSettingsDoNotTakeEachOthersBack)
+{
+    Latch both(2);
+    const auto set = [&](const char* name, std::int64_t offset) {
+        both.count_down();
+        both.wait();
+        for (std::int64_t i = 1; i <= 1000; ++i) {
+            const std::int64_t value = offset + i % 20;
+            std::int64_t read = 0;
+            EXPECT_TRUE(m_list.SetIntegerValue(name, value).IsOK());
+            EXPECT_TRUE(m_list.GetIntegerValue(name, read).IsOK());
+            ASSERT_EQ(read, value) << name;
+        }
+    };
+    std::thread other(set, "CommandRetries", 0);
+
+    set("CommandAckTimeout", 50);
+
+    other.join();
 }
 
 } // namespace
