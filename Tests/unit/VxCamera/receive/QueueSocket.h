@@ -50,6 +50,12 @@ public:
         m_changed.wait(lock, [&] { return m_sent.size() >= count; });
         return m_sent;
     }
+    /// Waits until everything has been received and more is waited for.
+    void WaitUntilIdle()
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&] { return m_arrived.empty() && m_isWaitedFor && !m_isWoken; });
+    }
     [[nodiscard]] std::size_t SentCount()
     {
         const std::scoped_lock lock(m_mutex);
@@ -59,8 +65,12 @@ public:
                                     std::chrono::microseconds timeout) override
     {
         std::unique_lock lock(m_mutex);
-        if (timeout.count() > 0)
+        if (timeout.count() > 0) {
+            m_isWaitedFor = true;
+            m_changed.notify_all();
             m_changed.wait(lock, [&] { return m_isWoken || (!m_arrived.empty() && !m_isHeld); });
+            m_isWaitedFor = false;
+        }
         if (std::exchange(m_isWoken, false))
             return VxError::Aborted;
         if (m_arrived.empty())
@@ -96,6 +106,7 @@ private:
     std::vector<Sent> m_sent;
     bool m_isWoken = false;
     bool m_isHeld = false;
+    bool m_isWaitedFor = false;
 };
 
 } // namespace receive
