@@ -19,6 +19,8 @@ struct VxSimulatorFaults {
     double duplicateShare = 0; ///< stream packets that are sent twice
     double reorderShare = 0;   ///< stream packets that change places with the next one
     double delayShare = 0;     ///< stream packets that come 20 packets later
+    /// The network carries no larger ones: bytes with the headers of IP and UDP. None: any.
+    std::optional<std::size_t> largestPacketBytes{};
     /// For how long packets can be sent again. None: for as long as the block is stored, 160 ms or four
     /// blocks.
     std::optional<std::chrono::milliseconds> resendMemory{};

@@ -147,6 +147,10 @@ void AddFaultOptions(CLI::App& app, VxSimulatorFaults& faults)
     share("--duplicate", faults.duplicateShare, "Share of stream packets that are sent twice");
     share("--reorder", faults.reorderShare, "Share of stream packets that change places with the next one");
     share("--delay", faults.delayShare, "Share of stream packets that come 20 packets later");
+    app.add_option("--largest-packet", faults.largestPacketBytes,
+                   "Lose every stream packet of more bytes than this, headers of IP and UDP included")
+        ->type_name("BYTES")
+        ->group(kGroup);
     app.add_option_function<unsigned>(
            "--resend-memory", [&faults](unsigned ms) { faults.resendMemory = std::chrono::milliseconds(ms); },
            "For how many milliseconds a packet can be sent again")

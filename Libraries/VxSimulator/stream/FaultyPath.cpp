@@ -1,5 +1,7 @@
 #include "VxSimulator/stream/FaultyPath.h"
 
+#include "VxCamera/wire/gvsp/BlockLayout.h"
+
 #include <utility>
 
 namespace simulator {
@@ -14,9 +16,15 @@ bool FaultyPath::Happens(double share)
     return share > 0 && m_random.Next() < share;
 }
 
-bool FaultyPath::LosesOne()
+bool FaultyPath::IsTooLarge(std::span<const std::byte> packet) const
 {
-    const bool isDropped = Happens(m_faults.dropShare);
+    return m_faults.largestPacketBytes &&
+           packet.size() + gvsp::kIpUdpHeaderBytes > *m_faults.largestPacketBytes;
+}
+
+bool FaultyPath::Loses(std::span<const std::byte> packet)
+{
+    const bool isDropped = IsTooLarge(packet) || Happens(m_faults.dropShare);
     m_dropped += isDropped ? 1 : 0;
     return isDropped;
 }
@@ -36,7 +44,7 @@ void FaultyPath::Flush(const Output& output)
 
 void FaultyPath::Pass(std::span<const std::byte> packet, const Output& output)
 {
-    if (LosesOne()) {
+    if (Loses(packet)) {
         // Gone.
     } else if (Happens(m_faults.delayShare)) {
         Hold(packet, kDelayPackets);

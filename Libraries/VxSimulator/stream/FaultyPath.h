@@ -31,7 +31,10 @@ public:
 
     /// Decides about one packet, also one that is sent again.
     /// @return  whether it gets lost
-    [[nodiscard]] bool LosesOne();
+    [[nodiscard]] bool Loses(std::span<const std::byte> packet);
+
+    /// Whether the network cannot carry the packet; chance has no part in it.
+    [[nodiscard]] bool IsTooLarge(std::span<const std::byte> packet) const;
 
     [[nodiscard]] std::uint64_t Dropped() const { return m_dropped; }
 

@@ -128,11 +128,12 @@ void StreamSender::Resend(const gvcp::PacketResendCommand& command,
     }
     const std::uint32_t last = std::min(command.lastPacketId, block->PacketCount() - 1);
     for (std::uint32_t packetId = command.firstPacketId; packetId <= last && !m_isCancelled; ++packetId) {
-        if (m_resendPath.LosesOne()) {
+        const auto packet = block->WritePacket(packetId, Sending::Again, m_resendPacket);
+        if (m_resendPath.Loses(packet)) {
             ++m_packetsDropped;
             continue;
         }
-        Send(block->WritePacket(packetId, Sending::Again, m_resendPacket), destination);
+        Send(packet, destination);
         ++m_packetsResent;
     }
 }
@@ -164,7 +165,8 @@ void StreamSender::SendTestPacket(const CameraModel::TestPacket& packet)
     std::vector<std::byte> memory(packet.packetSizeBytes - gvsp::kIpUdpHeaderBytes);
     VxByteWriter out(memory);
     gvsp::WritePacketHeader(out, {.blockId = gvsp::kTestBlockId});
-    Send(memory, packet.destination);
+    if (!m_path.IsTooLarge(memory))
+        Send(memory, packet.destination);
 }
 
 } // namespace simulator

@@ -77,7 +77,7 @@ TEST(CommandLineTest, TakesTheCamerasIdentity)
 TEST(CommandLineTest, TakesFaults)
 {
     const auto parsed = Parse({"--drop", "0.1", "--duplicate", "0.2", "--reorder", "0.3", "--delay", "0.4",
-                               "--seed", "9", "--vanish-after", "100"});
+                               "--seed", "9", "--vanish-after", "100", "--largest-packet", "1500"});
 
     ASSERT_TRUE(parsed);
     EXPECT_EQ(parsed->camera.faults.dropShare, 0.1);
@@ -86,6 +86,7 @@ TEST(CommandLineTest, TakesFaults)
     EXPECT_EQ(parsed->camera.faults.delayShare, 0.4);
     EXPECT_EQ(parsed->camera.faults.seed, 9u);
     EXPECT_EQ(parsed->camera.faults.vanishAfterFrames, 100u);
+    EXPECT_EQ(parsed->camera.faults.largestPacketBytes, 1500u);
 }
 
 TEST(CommandLineTest, AMacMayBeWrittenWithHyphens)

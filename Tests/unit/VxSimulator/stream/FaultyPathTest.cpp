@@ -97,9 +97,22 @@ TEST(FaultyPathTest, CountsWhatItDrops)
     PassAll(path, 3);
     EXPECT_EQ(path.Dropped(), 2u);
 
-    EXPECT_TRUE(path.LosesOne());
-    EXPECT_FALSE(path.LosesOne());
+    EXPECT_TRUE(path.Loses({}));
+    EXPECT_FALSE(path.Loses({}));
     EXPECT_EQ(path.Dropped(), 3u);
+}
+
+TEST(FaultyPathTest, DropsWhatTheNetworkCannotCarry)
+{
+    ScriptedRandomSource random({});
+    FaultyPath path({.largestPacketBytes = 576}, random);
+    const std::vector<std::byte> fits(576 - 28); // IP and UDP take 28
+    const std::vector<std::byte> tooLarge(576 - 28 + 1);
+
+    EXPECT_FALSE(path.Loses(fits));
+    EXPECT_TRUE(path.Loses(tooLarge));
+    EXPECT_TRUE(path.IsTooLarge(tooLarge));
+    EXPECT_EQ(path.Dropped(), 1u);
 }
 
 TEST(FaultyPathTest, DropsAboutItsShare)
@@ -107,7 +120,7 @@ TEST(FaultyPathTest, DropsAboutItsShare)
     SeededRandomSource random(1);
     FaultyPath path({.dropShare = 0.1}, random);
     for (int i = 0; i < 10000; ++i)
-        static_cast<void>(path.LosesOne());
+        static_cast<void>(path.Loses({}));
 
     // Four standard deviations (30) to each side.
     EXPECT_NEAR(static_cast<double>(path.Dropped()), 1000, 120);
