@@ -14,7 +14,6 @@ VX_CACHE=${VX_CACHE_DIR:-${XDG_CACHE_HOME:-${HOME:-/nonexistent}/.cache}/vxdssou
 VX_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 VX_BUILD=$VX_ROOT/build
 VX_LOGS=$VX_BUILD/logs
-mkdir -p "$VX_LOGS"
 
 # Process groups started by start_group and not ended yet.
 VX_GROUPS=()
@@ -29,6 +28,10 @@ fail() {
     printf 'error: %s\n' "$*" >&2
     exit 1
 }
+
+# The second question is for a folder that is there already, in a tree that may only be read.
+{ mkdir -p "$VX_LOGS" 2>/dev/null && [ -w "$VX_LOGS" ]; } ||
+    fail "cannot write to $VX_LOGS: make room on its disk, or use a tree that you may write to, and run again"
 
 # Starts a command or a function as a process group of its own (which is what job control does), so
 # that it can be ended together with whatever it started. The group's id is left in VX_STARTED.
@@ -84,7 +87,8 @@ at_end() {
 progress_of() { tail -c 4096 "$1" 2>/dev/null | grep -oE '^\[ *[0-9]+[/%][^]]*\]' | tail -n 1 || true; }
 
 # run_step TITLE LOG COMMAND...: runs a long command or function with its output in LOG, says now and
-# then that it is still alive, and ends with the seconds it took. On failure the end of the log is shown.
+# then that it is still alive, and ends with the seconds it took. On failure the end of the log is shown, and the error
+# names the remedy in VX_REMEDY, if the caller has set one (VX_REMEDY=... run_step ...).
 run_step() {
     local title=$1 log=$2 started=$SECONDS said=$SECONDS status=0 group
     shift 2
@@ -102,10 +106,14 @@ run_step() {
     forget_group "$group"
     if [ "$status" -ne 0 ]; then
         tail -n "${VX_TAIL_LINES:-25}" "$log" >&2
-        fail "$title failed; the whole output is in $log"
+        fail "$title failed${VX_REMEDY:+: $VX_REMEDY}; the whole output is in $log"
     fi
     say "  $title: done in $((SECONDS - started)) s"
 }
+
+# The remedy of steps that fetch something.
+# shellcheck disable=SC2034  # for those who source this
+VX_CHECK_NETWORK="check the network and run again"
 
 # need_disk DIRECTORY GIBIBYTES: the directory's nearest existing parent decides.
 need_disk() {
@@ -116,7 +124,15 @@ need_disk() {
         fail "only $free MiB are free under $directory, $wanted GiB are needed: make room and run again"
 }
 
-# build_preset PRESET [TARGET...]: configures when needed and builds.
+# Chosen: both presets with their tests take 1.5 GiB.
+VX_BUILD_GIB=2
+
+# is_built FOLDER [TARGET...]: whether building would find nothing to do.
+is_built() {
+    ninja -C "$1" -n "${@:2}" 2>/dev/null | grep -q '^ninja: no work to do'
+}
+
+# build_preset PRESET [TARGET...]: configures when needed and builds. Asks for room only when there is something to do.
 build_preset() {
     local preset=$1 folder=$VX_BUILD/$1 targets=() options=() inputs
     shift
@@ -129,9 +145,12 @@ build_preset() {
         readlink "$VX_BUILD/third-party"
     } | sha256sum)
     if [ ! -f "$folder/build.ninja" ] || [ "$(cat "$folder/vx-inputs" 2>/dev/null)" != "$inputs" ]; then
+        need_disk "$VX_BUILD" "$VX_BUILD_GIB"
         run_step "configure $preset" "$VX_LOGS/configure-$preset.log" \
             cmake -S "$VX_ROOT" --preset "$preset" --fresh "${options[@]}"
         printf '%s\n' "$inputs" >"$folder/vx-inputs"
+    elif ! is_built "$folder" "${targets[@]:1}"; then
+        need_disk "$VX_BUILD" "$VX_BUILD_GIB"
     fi
     run_step "build $preset" "$VX_LOGS/build-$preset.log" \
         cmake --build "$folder" --parallel "$(nproc)" "${targets[@]}"

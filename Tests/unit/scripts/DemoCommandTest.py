@@ -14,7 +14,8 @@ PROJECT = pathlib.Path(__file__).resolve().parents[3]
 
 
 class DemoCommandTest(unittest.TestCase):
-    CONFIGURE = '[ "$3" != --preset ] || mkdir -p "build/$4"'    # cmake -S ROOT --preset NAME --fresh
+    # cmake -S ROOT --preset NAME --fresh
+    CONFIGURE = '[ "$3" != --preset ] || { mkdir -p "build/$4"; touch "build/$4/build.ninja"; }'
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -130,6 +131,26 @@ class DemoCommandTest(unittest.TestCase):
         self.assertEqual((done.returncode, done.stdout), (1, ""))
         self.assertEqual(done.stderr, f"error: only 100 MiB are free under {self.root}/build, 2 GiB are needed: make "
                                       "room and run again\n")
+
+    def run_again_with_little_room(self, plan):
+        """@param plan  what the build says when it is asked what it would do"""
+        self.assertEqual(self.run_demo().returncode, 0)
+        self.step(self.programs / "df", "echo Avail; echo 1900", is_told=False)
+        self.step(self.programs / "ninja", f'echo "{plan}"', is_told=False)
+        (self.root / "steps").unlink()
+        return self.run_demo()
+
+    def test_needs_no_room_where_everything_is_built(self):
+        done = self.run_again_with_little_room("ninja: no work to do.")
+
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertTrue(self.steps()[-1].startswith("own-world "))
+
+    def test_needs_room_where_something_has_changed(self):
+        done = self.run_again_with_little_room("[1/1] Linking vxsim")
+
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertRegex(done.stderr, "^error: only 1900 MiB are free under ")
 
     def test_shows_the_end_of_a_build_that_fails(self):
         self.step(self.programs / "cmake", self.CONFIGURE + "\n[ $1 != --build ] || { echo broken code; exit 1; }")

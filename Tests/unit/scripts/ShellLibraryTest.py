@@ -31,6 +31,12 @@ class ShellLibraryTest(unittest.TestCase):
         return subprocess.run([*SHELL, source(self.root, text)], capture_output=True, text=True, check=False,
                               env=environment)
 
+    def run_read_only(self, text):
+        """The tree looks read-only to this script, in a view of the files of its own."""
+        mount = 'mount --bind "$1" "$1" && mount -o remount,bind,ro "$1" && exec bash -c "$2"'
+        return subprocess.run(["unshare", "--mount", "--map-root-user", *SHELL, mount, "bash", self.root,
+                               source(self.root, text)], capture_output=True, text=True, check=False)
+
     def start_script(self, text):
         """Starts a script whose first line of output is waited for and returned with the process."""
         process = subprocess.Popen([*SHELL, source(self.root, text)], stdout=subprocess.PIPE, text=True)
@@ -71,6 +77,39 @@ class ShellLibraryTest(unittest.TestCase):
         self.assertEqual(lines[-2], "100")
         self.assertEqual(lines[-1], f"error: tea failed; the whole output is in {self.root}/build/logs/tea.log")
         self.assertLess(len(lines), 50)
+
+    def test_a_failed_step_names_the_remedy_that_it_was_given(self):
+        done = self.run_script('VX_REMEDY="heat the water" run_step tea "$VX_LOGS/tea.log" false')
+
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertEqual(done.stderr, "error: tea failed: heat the water; the whole output is in "
+                                      f"{self.root}/build/logs/tea.log\n")
+
+    def test_a_remedy_is_for_one_step_only(self):
+        done = self.run_script('VX_REMEDY="heat the water" run_step water "$VX_LOGS/water.log" true\n'
+                               'run_step tea "$VX_LOGS/tea.log" false')
+
+        self.assertTrue(done.stderr.startswith("error: tea failed; "), done.stderr)
+
+    def test_a_tree_without_a_place_for_logs_is_one_line(self):
+        (self.root / "build").write_text("not a folder")
+
+        done = self.run_script("echo not reached")
+
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertEqual(done.stderr, f"error: cannot write to {self.root}/build/logs: make room on its disk, or use a "
+                                      "tree that you may write to, and run again\n")
+
+    def test_a_tree_that_may_only_be_read_is_one_line(self):
+        for has_logs in (False, True):
+            with self.subTest(has_logs=has_logs):
+                if has_logs:
+                    (self.root / "build/logs").mkdir(parents=True)
+
+                done = self.run_read_only("echo not reached")
+
+                self.assertEqual((done.returncode, done.stdout), (1, ""))
+                self.assertRegex(done.stderr, r"^error: cannot write to \S+/build/logs: .*\n$")
 
     def test_the_end_of_a_script_ends_its_groups_with_all_descendants(self):
         process, grandchild = self.start_script('''
