@@ -15,8 +15,8 @@ namespace vxds {
 /// Thread: the streaming thread.
 class FrameRows {
 public:
-    /// @return  empty when the header describes no picture of whole bytes, or one that the memory does not
-    /// hold
+    /// @return  empty when the header describes no picture of whole bytes, or one that is larger than the
+    ///          memory
     [[nodiscard]] static std::optional<FrameRows> Of(const OverlayFrame& frame);
 
     [[nodiscard]] std::size_t WidthPx() const { return m_widthPx; }

@@ -12,9 +12,8 @@ namespace vxds {
 /// be written are left out.
 ///
 /// @param frame       8 bits, three or four channels (blue, green, red first); not changed
-/// @param kernelSize  width and height of the neighbourhood in pixels: odd, at least 3. Another one makes the
-/// picture
-///                    library throw.
+/// @param kernelSize  width and height of the neighbourhood in pixels: odd, at least 3; the picture library
+///                    throws for another one
 /// @return  pixels whose grey level differs by more than 20 from the median of their neighbourhood
 [[nodiscard]] std::int32_t RunHotPixelDiagnostic(const cv::Mat& frame, std::int32_t kernelSize);
 

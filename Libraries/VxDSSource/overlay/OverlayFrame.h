@@ -12,9 +12,10 @@ namespace vxds {
 /// Owner:  the streaming thread, for one frame.
 /// Thread: the streaming thread.
 struct OverlayFrame {
-    std::span<std::uint8_t>
-        memory;                ///< the sample's own: nothing beyond it is touched, whatever the header says
-    BITMAPINFOHEADER header{}; ///< of the current media type; all zero when it has none
+    /// The sample's own: nothing beyond it is touched, whatever the header says.
+    std::span<std::uint8_t> memory;
+    /// Of the current media type; all zero when it has none.
+    BITMAPINFOHEADER header{};
 };
 
 } // namespace vxds

@@ -16,8 +16,8 @@ namespace vxds {
 /// Owner:  the streaming thread, for one frame.
 /// Thread: the streaming thread.
 struct FrameTarget {
-    std::span<std::uint8_t>
-        memory; ///< the sample's own memory: no writer goes past it, whatever the format says
+    /// The sample's own memory: no writer goes past it, whatever the format says.
+    std::span<std::uint8_t> memory;
     FrameFormat format;
     PictureSize delivered; ///< the settings "width" and "height"
     std::uint32_t outputPixelType = 0;

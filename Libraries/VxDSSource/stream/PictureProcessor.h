@@ -13,8 +13,8 @@ namespace vxds {
 class PictureProcessor {
 public:
     /// @param source  picture at source size, 8 bits, 3 or 4 channels; not changed
-    /// @param final   where the result goes if it has its size and type; else kept memory is used. Empty: the
-    /// same.
+    /// @param final   where the result goes if it has its size and type; else, and when it is empty, kept
+    ///                memory is used
     /// @return  the result: over `final`, over memory kept here until the next call, or `source` itself when
     ///          there was nothing to do
     [[nodiscard]] cv::Mat Process(const cv::Mat& source, const FrameTarget& target, const cv::Mat& final);
