@@ -1,9 +1,7 @@
 #include "VxDSSource/overlay/StatusSummary.h"
 
-#include "VxDSSource/camera/VxDevice.h"
 #include "VxDSSource/camera/VxGenInteger.h"
 #include "VxDSSource/camera/VxGenParameterArray.h"
-#include "VxDSSource/camera/VxStream.h"
 #include "VxDSSource/filter/SettingsTable.h"
 #include "VxDSSource/overlay/OverlayText.h"
 
@@ -33,10 +31,9 @@ struct StreamStatistics {
     VxString lastError = kNotAvailable;
 };
 
-StreamStatistics ReadStatistics(VxStream* stream)
+StreamStatistics ReadStatistics(const VxGenParameterArray* features)
 {
     StreamStatistics statistics;
-    const VxGenParameterArray* const features = stream != nullptr ? stream->GetParameters() : nullptr;
     if (features == nullptr)
         return statistics;
     // A value that cannot be read stays as it is.
@@ -77,28 +74,28 @@ void AddRole(std::wostream& text, const SummaryValues& pin)
     text << kLineEnd;
 }
 
-void AddController(std::wostream& text, const SummaryValues& pin)
+void AddController(std::wostream& text, const LinkStatus& link)
 {
     text << L"Device controller: ";
-    if (pin.device != nullptr) {
-        text << (pin.device->IsConnected() ? L"connected" : L"not connected");
-    } else {
+    if (link.device == LinkEnd::Absent) {
         text << L"not allocated";
-        AddLastResult(text, L"connect", pin.lastConnectResult);
+        AddLastResult(text, L"connect", link.lastConnectResult);
+    } else {
+        text << (link.device == LinkEnd::Open ? L"connected" : L"not connected");
     }
     text << kLineEnd;
 }
 
-void AddReceiver(std::wostream& text, const SummaryValues& pin)
+void AddReceiver(std::wostream& text, const LinkStatus& link)
 {
     text << L"Stream receiver: ";
-    if (pin.stream == nullptr) {
+    if (link.stream == LinkEnd::Absent) {
         text << L"not allocated";
-        AddLastResult(text, L"open", pin.lastOpenResult);
-    } else if (pin.stream->IsOpen()) {
+        AddLastResult(text, L"open", link.lastOpenResult);
+    } else if (link.stream == LinkEnd::Open) {
         text << L"opened";
     } else {
-        text << L"not opened, result " << pin.lastOpenResult.GetCodeString().GetUnicode(); // of any code
+        text << L"not opened, result " << link.lastOpenResult.GetCodeString().GetUnicode(); // of any code
     }
     text << kLineEnd;
 }
@@ -116,7 +113,7 @@ void AddSizes(std::wostream& text, const SummaryValues& pin)
 
 void AddStatistics(std::wostream& text, const SummaryValues& pin)
 {
-    const StreamStatistics statistics = ReadStatistics(pin.stream);
+    const StreamStatistics statistics = ReadStatistics(pin.statistics);
     text << L"Acquisition rate: " << statistics.rateHz << L" FPS" << kLineEnd << L"Bandwidth: "
          << statistics.bandwidthBitsPerSecond / kBitsPerMegabit << L" Mb/s" << kLineEnd
          << L"Blocks dropped by device: ";
@@ -146,8 +143,8 @@ std::wstring StatusSummary(const SummaryValues& pin)
     text.imbue(std::locale::classic());
     text << L"Device: " << (pin.deviceId.empty() ? kNotAvailable : pin.deviceId.c_str()) << kLineEnd;
     AddRole(text, pin);
-    AddController(text, pin);
-    AddReceiver(text, pin);
+    AddController(text, pin.link);
+    AddReceiver(text, pin.link);
     AddSizes(text, pin);
     text << std::fixed << std::setprecision(1); // fixed: one digit behind the point
     AddStatistics(text, pin);

@@ -1,14 +1,13 @@
 #pragma once
 
-#include "VxBase/VxResult.h"
 #include "VxDSSource/overlay/GdiPlusSession.h"
+#include "VxDSSource/overlay/LinkStatus.h"
 #include "VxDSSource/overlay/OverlayFrame.h"
 
 #include <cstdint>
 #include <string>
 
-class VxDevice;
-class VxStream;
+class VxGenParameterArray;
 
 namespace vxds {
 
@@ -24,11 +23,9 @@ struct SummaryValues {
     std::uint32_t multicastPort = 0;
     std::uint32_t renderWidthPx = 0;
     std::uint32_t renderHeightPx = 0;
-    const VxDevice* device = nullptr; ///< borrowed; null when there is none
-    VxStream* stream = nullptr;       ///< borrowed; null when there is none
-    VxResult lastConnectResult;
-    VxResult lastOpenResult;
-    std::uint32_t lastImageWidthPx = 0; ///< 0: no image yet
+    LinkStatus link;
+    const VxGenParameterArray* statistics = nullptr; ///< the stream's, borrowed; null when it cannot be asked
+    std::uint32_t lastImageWidthPx = 0;              ///< 0: no image yet
     std::uint32_t lastImageHeightPx = 0;
     std::int64_t blocksDroppedByFilter = 0;
     std::wstring lastErrorText;

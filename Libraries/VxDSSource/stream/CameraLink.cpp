@@ -57,12 +57,11 @@ void CameraLink::ConnectDevice(SettingsRecord& settings)
         return;
 
     m_device = VxDevice::CreateAndConnect(deviceId, &m_lastConnectResult);
+    if (m_device != nullptr && !m_lastConnectResult.IsOK())
+        VxDevice::Free(std::exchange(m_device, nullptr));
+    NoteDevice(m_device != nullptr ? LinkEnd::Open : LinkEnd::Absent);
     if (m_device == nullptr)
         return;
-    if (!m_lastConnectResult.IsOK()) {
-        VxDevice::Free(std::exchange(m_device, nullptr));
-        return;
-    }
     SelectSource(settings);
     std::int64_t channel = 0;
     VxGenInteger* const feature = m_device->GetParameters()->GetInteger("SourceStreamChannel");
@@ -94,14 +93,17 @@ void CameraLink::OpenStream(const SettingsRecord& settings)
     if (m_stream != nullptr || settings.Text(Setting::DeviceId).empty())
         return;
     std::unique_ptr<VxStream> stream = OpenByRole(settings);
-    if (!m_lastOpenResult.IsOK())
+    if (!m_lastOpenResult.IsOK()) {
+        NoteStream(LinkEnd::Absent);
         return; // the stream object is deleted
+    }
     std::unique_ptr<VxPipeline> pipeline = MakePipeline(*stream, settings);
     m_applied.connectionId = settings.Text(Setting::DeviceId);
     m_applied.channel = settings.Number(Setting::ParamChannel);
     // Together: a stream without a pipeline would never be opened again.
     m_stream = std::move(stream);
     m_pipeline = std::move(pipeline);
+    NoteStream(LinkEnd::Open);
 }
 
 std::unique_ptr<VxStream> CameraLink::OpenByRole(const SettingsRecord& settings)
@@ -151,6 +153,11 @@ void CameraLink::Close()
     const std::unique_ptr<VxDevice, decltype(&VxDevice::Free)> device(std::exchange(m_device, nullptr),
                                                                       &VxDevice::Free);
     std::unique_ptr<VxStream> stream = std::move(m_stream);
+    {
+        const VxLock statusLock(m_statusMutex);
+        m_lastStatus.device = LinkEnd::Absent;
+        m_lastStatus.stream = LinkEnd::Absent;
+    }
     m_pipeline.reset();
     if (stream != nullptr && stream->IsOpen())
         std::ignore = stream->Close(); // nothing left to undo
@@ -206,6 +213,40 @@ bool CameraLink::WriteSize(const char* feature, std::int32_t pixels)
 {
     const CAutoLock lock(&m_lock);
     return m_device != nullptr && m_device->GetParameters()->SetIntegerValue(feature, pixels).IsOK();
+}
+
+LinkStatus CameraLink::Status()
+{
+    LinkStatus status;
+    if (m_device != nullptr)
+        status.device = m_device->IsConnected() ? LinkEnd::Open : LinkEnd::Closed;
+    if (m_stream != nullptr)
+        status.stream = m_stream->IsOpen() ? LinkEnd::Open : LinkEnd::Closed;
+    status.lastConnectResult = m_lastConnectResult;
+    status.lastOpenResult = m_lastOpenResult;
+    const VxLock lock(m_statusMutex);
+    m_lastStatus = status;
+    return status;
+}
+
+LinkStatus CameraLink::LastStatus() const
+{
+    const VxLock lock(m_statusMutex);
+    return m_lastStatus;
+}
+
+void CameraLink::NoteDevice(LinkEnd device)
+{
+    const VxLock lock(m_statusMutex);
+    m_lastStatus.device = device;
+    m_lastStatus.lastConnectResult = m_lastConnectResult;
+}
+
+void CameraLink::NoteStream(LinkEnd stream)
+{
+    const VxLock lock(m_statusMutex);
+    m_lastStatus.stream = stream;
+    m_lastStatus.lastOpenResult = m_lastOpenResult;
 }
 
 VxGenParameterArray* CameraLink::Features(std::uint32_t selector)

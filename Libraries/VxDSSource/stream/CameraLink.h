@@ -1,10 +1,12 @@
 #pragma once
 
 #include "BaseClasses/CCritSec.h"
+#include "VxBase/VxMutex.h"
 #include "VxBase/VxResult.h"
 #include "VxDSSource/camera/VxDevice.h"
 #include "VxDSSource/camera/VxPipeline.h"
 #include "VxDSSource/camera/VxStream.h"
+#include "VxDSSource/overlay/LinkStatus.h"
 #include "VxDSSource/stream/AppliedConnection.h"
 
 #include <cstdint>
@@ -22,7 +24,7 @@ class SettingsRecord;
 /// them.
 ///
 /// The steps are the pin's to order (VxDSStream::ApplyConnection). None of them reports a failure: the two
-/// results kept here are the only record.
+/// results kept here are the only record (Status).
 ///
 /// Owner:  VxDSStream, by value.
 /// Thread: any. Link and pipeline change only while the caller holds the acquisition mutex as well, so frame
@@ -74,13 +76,17 @@ public:
     [[nodiscard]] VxStream* Stream() const { return m_stream.get(); }
     [[nodiscard]] VxPipeline* Pipeline() const { return m_pipeline.get(); }
 
-    /// Results of the last attempts; 1541 = none was made. The caller holds the acquisition mutex or Guard.
-    [[nodiscard]] const VxResult& LastConnectResult() const { return m_lastConnectResult; }
-    [[nodiscard]] const VxResult& LastOpenResult() const { return m_lastOpenResult; }
+    /// Asks device and stream how they are. The caller holds the acquisition mutex or Guard.
+    [[nodiscard]] LinkStatus Status();
+    /// What was seen last or became known since, without asking anybody. Any thread, at any time: also while
+    /// the link is busy.
+    [[nodiscard]] LinkStatus LastStatus() const;
 
 private:
     void SelectSource(SettingsRecord& settings);
     [[nodiscard]] std::unique_ptr<VxStream> OpenByRole(const SettingsRecord& settings);
+    void NoteDevice(LinkEnd device);
+    void NoteStream(LinkEnd stream);
 
     CCritSec m_lock;
     VxDevice* m_device = nullptr; // owned: given back with VxDevice::Free
@@ -90,6 +96,8 @@ private:
     AppliedConnection m_applied;
     VxResult m_lastConnectResult;
     VxResult m_lastOpenResult;
+    mutable VxMutex m_statusMutex; // nothing is called while it is held
+    LinkStatus m_lastStatus VX_GUARDED_BY(m_statusMutex);
 };
 
 } // namespace vxds

@@ -154,7 +154,7 @@ private:
     [[nodiscard]] vxds::FrameTarget TargetFor(const VxBuffer& camera, std::span<std::uint8_t> memory);
     void Stamp(IMediaSample& sample);
     [[nodiscard]] bool ProduceFrame(IMediaSample& sample, std::span<std::uint8_t> memory);
-    [[nodiscard]] vxds::SummaryValues ValuesForSummary(bool canSeeLink);
+    [[nodiscard]] vxds::SummaryValues ValuesForSummary(bool canAskLink);
     void ShowSummary(std::span<std::uint8_t> memory, bool hasAcquisitionMutex);
 
     [[nodiscard]] HRESULT OnFeatures(const std::function<HRESULT(VxGenParameterArray&)>& action);

@@ -120,8 +120,9 @@ void VxDSStream::ShowSummary(std::span<std::uint8_t> memory, bool hasAcquisition
             DrawStatusSummary(m_gdiPlus, ValuesForSummary(true), frame);
             return;
         }
-        // Somebody else is connecting or closing: the link is looked at only if it can be had at once. It is
-        // held while the text is drawn, which calls nobody but GDI+.
+        // Somebody else has the mutex: the link is asked only if it can be had at once; else what is known of
+        // it is shown, and its statistics count as unreadable. It is held while the text is drawn, which
+        // calls nobody but GDI+.
         const VxTryLock linkLock(*m_link.Guard());
         DrawStatusSummary(m_gdiPlus, ValuesForSummary(linkLock.IsHeld()), frame);
     } catch (const std::exception&) {
@@ -129,7 +130,7 @@ void VxDSStream::ShowSummary(std::span<std::uint8_t> memory, bool hasAcquisition
     }
 }
 
-SummaryValues VxDSStream::ValuesForSummary(bool canSeeLink)
+SummaryValues VxDSStream::ValuesForSummary(bool canAskLink)
 {
     SummaryValues values;
     values.deviceId = m_settings.Text(Setting::DeviceId);
@@ -139,12 +140,9 @@ SummaryValues VxDSStream::ValuesForSummary(bool canSeeLink)
     values.multicastPort = m_settings.Number(Setting::MulticastPort);
     values.renderWidthPx = m_settings.Number(Setting::Width);
     values.renderHeightPx = m_settings.Number(Setting::Height);
-    if (canSeeLink) {
-        values.device = m_link.Device();
-        values.stream = m_link.Stream();
-        values.lastConnectResult = m_link.LastConnectResult();
-        values.lastOpenResult = m_link.LastOpenResult();
-    }
+    values.link = canAskLink ? m_link.Status() : m_link.LastStatus();
+    if (canAskLink && m_link.Stream() != nullptr)
+        values.statistics = m_link.Stream()->GetParameters();
     values.lastImageWidthPx = m_statistics.LastImageSize().widthPx;
     values.lastImageHeightPx = m_statistics.LastImageSize().heightPx;
     values.blocksDroppedByFilter = m_statistics.BlocksDroppedByFilter();

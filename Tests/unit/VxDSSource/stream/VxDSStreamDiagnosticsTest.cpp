@@ -13,9 +13,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <initializer_list>
 #include <string>
 #include <thread>
 #include <tuple>
+#include <utility>
 
 namespace {
 
@@ -55,6 +58,27 @@ constexpr wchar_t kUnconnectedText[] = L"Device: N/A\r\n"
                                        L"Last error: N/A\r\n"
                                        L"Last warning: N/A\r\n";
 
+/// A text with some of its parts replaced, each where it is found first.
+std::wstring Changed(std::wstring text, std::initializer_list<std::pair<std::wstring, std::wstring>> changes)
+{
+    for (const auto& [from, to] : changes) {
+        const std::size_t at = text.find(from);
+        EXPECT_NE(at, std::wstring::npos);
+        if (at != std::wstring::npos)
+            text.replace(at, from.size(), to);
+    }
+    return text;
+}
+
+/// What a camera that streams without statistics shows.
+std::wstring QuietText(const std::wstring& renderSize, const std::wstring& lastImageSize)
+{
+    return Changed(kStreamingText, {{L"Render size: 641 x 480", L"Render size: " + renderSize},
+                                    {L"Last image size: 641 x 480", L"Last image size: " + lastImageSize},
+                                    {L"29.9", L"0.0"},
+                                    {L"filter: 1", L"filter: 0"}});
+}
+
 /// A pin with diagnostics on, in a directory of its own.
 class VxDSStreamDiagnosticsTest : public PinFixture {
 protected:
@@ -90,10 +114,35 @@ protected:
                                  waitingAfter);
     }
 
+    /// A frame that is all zero but for the text.
+    std::vector<std::uint8_t> ZeroWithText(CanarySample& sample, const std::wstring& text, LONG width,
+                                           LONG height, WORD bits)
+    {
+        return WithText(std::vector<std::uint8_t>(sample.Bytes().size(), 0), text, width, height, bits);
+    }
+
+    /// Fills a sample while another thread holds the mutex and the link, in the midst of what it does there.
+    /// @param arm  makes the other thread's work call this in its midst
+    void FillWhile(CanarySample& sample, const std::function<void(std::function<void()>)>& arm,
+                   const std::function<void()>& work)
+    {
+        Gate hasMutex;
+        Gate isDone;
+        arm([&] {
+            hasMutex.Pass();
+            EXPECT_TRUE(isDone.WaitFor());
+        });
+        std::thread other(work);
+        EXPECT_TRUE(hasMutex.WaitFor());
+        Fill(sample); // waits less long than the other thread has the mutex
+        isDone.Pass();
+        other.join();
+    }
+
     void Fill(CanarySample& sample) { EXPECT_EQ(Pin().FillBuffer(&sample), S_OK); }
 
     /// A frame of these bytes with the text on it; once for each frame that the pin draws on.
-    std::vector<std::uint8_t> WithText(std::vector<std::uint8_t> bytes, const wchar_t* text, LONG width,
+    std::vector<std::uint8_t> WithText(std::vector<std::uint8_t> bytes, const std::wstring& text, LONG width,
                                        LONG height, WORD bits)
     {
         vxds::OverlayFrame frame;
@@ -157,26 +206,82 @@ TEST_F(VxDSStreamDiagnosticsTest, ShowsTheSummaryOnAZeroFrame)
 
 TEST_F(VxDSStreamDiagnosticsTest, ShowsTheSummaryWhileSomebodyElseConnects)
 {
-    Gate hasMutex;
-    Gate isDone;
-    // Longer than frame production waits. The link is held, too: nothing of it can be looked at.
-    TheCamera().onConnect = [&] {
-        hasMutex.Pass();
-        EXPECT_TRUE(isDone.WaitFor());
-    };
     Store(Setting::DeviceId, L"slow");
-    std::thread other([&] { Pin().ApplyConnection(); });
-    EXPECT_TRUE(hasMutex.WaitFor());
     CanarySample sample(std::size_t{1280} * 720 * 4);
 
-    Fill(sample);
+    FillWhile(
+        sample, [](std::function<void()> midst) { TheCamera().onConnect = std::move(midst); },
+        [this] { Pin().ApplyConnection(); });
 
-    isDone.Pass();
-    other.join();
-    std::wstring text = kUnconnectedText;
-    text.replace(text.find(L"N/A"), 3, L"slow");
+    EXPECT_EQ(
+        sample.Copy(),
+        ZeroWithText(sample, Changed(kUnconnectedText, {{L"Device: N/A", L"Device: slow"}}), 1280, 720, 32));
+}
+
+TEST_F(VxDSStreamDiagnosticsTest, ShowsTheLastResultsWhileSomebodyElseReconnects)
+{
+    TheCamera().connecting = VxError::AccessDenied;
+    ConnectAndForget();
+    Store(Setting::DeviceId, L"slow");
+    CanarySample sample(std::size_t{1280} * 720 * 4);
+
+    FillWhile(
+        sample, [](std::function<void()> midst) { TheCamera().onConnect = std::move(midst); },
+        [this] { Pin().ApplyConnection(); });
+
     EXPECT_EQ(sample.Copy(),
-              WithText(std::vector<std::uint8_t>(sample.Bytes().size(), 0), text.c_str(), 1280, 720, 32));
+              ZeroWithText(sample,
+                           Changed(kUnconnectedText,
+                                   {{L"Device: N/A", L"Device: slow"},
+                                    {L"controller: not allocated",
+                                     L"controller: not allocated, last connect ACCESS_DENIED"},
+                                    {L"receiver: not allocated", L"receiver: not allocated, last open OK"}}),
+                           1280, 720, 32));
+}
+
+TEST_F(VxDSStreamDiagnosticsTest, ShowsTheLinkThatIsThereWhileSomebodyElseUsesIt)
+{
+    TheCamera().stream->Add<ScriptedFloat>("AcquisitionRate").value = 29.9; // cannot be read meanwhile
+    Stream(640, 480);
+    UseType(0, 640, 480);
+    CanarySample sample(640 * 480 * 3);
+
+    FillWhile(
+        sample,
+        [](const std::function<void()>& midst) {
+            TheCamera().log.onCall = [midst](const std::string& call) {
+                if (call.starts_with("writer.Store(device"))
+                    midst();
+            };
+        },
+        [this] { std::ignore = Pin().StoreConfiguration(VxConfigurationForm::Full); });
+
+    EXPECT_EQ(sample.Copy(), ZeroWithText(sample, QuietText(L"640 x 480", L"N/A"), 640, 480, 24));
+}
+
+TEST_F(VxDSStreamDiagnosticsTest, ShowsALinkThatIsLostAlsoWhileItIsUsed)
+{
+    Stream(640, 480);
+    UseType(0, 640, 480);
+    TheCamera().isConnected = false;
+    CanarySample before(640 * 480 * 3);
+    CanarySample meanwhile(640 * 480 * 3);
+    const std::wstring text =
+        Changed(QuietText(L"640 x 480", L"N/A"), {{L"controller: connected", L"controller: not connected"}});
+
+    Fill(before);
+    FillWhile(
+        meanwhile,
+        [](const std::function<void()>& midst) {
+            TheCamera().log.onCall = [midst](const std::string& call) {
+                if (call.starts_with("writer.Store(stream"))
+                    midst();
+            };
+        },
+        [this] { std::ignore = Pin().StoreConfiguration(VxConfigurationForm::Full); });
+
+    EXPECT_EQ(before.Copy(), ZeroWithText(before, text, 640, 480, 24));
+    EXPECT_EQ(meanwhile.Copy(), ZeroWithText(meanwhile, text, 640, 480, 24));
 }
 
 TEST_F(VxDSStreamDiagnosticsTest, ShowsTheSummaryOnAFrameThatCouldNotBeDrawn)
@@ -189,8 +294,8 @@ TEST_F(VxDSStreamDiagnosticsTest, ShowsTheSummaryOnAFrameThatCouldNotBeDrawn)
 
     Fill(sample);
 
-    EXPECT_FALSE(sample.IsAll(0));
-    EXPECT_EQ(sample.Bytes()[0], 0);
+    EXPECT_EQ(sample.Copy(), ZeroWithText(sample, QuietText(L"4 x 2", L"N/A"), 641, 480, 24));
+    EXPECT_EQ(PixelVariation(), 0);
 }
 
 TEST_F(VxDSStreamDiagnosticsTest, DrawsIntoYuy2AsIfItWereRgb)
@@ -208,12 +313,8 @@ TEST_F(VxDSStreamDiagnosticsTest, DrawsIntoYuy2AsIfItWereRgb)
     Pin().SetDiagnosticsEnabled(false);
     Fill(without);
 
-    std::wstring text = kStreamingText;
-    text.replace(text.find(L"641"), 3, L"640");
-    text.replace(text.find(L"641 x 480"), 9, L"N/A"); // of the RGB path only
-    text.replace(text.find(L"29.9"), 4, L"0.0");
-    text.replace(text.find(L"filter: 1"), 9, L"filter: 0");
-    EXPECT_EQ(with.Copy(), WithText(without.Copy(), text.c_str(), 640, 480, 16));
+    // The last image size is of the RGB path only.
+    EXPECT_EQ(with.Copy(), WithText(without.Copy(), QuietText(L"640 x 480", L"N/A"), 640, 480, 16));
     EXPECT_NE(with.Copy(), without.Copy());
 }
 
@@ -227,14 +328,10 @@ TEST_F(VxDSStreamDiagnosticsTest, ShowsWhyThereIsNoPicture)
 
     Fill(sample);
 
-    std::wstring text = kStreamingText;
-    text.replace(text.find(L"641"), 3, L"640");
-    text.replace(text.find(L"641 x 480"), 9, L"N/A");
-    text.replace(text.find(L"29.9"), 4, L"0.0");
-    text.replace(text.find(L"filter: 1"), 9, L"filter: 0");
-    text.replace(text.rfind(L"N/A"), 3, L"No pixel conversion available to YUV422");
-    EXPECT_EQ(sample.Copy(),
-              WithText(std::vector<std::uint8_t>(sample.Bytes().size(), 0), text.c_str(), 640, 480, 16));
+    const std::wstring text =
+        Changed(QuietText(L"640 x 480", L"N/A"),
+                {{L"warning: N/A", L"warning: No pixel conversion available to YUV422"}});
+    EXPECT_EQ(sample.Copy(), ZeroWithText(sample, text, 640, 480, 16));
 }
 
 TEST_F(VxDSStreamDiagnosticsTest, GivesTheBufferBackBeforeItDraws)
@@ -257,32 +354,49 @@ TEST_F(VxDSStreamDiagnosticsTest, GivesTheBufferBackBeforeItDraws)
 
 TEST_F(VxDSStreamDiagnosticsTest, AsksForNothingWhileDiagnosticsAreOff)
 {
-    Pin().SetDiagnosticsEnabled(false);
     Stream(641, 480);
     UseType(0, 641, 480);
     const ReferencePicture picture = TestPicture(641, 480);
     Queue(picture);
-    Store(Setting::KernelSize, 0U);
+    Queue(picture);
+    CanarySample with(641 * 480 * 3);
+    CanarySample without(641 * 480 * 3);
     TheCamera().log.Clear();
-    CanarySample sample(641 * 480 * 3);
 
-    Fill(sample);
+    Fill(with);
+    const Lines callsWith = TheCamera().log.All();
+    Pin().SetDiagnosticsEnabled(false);
+    TheCamera().log.Clear();
+    Fill(without);
+    const Lines callsWithout = TheCamera().log.All();
 
-    EXPECT_EQ(sample.Copy(), AsBitmap(picture, 3, true));
-    const Lines queries = TheCamera().log.Of(CallKind::Query);
-    EXPECT_EQ(std::ranges::count(queries, "device.IsConnected"), 0);
-    EXPECT_EQ(std::ranges::count(queries, "stream.IsOpen"), 0);
+    EXPECT_EQ(without.Copy(), AsBitmap(picture, 3, true));
+    EXPECT_EQ(callsWithout, (Lines{"pipeline.Retrieve(1000)", "pipeline.GetOutputQueueSize",
+                                   "image.Attach 641x480 02180015 padding 0", "Convert #1 flipped",
+                                   "pipeline.Release(#1)"}));
+    EXPECT_EQ(callsWith, (Lines{"pipeline.Retrieve(1000)", "pipeline.GetOutputQueueSize",
+                                "image.Attach 641x480 02180015 padding 0", "Convert #0 flipped",
+                                "pipeline.Release(#0)", "device.IsConnected", "stream.IsOpen"}));
 }
 
-TEST_F(VxDSStreamDiagnosticsTest, SurvivesASampleThatIsSmallerThanItsType)
+TEST_F(VxDSStreamDiagnosticsTest, DrawsNoTextOnASampleThatIsSmallerThanItsType)
 {
     Stream(4, 2);
-    for (const int position : {0, 1, 3}) {
+    for (const int position : {0, 1}) {
         UseType(position, 640, 480);
-        for (const std::size_t bytes : {1u, 100u, 640u * 480u * 2u - 1u}) {
+        for (const std::size_t bytes : {1u, 100u, 640u * 480u * 3u - 1u}) {
             Queue(TestPicture(4, 2));
-            CanarySample sample(bytes);
-            Fill(sample);
+            Queue(TestPicture(4, 2));
+            CanarySample with(bytes);
+            CanarySample without(bytes);
+            Pin().SetDiagnosticsEnabled(true);
+
+            Fill(with);
+            Pin().SetDiagnosticsEnabled(false); // the next frame is cleared, too
+            Fill(without);
+
+            EXPECT_EQ(with.Copy(), without.Copy()) << position << ", " << bytes;
+            EXPECT_EQ(std::ranges::count(with.Bytes(), CanarySample::kStale), 0) << position << ", " << bytes;
         }
     }
 }
@@ -357,15 +471,46 @@ TEST_F(VxDSStreamDiagnosticsTest, ShowsTheScore)
     Fill(sample);
 
     EXPECT_EQ(PixelVariation(), 3200);
-    std::wstring text = kStreamingText;
-    text.replace(text.find(L"641"), 3, L"640");
-    text.replace(text.find(L"641"), 3, L"640");
-    text.replace(text.find(L"29.9"), 4, L"0.0");
-    text.replace(text.find(L"filter: 1"), 9, L"filter: 0");
-    text += L"Pixel variation score(%): 1.0\r\n";
+    const std::wstring text = QuietText(L"640 x 480", L"640 x 480") + L"Pixel variation score(%): 1.0\r\n";
     EXPECT_EQ(sample.Copy(),
-              WithText(std::vector<std::uint8_t>(sample.Bytes().size(), 100), text.c_str(), 640, 480, 24))
+              WithText(std::vector<std::uint8_t>(sample.Bytes().size(), 100), text, 640, 480, 24))
         << "the median has taken the defects away";
+}
+
+// No receiver is told the camera's size: the score is that of the picture as it arrived.
+TEST_F(VxDSStreamDiagnosticsTest, ShowsTheScoreOfAReceiver)
+{
+    for (const std::uint32_t role : {1u, 2u}) {
+        Store(Setting::Role, role);
+        Store(Setting::UnicastPort, 50000);
+        Store(Setting::Width, 640);
+        Store(Setting::Height, 480);
+        Store(Setting::KernelSize, 3);
+        Stream(1, 1); // what the camera would say; nobody asks it
+        UseType(0, 640, 480);
+        ReferencePicture picture{640, 480, {}};
+        picture.pixels.assign(640 * 480, {100, 100, 100});
+        for (std::size_t x = 0; x < 616; x += 2) // 308 pixels of 307200: 0.1 %
+            picture.pixels[470 * 640 + x] = {255, 255, 255};
+        Queue(picture);
+        CanarySample sample(640 * 480 * 3);
+
+        Fill(sample);
+
+        EXPECT_EQ(PixelVariation(), 308);
+        const std::wstring text =
+            Changed(QuietText(L"640 x 480", L"640 x 480"),
+                    {{L"controller and data receiver",
+                      role == 1 ? L"unicast receiver, port 50000" : L"multicast receiver, 239.192.1.1:1042"},
+                     {L"Device controller: connected", L"Device controller: not allocated"}}) +
+            L"Pixel variation score(%): 0.1\r\n";
+        EXPECT_EQ(sample.Copy(),
+                  WithText(std::vector<std::uint8_t>(sample.Bytes().size(), 100), text, 640, 480, 24))
+            << role;
+        std::ignore = Pin().OnThreadDestroy();
+        m_isStreaming = false;
+        Pin().CloseConnection();
+    }
 }
 
 TEST_F(VxDSStreamDiagnosticsTest, CountsNothingWithoutAKernel)
