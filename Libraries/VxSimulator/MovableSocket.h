@@ -30,6 +30,7 @@ public:
     {
         return Socket()->Receive(datagrams, timeout);
     }
+    void Gather(std::chrono::microseconds duration) override { Socket()->Gather(duration); }
     void Wake() override { Socket()->Wake(); }
     [[nodiscard]] transport::Ipv4Endpoint LocalEndpoint() const override { return Socket()->LocalEndpoint(); }
     [[nodiscard]] std::size_t ReceiveBufferBytes() const override { return Socket()->ReceiveBufferBytes(); }

@@ -289,6 +289,19 @@ std::size_t BlockAssembler::Expect(std::span<ExpectedPacket> expected) const
     return count;
 }
 
+std::optional<PacketGathering::Progress> BlockAssembler::NewestProgress() const
+{
+    if (m_openCount == 0)
+        return std::nullopt;
+    const OpenBlock& block = *m_open[m_openCount - 1];
+    const bool goesOn =
+        block.HasLeader() && block.IsStored() && block.PayloadPackets() > 0 && !block.IsEnded();
+    if (!goesOn || block.EndId() == 0)
+        return std::nullopt;
+    return PacketGathering::Progress{block.BlockId(), block.HighestId(), block.EndId(), block.StepBytes(),
+                                     block.LastAdvance()};
+}
+
 void BlockAssembler::FinishWhatIsDue(Time now)
 {
     MarkOvertaken(now);

@@ -3,6 +3,7 @@
 #include "VxBase/VxClock.h"
 #include "VxCamera/receive/IBlockSink.h"
 #include "VxCamera/receive/OpenBlock.h"
+#include "VxCamera/receive/PacketGathering.h"
 #include "VxCamera/receive/ResendPolicy.h"
 #include "VxCamera/receive/StreamCounters.h"
 #include "VxCamera/wire/gvsp/PacketHeader.h"
@@ -92,6 +93,9 @@ public:
     /// @param expected  the first N are filled
     /// @return  N; 0 while the next packets are not certain
     [[nodiscard]] std::size_t Expect(std::span<ExpectedPacket> expected) const;
+
+    /// @return  how far the newest block has come; none when it is not certain that more of it comes
+    [[nodiscard]] std::optional<PacketGathering::Progress> NewestProgress() const;
 
     /// @return  which kind of ids, and so which header, the stream has
     [[nodiscard]] gvsp::IdMode IdMode() const { return m_idMode; }

@@ -143,6 +143,7 @@ void StreamReceiver::Run(Landing& landing)
 {
     const auto priority = transport::RaiseThreadPriority();
     m_silence.Start(m_clock.Now());
+    m_gathering.SetSocketBuffer(m_socket->ReceiveBufferBytes());
     m_blocksWithoutPayload = 0;
     while (!m_isStopping) {
         TakeOrders();
@@ -156,6 +157,8 @@ void StreamReceiver::Run(Landing& landing)
             m_assembler.Abort();
         }
         WatchSilence();
+        if (received && *received < Landing::kSlots) // nothing more is there
+            LetPacketsGather();
         const VxError code = received.Result().Code();
         if (code != VxError::Ok && code != VxError::Timeout && code != VxError::Aborted) {
             m_lastError = code;
@@ -183,6 +186,16 @@ void StreamReceiver::Take(Landing& landing, std::size_t received)
         else
             m_assembler.OnPacket(datagram.Head(), now); // to be counted
     }
+}
+
+void StreamReceiver::LetPacketsGather()
+{
+    const auto progress = m_assembler.NewestProgress();
+    if (!progress)
+        return;
+    const auto pause = std::min(m_gathering.TimeFor(*progress), WaitingTime());
+    if (pause > 0us)
+        m_socket->Gather(pause);
 }
 
 void StreamReceiver::WatchSilence()

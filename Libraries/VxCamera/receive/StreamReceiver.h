@@ -4,6 +4,7 @@
 #include "VxBase/VxMutex.h"
 #include "VxBase/VxResult.h"
 #include "VxCamera/receive/BlockAssembler.h"
+#include "VxCamera/receive/PacketGathering.h"
 #include "VxCamera/receive/RateMeter.h"
 #include "VxCamera/receive/ResendSender.h"
 #include "VxCamera/receive/SenderFilter.h"
@@ -94,6 +95,7 @@ public:
 private:
     void Run(Landing& landing);
     void Take(Landing& landing, std::size_t received);
+    void LetPacketsGather();
     void TakeOrders();
     void WatchSilence();
     void OpenWay();
@@ -120,6 +122,7 @@ private:
     ResendSender m_resend;
     BlockAssembler m_assembler{{}, *this, m_counters, &m_resend};
     SilenceWatch m_silence;
+    PacketGathering m_gathering;
     bool m_isGroup = false;              // constant once it is set up
     unsigned m_blocksWithoutPayload = 0; // one after the other
     IBlockSink* m_sink = nullptr;        // borrowed from Start to Stop

@@ -37,6 +37,12 @@ public:
     virtual VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
                                             std::chrono::microseconds timeout) = 0;
 
+    /// Lets datagrams gather in the system for a while, so that the next Receive takes many at once.
+    ///
+    /// Ends early after a Wake, which stays for the next Receive. A system whose timers are too coarse
+    /// returns at once. Thread: the receiving one.
+    virtual void Gather(std::chrono::microseconds duration) = 0;
+
     /// Makes the Receive that waits, or else the next one, return ABORTED at once. Wakes before that Receive
     /// are one.
     virtual void Wake() = 0;

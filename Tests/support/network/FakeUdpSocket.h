@@ -32,6 +32,7 @@ public:
     VxResult SendTo(std::span<const std::byte> bytes, const transport::Ipv4Endpoint& destination) override;
     VxExpected<std::size_t> Receive(std::span<transport::Datagram> datagrams,
                                     std::chrono::microseconds timeout) override;
+    void Gather(std::chrono::microseconds) override {}
     void Wake() override { m_isWoken = true; }
     [[nodiscard]] transport::Ipv4Endpoint LocalEndpoint() const override { return m_local; }
     [[nodiscard]] std::size_t ReceiveBufferBytes() const override { return 0; }

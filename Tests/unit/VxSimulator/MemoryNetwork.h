@@ -84,6 +84,7 @@ private:
             return std::size_t{1};
         }
 
+        void Gather(std::chrono::microseconds) override {}
         void Wake() override
         {
             const VxLock lock(m_network.m_mutex);

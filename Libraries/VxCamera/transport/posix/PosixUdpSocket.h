@@ -28,6 +28,7 @@ public:
     VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) override;
     VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
                                     std::chrono::microseconds timeout) override;
+    void Gather(std::chrono::microseconds duration) override;
     void Wake() override;
 
     /// What poll tells of a socket: whether datagrams have come, and whether it is woken.

@@ -28,6 +28,8 @@ public:
     VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) override;
     VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
                                     std::chrono::microseconds timeout) override;
+    /// Returns at once: a timer of this system may take 16 ms, in which a fast camera fills any buffer.
+    void Gather(std::chrono::microseconds) override {}
     void Wake() override;
     [[nodiscard]] bool IsWoken() const { return m_isWoken; }
     [[nodiscard]] SOCKET Handle() const { return m_parts.socket.Get(); } ///< borrowed

@@ -84,6 +84,7 @@ public:
         }
         return count;
     }
+    void Gather(std::chrono::microseconds) override {}
     void Wake() override
     {
         const std::scoped_lock lock(m_mutex);

@@ -21,6 +21,40 @@ TEST(PosixUdpSocketTest, AnAddressOfNoInterfaceCannotBeBound)
     EXPECT_NE(socket.Error().GetDescription().Narrow().find("203.0.113.1"), std::string::npos);
 }
 
+class GatheringSocketTest : public testing::Test {
+protected:
+    GatheringSocketTest()
+    {
+        UdpSocketOptions options;
+        options.local.address = Ipv4Address(127, 0, 0, 1);
+        m_socket = *PosixUdpSocket::Open(options);
+    }
+
+    std::unique_ptr<IUdpSocket> m_socket;
+    std::array<std::byte, 8> m_memory{};
+    Datagram m_datagram{m_memory};
+};
+
+TEST_F(GatheringSocketTest, DatagramsDoNotEndIt)
+{
+    ASSERT_TRUE(m_socket->SendTo(m_memory, m_socket->LocalEndpoint()).IsOK());
+    const auto began = std::chrono::steady_clock::now();
+
+    m_socket->Gather(std::chrono::milliseconds(5));
+
+    EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(5));
+    EXPECT_TRUE(m_socket->Receive({&m_datagram, 1}, std::chrono::seconds(0)));
+}
+
+TEST_F(GatheringSocketTest, AWakeEndsItAndStaysForTheNextReceive)
+{
+    m_socket->Wake();
+
+    m_socket->Gather(std::chrono::hours(1)); // would last as long
+
+    EXPECT_EQ(m_socket->Receive({&m_datagram, 1}, std::chrono::hours(1)).Error().Code(), VxError::Aborted);
+}
+
 class BroadcastSocketTest : public testing::Test {
 protected:
     static std::unique_ptr<IUdpSocket> Open(Ipv4Address address)

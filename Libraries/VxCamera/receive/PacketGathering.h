@@ -1,0 +1,44 @@
+#pragma once
+
+#include "VxBase/VxClock.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+namespace receive {
+
+/// Decides how long the packets of a block may gather in the socket before they are received.
+///
+/// To be woken for each packet costs several times what receiving it costs. In the middle of a block nobody
+/// waits for the packets, only for the last one: so the receiver sleeps for half of the time that the rest of
+/// the block should take, again and again, and is awake when the end comes.
+///
+/// Owner:  StreamReceiver, by value.
+/// Thread: one. Time is an argument.
+class PacketGathering {
+public:
+    using Time = IVxClock::Time;
+
+    /// How far the newest block has come.
+    struct Progress {
+        std::uint64_t blockId = 0;
+        std::uint32_t highestId = 0; ///< of the packets that are here
+        std::uint32_t endId = 0;     ///< of the trailer
+        std::size_t stepBytes = 0;   ///< payload of a packet
+        Time lastAdvance;            ///< when the packet of the highest id came
+    };
+
+    /// @param socketBufferBytes  what the system keeps for this receiver while it sleeps
+    void SetSocketBuffer(std::size_t socketBufferBytes) { m_socketBufferBytes = socketBufferBytes; }
+
+    /// @return  how long to sleep now; 0: not at all
+    [[nodiscard]] std::chrono::microseconds TimeFor(const Progress& progress);
+
+private:
+    std::size_t m_socketBufferBytes = 0;
+    bool m_hasStart = false;
+    Progress m_start; // of the block, from where its pace is measured
+};
+
+} // namespace receive

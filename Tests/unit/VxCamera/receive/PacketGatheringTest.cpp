@@ -1,0 +1,108 @@
+#include "VxCamera/receive/PacketGathering.h"
+
+#include "support/network/FakeClock.h"
+
+#include <gtest/gtest.h>
+
+namespace receive {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kLargeBuffer = 32 * 1024 * 1024;
+
+/// A block of 1,000 packets, one every 10 us.
+class PacketGatheringTest : public testing::Test {
+protected:
+    PacketGatheringTest() { m_gathering.SetSocketBuffer(kLargeBuffer); }
+
+    PacketGathering::Progress At(std::uint32_t packetId) const
+    {
+        return {7, packetId, 1000, 1464, m_begin + packetId * 10us};
+    }
+    std::chrono::microseconds TimeAt(std::uint32_t packetId) { return m_gathering.TimeFor(At(packetId)); }
+
+    FakeClock m_clock;
+    const IVxClock::Time m_begin = m_clock.Now();
+    PacketGathering m_gathering;
+};
+
+TEST_F(PacketGatheringTest, DoesNotSleepBeforeThePaceIsKnown)
+{
+    EXPECT_EQ(TimeAt(1), 0us);
+    EXPECT_EQ(TimeAt(8), 0us);
+}
+
+TEST_F(PacketGatheringTest, SleepsForAMillisecondInALongBlock)
+{
+    TimeAt(1);
+
+    EXPECT_EQ(TimeAt(100), 1ms); // 9 ms are left
+}
+
+TEST_F(PacketGatheringTest, SleepsForHalfOfTheRestNearTheEnd)
+{
+    TimeAt(1);
+
+    EXPECT_EQ(TimeAt(900), 500us);
+    EXPECT_EQ(TimeAt(950), 250us);
+}
+
+TEST_F(PacketGatheringTest, IsAwakeWhenTheEndComes)
+{
+    TimeAt(1);
+
+    EXPECT_EQ(TimeAt(993), 0us); // 70 us are left
+    EXPECT_EQ(TimeAt(1000), 0us);
+    EXPECT_EQ(TimeAt(1001), 0us); // more packets than there should be
+}
+
+TEST_F(PacketGatheringTest, NeverSleepsUntilTheSocketsBufferIsFull)
+{
+    m_gathering.SetSocketBuffer(212'992); // a usual default of Linux: some 40 packets are 400 us
+    TimeAt(1);
+
+    const auto time = TimeAt(100);
+
+    EXPECT_GT(time, 0us);
+    EXPECT_LE(time, 200us);
+}
+
+TEST_F(PacketGatheringTest, DoesNotSleepWithoutASocketBuffer)
+{
+    m_gathering.SetSocketBuffer(0);
+    TimeAt(1);
+
+    EXPECT_EQ(TimeAt(100), 0us);
+}
+
+TEST_F(PacketGatheringTest, MeasuresThePaceOfEachBlockAnew)
+{
+    TimeAt(1);
+    TimeAt(900);
+
+    PacketGathering::Progress next = At(950);
+    next.blockId = 8;
+
+    EXPECT_EQ(m_gathering.TimeFor(next), 0us);
+}
+
+TEST_F(PacketGatheringTest, ABlockThatBeginsAgainUnderItsIdIsMeasuredAnew)
+{
+    TimeAt(500);
+
+    EXPECT_EQ(TimeAt(100), 0us);
+    EXPECT_EQ(TimeAt(200), 1ms);
+}
+
+TEST_F(PacketGatheringTest, PacketsThatCameAllAtOnceTellNothing)
+{
+    TimeAt(1);
+    PacketGathering::Progress burst = At(1);
+    burst.highestId = 500;
+
+    EXPECT_EQ(m_gathering.TimeFor(burst), 0us);
+}
+
+} // namespace
+} // namespace receive
