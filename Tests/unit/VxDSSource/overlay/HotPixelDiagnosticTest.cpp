@@ -148,6 +148,46 @@ TEST_F(HotPixelDiagnosticTest, CountsKnownDefectsAsTheDefinitionDoes)
     }
 }
 
+// Of greys: their brightness needs no rounding, so each difference is exact.
+TEST_F(HotPixelDiagnosticTest, CountsAsTheDefinitionDoesInPicturesOfAnySize)
+{
+    std::uint32_t chance = 1;
+    int total = 0;
+    for (const cv::Size size : {cv::Size(1, 1), cv::Size(1, 9), cv::Size(9, 1), cv::Size(2, 2),
+                                cv::Size(3, 3), cv::Size(5, 4), cv::Size(64, 48), cv::Size(129, 67)}) {
+        for (const int channels : {3, 4}) {
+            for (const int kernelSize : {3, 5}) {
+                cv::Mat frame(size, CV_8UC(channels));
+                for (int y = 0; y < frame.rows; ++y)
+                    for (int x = 0; x < frame.cols; ++x)
+                        SetGrey(frame, x, y, static_cast<std::uint8_t>(Next(chance)));
+                const cv::Mat expected = SlowMap(frame, kernelSize);
+
+                EXPECT_EQ(vxds::RunHotPixelDiagnostic(frame, kernelSize), CountWhite(expected)) << size;
+                EXPECT_TRUE(AreEqual(Map(), expected)) << size;
+                total += CountWhite(expected);
+            }
+        }
+    }
+    EXPECT_GT(total, 10000);
+}
+
+TEST_F(HotPixelDiagnosticTest, CountsByBrightnessNotByColour)
+{
+    struct Defect {
+        cv::Vec3b colour;
+        int count;
+    };
+    // Blue has 0.114 of the brightness, green 0.587, red 0.299.
+    for (const Defect& defect : {Defect{{175, 0, 0}, 0}, Defect{{190, 0, 0}, 1}, Defect{{0, 34, 0}, 0},
+                                 Defect{{0, 37, 0}, 1}, Defect{{0, 0, 67}, 0}, Defect{{0, 0, 71}, 1}}) {
+        cv::Mat frame = Flat(40, 30, 3, 0);
+        frame.at<cv::Vec3b>(11, 17) = defect.colour;
+
+        EXPECT_EQ(vxds::RunHotPixelDiagnostic(frame, 3), defect.count) << defect.colour;
+    }
+}
+
 TEST_F(HotPixelDiagnosticTest, WritesTheFrameBesideItsMedian)
 {
     for (const int channels : {3, 4}) {
@@ -231,6 +271,34 @@ TEST_F(HotPixelDiagnosticTest, CountsWhereAFolderHasAFilesName)
     EXPECT_EQ(vxds::RunHotPixelDiagnostic(frame, 3), 1);
 
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(HotPixelDiagnosticTest, CountsInADirectoryWhoseNameIsAlmostAsLongAsNamesGet)
+{
+    // The names of folder and file add 48 characters; a whole path has 259 at most.
+    constexpr std::size_t kLongestWithRoom = 259 - 48;
+    cv::Mat frame = Flat(40, 30, 3, 100);
+    SetGrey(frame, 17, 11, 200);
+    for (const std::size_t length : {kLongestWithRoom - 1, kLongestWithRoom, kLongestWithRoom + 1,
+                                     std::size_t{230}, std::size_t{247}, std::size_t{257}}) {
+        const std::size_t present = m_folder.Path().native().size() + 1; // with the separator
+        ASSERT_LT(present, length);
+        const fs::path folder = m_folder.Path() / std::wstring(length - present, L'n');
+        fs::create_directories(folder);
+        const WorkingDirectory current(folder);
+        ASSERT_EQ(::GetCurrentDirectoryW(0, nullptr), length + 1);
+        testing::internal::CaptureStderr();
+
+        EXPECT_EQ(vxds::RunHotPixelDiagnostic(frame, 3), 1) << length;
+
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << length;
+        if (length <= kLongestWithRoom) {
+            EXPECT_FALSE(ReadPicture(folder / kFolder / kMap).empty()) << length;
+            EXPECT_FALSE(ReadPicture(folder / kFolder / kComparison).empty()) << length;
+        }
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder))
+            EXPECT_EQ(entry.path().filename(), kFolder) << "no name is cut off";
+    }
 }
 
 TEST_F(HotPixelDiagnosticTest, WritesIntoADirectoryThatTheCodePageCanExpress)
