@@ -44,8 +44,9 @@ public:
     void SetMostOpen(std::size_t blocks) { m_assembler.SetMostOpen(blocks); }
 
     /// The socket has joined a multicast group: others receive the same, and this host asks for nothing.
-    void SetGroup() { m_isGroup = true; }
-    [[nodiscard]] bool IsGroup() const { return m_isGroup; }
+    void SetGroup(transport::Ipv4Address group) { m_group = group; }
+    /// @return  none: the stream is sent to this host alone
+    [[nodiscard]] std::optional<transport::Ipv4Address> Group() const { return m_group; }
 
     /// From now on; at once, also while it runs.
     void SetSettings(const AssemblySettings& settings);
@@ -123,9 +124,9 @@ private:
     BlockAssembler m_assembler{{}, *this, m_counters, &m_resend};
     SilenceWatch m_silence;
     PacketGathering m_gathering;
-    bool m_isGroup = false;              // constant once it is set up
-    unsigned m_blocksWithoutPayload = 0; // one after the other
-    IBlockSink* m_sink = nullptr;        // borrowed from Start to Stop
+    std::optional<transport::Ipv4Address> m_group; // constant once it is set up
+    unsigned m_blocksWithoutPayload = 0;           // one after the other
+    IBlockSink* m_sink = nullptr;                  // borrowed from Start to Stop
 
     mutable VxMutex m_ordersMutex; // held for a few instructions only
     Orders m_orders VX_GUARDED_BY(m_ordersMutex);

@@ -24,6 +24,10 @@ constexpr milliseconds kFindTimeout{350};
 // application from closing.
 constexpr milliseconds kDisconnectTime{2000};
 
+// Chosen: what was sent in packets of the old size has arrived by then, and every receiver of a group has
+// noticed the same.
+constexpr milliseconds kSettlingTime{100};
+
 // Fixed by the naming convention of camera features.
 constexpr const char* kLockFeature = "TLParamsLocked";
 
@@ -226,9 +230,12 @@ std::uint32_t GevDevice::PacketSizeInForce()
 /// On a thread of m_streamControl, which is ended under m_streamMutex: so that lock is not taken here.
 VxResult GevDevice::StepPacketSizeDown(std::uint32_t channel)
 {
+    if (m_network->Clock().Now() < m_packetsSettleAt)
+        return VxResult::Ok(); // still about packets of the old size; whoever receives none asks again
     const auto set = control::StreamChannel(m_session->Client(), channel).StepPacketSizeDown();
     if (set)
         m_sizeInForce = *set;
+    m_packetsSettleAt = m_network->Clock().Now() + kSettlingTime;
     ForgetValues();
     return set.Result();
 }

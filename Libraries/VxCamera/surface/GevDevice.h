@@ -82,6 +82,8 @@ private:
     VxMutex m_packetSizeMutex;                    // held for a copy or a change
     PacketSizeSetting m_packetSize VX_GUARDED_BY(m_packetSizeMutex);
 
+    IVxClock::Time m_packetsSettleAt; // only for the threads of m_streamControl, of which one runs at a time
+
     VxMutex m_streamMutex; // held while stream channels are set up, that is for some commands
     bool m_isPacketSizeNew VX_GUARDED_BY(m_streamMutex) = false; // set, but not in force
     bool m_isStreaming VX_GUARDED_BY(m_streamMutex) = false;

@@ -104,7 +104,7 @@ VxExpected<OpenedReceiver> OpenReceiver(CameraNetwork& network, const ReceiverRe
     const auto camera = ends.camera.IsUnspecified() ? std::nullopt : std::optional(ends.camera);
     opened.receiver = std::make_unique<receive::StreamReceiver>(*std::move(socket), network.Clock(), camera);
     if (request.group)
-        opened.receiver->SetGroup();
+        opened.receiver->SetGroup(*request.group);
     if (request.mostOpenBlocks > 0)
         opened.receiver->SetMostOpen(request.mostOpenBlocks);
     return opened;

@@ -44,13 +44,15 @@ void StreamControl::Connect(const Camera& camera, const transport::Ipv4Endpoint&
                             std::uint32_t channel, std::function<void()> stepDown)
 {
     Disconnect();
-    if (receiver.address.IsMulticast() || receiver.port == 0)
-        return; // what is received by many is asked for by none
+    if (receiver.port == 0)
+        return;
     auto link = std::make_shared<receive::StreamLink>();
     link->command = camera.session.Client().Device();
     link->channel = static_cast<std::uint16_t>(channel); // cameras have far fewer
-    link->sourcePort = SourcePortOf(camera.session, channel);
-    link->resend = ResendSocket(camera);
+    if (!receiver.address.IsMulticast()) { // who has joined a group never sends: others receive the same
+        link->sourcePort = SourcePortOf(camera.session, channel);
+        link->resend = ResendSocket(camera);
+    }
     m_smaller = std::make_shared<SmallerPackets>(std::move(stepDown));
     if (m_smaller->Start().IsOK()) // else the size stays as it is, and the stream is received all the same
         link->onPayloadMissing = [smaller = m_smaller] { smaller->Ask(); };

@@ -18,7 +18,8 @@ public:
     static void Add(VxStreamImpl& stream);
     static void Remove(VxStreamImpl& stream);
 
-    /// Gives a link to the open unicast stream that receives there, if it is in this process.
+    /// Gives a link to the open stream that receives there, if it is in this process; to every one that has
+    /// joined, when the camera sends to a group.
     static void Connect(const transport::Ipv4Endpoint& receiver,
                         const std::shared_ptr<const receive::StreamLink>& link);
 

@@ -5,6 +5,21 @@
 #include "VxCamera/surface/StreamLinks.h"
 #include "VxCamera/surface/StreamStatistics.h"
 
+namespace {
+
+/// Whether what is sent to an address and port comes to this receiver.
+bool ReceivesAt(const receive::StreamReceiver& receiver, const transport::Ipv4Endpoint& sentTo)
+{
+    const auto local = receiver.Socket().LocalEndpoint();
+    if (local.port != sentTo.port)
+        return false;
+    if (receiver.Group() || sentTo.address.IsMulticast())
+        return receiver.Group() == sentTo.address;
+    return local.address == sentTo.address || local.address.IsUnspecified();
+}
+
+} // namespace
+
 VxStreamImpl::VxStreamImpl()
 {
     ListStreamStatistics(*this, m_parameters);
@@ -64,10 +79,7 @@ void VxStreamImpl::TakeLink(const transport::Ipv4Endpoint& receiver,
                             const std::shared_ptr<const receive::StreamLink>& link)
 {
     const VxLock lock(m_mutex);
-    if (m_receiver == nullptr || m_receiver->IsGroup())
-        return;
-    const auto local = m_receiver->Socket().LocalEndpoint();
-    if (local.port != receiver.port || (local.address != receiver.address && !local.address.IsUnspecified()))
+    if (m_receiver == nullptr || !ReceivesAt(*m_receiver, receiver))
         return;
     m_link = link;
     m_receiver->SetLink(link);

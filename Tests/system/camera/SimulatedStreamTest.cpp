@@ -178,6 +178,78 @@ TEST_F(SimulatedStreamTest, WithoutControlNothingIsAskedFor)
     EXPECT_TRUE(pipeline.Stop().IsOK());
 }
 
+/// A camera behind a network that loses packets of more than 1500 bytes, which nobody can find out before.
+VxSimulatorOptions BehindANarrowNetwork()
+{
+    VxSimulatorOptions options;
+    options.frameRateHz = 50;
+    options.hasTestPackets = false;
+    options.faults.largestPacketBytes = 1500;
+    return options;
+}
+
+/// Waits for a block with a picture. Chosen: each step down to smaller packets takes a few blocks.
+testing::AssertionResult ReceivesAPicture(VxPipeline& pipeline)
+{
+    constexpr int kMostBlocks = 200;
+    VxBuffer* buffer = nullptr;
+    for (int i = 0; i < kMostBlocks; ++i) {
+        if (!pipeline.RetrieveNextBuffer(&buffer, 10'000).IsOK())
+            return testing::AssertionFailure() << "no block";
+        const bool isWhole = buffer->GetOperationResult().IsOK();
+        if (!pipeline.ReleaseBuffer(buffer).IsOK())
+            return testing::AssertionFailure() << "the buffer is not taken back";
+        if (isWhole)
+            return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure() << "none in " << kMostBlocks << " blocks";
+}
+
+TEST_F(SimulatedStreamTest, PacketsThatTheNetworkLosesForTheirSizeBecomeSmaller)
+{
+    StartCamera(BehindANarrowNetwork());
+    m_link.Connect(kAddress);
+    m_link.OpenStream(kAddress);
+    m_link.Start();
+
+    EXPECT_TRUE(ReceivesAPicture(*m_link.pipeline));
+
+    std::int64_t packetBytes = 0;
+    EXPECT_TRUE(m_link.Features().GetIntegerValue("GevSCPSPacketSize", packetBytes).IsOK());
+    EXPECT_EQ(packetBytes, 1500);
+    m_link.Stop();
+}
+
+TEST_F(SimulatedStreamTest, PacketsToAGroupThatTheNetworkLosesForTheirSizeBecomeSmaller)
+{
+    StartCamera(BehindANarrowNetwork());
+    m_link.Connect(kAddress);
+    std::array<VxStreamGEV, 2> streams;
+    std::array<std::unique_ptr<VxPipeline>, 2> pipelines;
+    for (std::size_t i = 0; i < 2; ++i) {
+        ASSERT_TRUE(streams[i].Open(kAddress, kGroup, kGroupPort, 0, VxString(), 64).IsOK());
+        pipelines[i] = std::make_unique<VxPipeline>(&streams[i]);
+        pipelines[i]->SetBufferSize(m_link.device->GetPayloadSize());
+        ASSERT_TRUE(pipelines[i]->Start().IsOK());
+    }
+    ASSERT_TRUE(m_link.Gev().SetStreamDestination(kGroup, kGroupPort, 0).IsOK());
+    ASSERT_TRUE(m_link.device->StreamEnable(0).IsOK());
+    ASSERT_TRUE(m_link.Features().ExecuteCommand("AcquisitionStart").IsOK());
+
+    for (std::size_t i = 0; i < 2; ++i) {
+        EXPECT_TRUE(ReceivesAPicture(*pipelines[i]));
+        std::int64_t requests = -1;
+        EXPECT_TRUE(streams[i].GetParameters()->GetIntegerValue("ResendRequests", requests).IsOK());
+        EXPECT_EQ(requests, 0);
+    }
+
+    std::int64_t packetBytes = 0;
+    EXPECT_TRUE(m_link.Features().GetIntegerValue("GevSCPSPacketSize", packetBytes).IsOK());
+    EXPECT_EQ(packetBytes, 1500) << "both notice, and it becomes smaller once";
+    for (const auto& pipeline : pipelines)
+        EXPECT_TRUE(pipeline->Stop().IsOK());
+}
+
 #ifndef _WIN32 // the system tells who is a member of what
 /// @return  whether any socket of this network has joined the group
 bool IsJoined()
