@@ -2,6 +2,7 @@
 
 #include "VxDSSource/filter/SettingsTable.h"
 #include "VxDSSource/pages/DialogItems.h"
+#include "VxDSSource/pages/FocusFrame.h"
 #include "VxDSSource/pages/ResourceIds.h"
 
 #include <algorithm>
@@ -65,6 +66,7 @@ HRESULT ParametersPage::OnConnect(IUnknown* object)
 
 HRESULT ParametersPage::OnActivate()
 {
+    DrawFocusAround(Item(IDC_DIAGNOSTICS)); // its caption stands before it
     ShowValues(); // the controls tell of each change: not active yet, this is no edit of the user's
     m_isActive = true;
     return S_OK;

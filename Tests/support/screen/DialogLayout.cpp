@@ -56,21 +56,6 @@ bool Overlaps(const RECT& a, const RECT& b)
     return ::IntersectRect(&both, &a, &b) != FALSE;
 }
 
-/// Size of the control's text in its font; the width is that which it has in one line, or the height that
-/// which it takes when it is broken into the control's width.
-SIZE TextSize(const Control& control, UINT format)
-{
-    const HDC dc = ::GetDC(control.window);
-    const auto font = reinterpret_cast<HFONT>(::SendMessageW(control.window, WM_GETFONT, 0, 0));
-    const HGDIOBJ before = font != nullptr ? ::SelectObject(dc, font) : nullptr;
-    RECT need = {0, 0, control.place.right - control.place.left, 0};
-    ::DrawTextW(dc, control.text.c_str(), -1, &need, DT_CALCRECT | format);
-    if (before != nullptr)
-        ::SelectObject(dc, before);
-    ::ReleaseDC(control.window, dc);
-    return {need.right, need.bottom};
-}
-
 /// @return  what the control's picture takes beside its text
 int Frame(const Control& control)
 {
@@ -88,6 +73,21 @@ int Frame(const Control& control)
     default:
         return 2 * ::GetSystemMetrics(SM_CXEDGE);
     }
+}
+
+/// Size of the control's text in its font; the width is that which it has in one line, or the height that
+/// which it takes when it is broken into the control's width.
+SIZE TextSize(const Control& control, UINT format)
+{
+    const HDC dc = ::GetDC(control.window);
+    const auto font = reinterpret_cast<HFONT>(::SendMessageW(control.window, WM_GETFONT, 0, 0));
+    const HGDIOBJ before = font != nullptr ? ::SelectObject(dc, font) : nullptr;
+    RECT need = {0, 0, control.place.right - control.place.left - Frame(control), 0};
+    ::DrawTextW(dc, control.text.c_str(), -1, &need, DT_CALCRECT | format);
+    if (before != nullptr)
+        ::SelectObject(dc, before);
+    ::ReleaseDC(control.window, dc);
+    return {need.right, need.bottom};
 }
 
 void CheckText(const Control& control, std::vector<std::string>& defects)

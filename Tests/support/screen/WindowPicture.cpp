@@ -68,6 +68,12 @@ void SaveWindowPicture(HWND window, const std::string& name)
     EXPECT_TRUE(file.good()) << name;
 }
 
+std::vector<unsigned char> WindowPixels(HWND window)
+{
+    const cv::Mat pixels = PixelsOf(window);
+    return {pixels.datastart, pixels.dataend};
+}
+
 void HandleMessages()
 {
     MSG message{};

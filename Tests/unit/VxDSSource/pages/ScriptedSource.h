@@ -8,6 +8,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <tuple>
 #include <vector>
 
 // The interface's header leaves it to its users to tie the identifier to the type.
@@ -46,6 +47,7 @@ public:
     [[nodiscard]] std::vector<std::string> TakeCalls();
     /// Those among them that begin with a text.
     [[nodiscard]] std::vector<std::string> TakeCalls(const std::string& beginning);
+    void ForgetCalls() { std::ignore = TakeCalls(); }
     /// Changes features while a page reads them.
     void Change(const std::function<void()>& change);
 
