@@ -375,7 +375,13 @@ std::optional<BlockAssembler::Time> BlockAssembler::EndExpectedAt(std::size_t in
     if (block.IsEnded() || block.EndId() == 0 || !block.IsStored() || (block.IsLeaderOnly() && isNewest))
         return std::nullopt;
     const Time bySilence = block.LastAdvance() + TailTimeout();
-    return block.overtakenAt ? std::min(bySilence, *block.overtakenAt) : bySilence;
+    if (block.overtakenAt)
+        return std::min(bySilence, *block.overtakenAt);
+    // More than may be asked for: counting it as lost would end the block. The camera, or this computer, may
+    // only have paused.
+    const std::uint64_t rest = block.EndId() + 1 - block.Missing().Next(); // not ended: not negative
+    return m_policy.IsWithinBudget(rest, block.asking, block.EndId()) ? std::optional(bySilence)
+                                                                      : std::nullopt;
 }
 
 void BlockAssembler::AskForMissing(Time now)

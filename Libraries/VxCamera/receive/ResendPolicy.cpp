@@ -110,13 +110,19 @@ void ResendPolicy::JudgeAnswers(Time now)
     m_answeredSince = 0;
 }
 
+bool ResendPolicy::IsWithinBudget(std::uint64_t packets, const BlockAsking& asking,
+                                  std::uint64_t blockPackets) const
+{
+    const double ofBlock =
+        std::max(m_settings.blockShare * static_cast<double>(blockPackets), kLeastBlockBudget) * m_scale;
+    return static_cast<double>(asking.asked + packets) <= std::max(ofBlock, 1.0);
+}
+
 ResendPolicy::Verdict ResendPolicy::Spend(std::uint64_t packets, BlockAsking& asking,
                                           std::uint64_t blockPackets)
 {
     const auto wanted = static_cast<double>(packets);
-    const double ofBlock =
-        std::max(m_settings.blockShare * static_cast<double>(blockPackets), kLeastBlockBudget) * m_scale;
-    if (static_cast<double>(asking.asked) + wanted > std::max(ofBlock, 1.0))
+    if (!IsWithinBudget(packets, asking, blockPackets))
         return Verdict::TooMuch;
     if (wanted > m_tokens)
         return Verdict::NotNow;

@@ -76,6 +76,11 @@ public:
     /// Whether no packet of the block can be hoped for any more.
     [[nodiscard]] bool IsHopeless(const MissingRanges& missing, const BlockAsking& asking, Time now) const;
 
+    /// @param blockPackets  of the whole block
+    /// @return  whether so many more packets of the block may be asked for
+    [[nodiscard]] bool IsWithinBudget(std::uint64_t packets, const BlockAsking& asking,
+                                      std::uint64_t blockPackets) const;
+
     /// A packet arrived that had been missing.
     /// @return  whether it had been asked for
     bool OnArrival(const MissingRange& was, Time now);

@@ -58,13 +58,28 @@ protected:
         }
         return text.Narrow();
     }
+    /// Everything that the receiver tells of itself.
+    std::string Statistics()
+    {
+        std::string all;
+        VxGenParameterArray& parameters = *m_link.stream.GetParameters();
+        for (std::size_t i = 0; i < parameters.GetCount(); ++i) {
+            VxString text;
+            if (parameters.Get(i)->ToString(text).IsOK())
+                all += parameters.Get(i)->GetName().Narrow() + "=" + text.Narrow() + "\n";
+        }
+        return all;
+    }
     void ReceiveTenFrames()
     {
         m_link.Start();
         for (int i = 0; i < 10; ++i) {
             const VxBuffer* const buffer = m_link.Next();
             ASSERT_NE(buffer, nullptr);
-            EXPECT_TRUE(buffer->GetOperationResult().IsOK());
+            const VxResult received = buffer->GetOperationResult();
+            EXPECT_TRUE(received.IsOK())
+                << "frame " << i << ": " << received.GetDescription().Narrow() << "\n"
+                << Statistics();
         }
         m_link.Stop();
     }

@@ -31,8 +31,10 @@ public:
         std::chrono::microseconds roundTrip{500};   ///< from a request to the first packet of its answer
         std::chrono::microseconds packetTime{8};    ///< from one packet to the next
         std::chrono::microseconds framePeriod{33'000};
-        bool answers = true; ///< false: requests are ignored
-        bool resends = true; ///< false: it does not offer that
+        std::uint32_t pausesBefore = 0;     ///< a packet of each block
+        std::chrono::microseconds pause{0}; ///< before that packet
+        bool answers = true;                ///< false: requests are ignored
+        bool resends = true;                ///< false: it does not offer that
     };
 
     LossyCamera(const Facts& facts, const StreamPackets& stream) : m_facts(facts), m_stream(stream) {}
@@ -88,7 +90,8 @@ private:
 
     [[nodiscard]] Time SentAt(std::uint64_t blockId, std::uint32_t packetId) const
     {
-        return m_starts.at(blockId - 1) + packetId * m_facts.packetTime;
+        const Time start = m_starts.at(blockId - 1) + packetId * m_facts.packetTime;
+        return packetId >= m_facts.pausesBefore ? start + m_facts.pause : start;
     }
     bool IsLost()
     {

@@ -132,6 +132,32 @@ TEST_F(ResendTest, ASlowAnswerIsLearntAndNotAskedForTwice)
     EXPECT_LT(m_camera.packetsAskedFor, m_camera.packetsLost * 12 / 10);
 }
 
+TEST_F(ResendTest, APauseInABlockLosesNothingAndNothingIsAskedForIt)
+{
+    for (const std::uint32_t pausesBefore : {1u, 200u, 700u}) { // more is left than may be asked for
+        m_camera.Change().pausesBefore = pausesBefore;
+        m_camera.Change().pause = 15ms; // of a sender, or of this computer
+        m_sink.codes.clear();
+
+        Stream(20);
+
+        EXPECT_EQ(m_sink.Complete(), 20u) << pausesBefore;
+        EXPECT_EQ(m_camera.requests, 0u) << pausesBefore;
+    }
+}
+
+TEST_F(ResendTest, PacketsLostBeforeAPauseAreAskedForAllTheSame)
+{
+    m_camera.Change().dropShare = 0.01;
+    m_camera.Change().pausesBefore = 700;
+    m_camera.Change().pause = 15ms;
+
+    Stream(100);
+
+    EXPECT_EQ(m_sink.Complete(), 100u);
+    EXPECT_LT(m_camera.packetsAskedFor, m_camera.packetsLost * 11 / 10);
+}
+
 TEST_F(ResendTest, SmallFramesAreCompleteToo)
 {
     LossyCamera camera({.dropShare = 0.05}, Lines(5));
