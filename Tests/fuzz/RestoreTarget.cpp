@@ -36,11 +36,13 @@ void RestoreAndCollect(fuzz::Bytes bytes)
     FakeRegisterPort port;
     auto map = genapi::NodeMap::Load(kCamera, port);
     fuzz::Require(map.HasValue(), "the target's own camera is damaged");
+    const VxSteadyClock clock;
     const auto array = NodeParameterArray::Create(*std::move(map));
     for (const surface::StoredFeatures& device : read->devices)
-        static_cast<void>(surface::RestoreFeatures(*array, device.steps));
-    const auto collected = surface::CollectFeatures(*array);
-    fuzz::Require(surface::RestoreFeatures(*array, collected.steps).IsOK(), "what was saved is refused");
+        static_cast<void>(surface::RestoreFeatures(*array, device.steps, clock));
+    const auto collected = surface::CollectFeatures(*array, clock);
+    fuzz::Require(surface::RestoreFeatures(*array, collected.steps, clock).IsOK(),
+                  "what was saved is refused");
 }
 
 const fuzz::Registration kTarget("restore", RestoreAndCollect);

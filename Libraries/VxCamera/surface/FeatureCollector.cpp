@@ -23,8 +23,12 @@ constexpr std::size_t kMaxSelectors = 16;
 
 CollectedFeatures FeatureCollector::Collect()
 {
-    for (const Group& group : Groups())
+    for (const Group& group : Groups()) {
+        m_reached = 0;
         WalkSelector(group, 0, 0);
+        if (m_isEnded) // what is selected is complete only when it was read for all values
+            NoteUnreached(group, group.selectors.empty() ? m_reached : 0);
+    }
     VxResult result = m_failures.Summary("could not be read");
     return {std::move(m_steps), std::move(result)};
 }
@@ -120,21 +124,39 @@ bool FeatureCollector::MayTry(genapi::NodeId next)
 {
     if (m_isEnded)
         return false;
+    if (m_clock.Now() >= m_end) {
+        End(next, FeatureFailures::TimeIsOver(kLongestTransfer));
+        return false;
+    }
     if (m_attempts < kMaxAttempts) {
         ++m_attempts;
         return true;
     }
-    m_isEnded = true;
-    m_failures.Note(m_map.Info(next).name,
-                    VxResult(VxError::NotSupported, "from here on nothing was stored: there are more than " +
-                                                        std::to_string(kMaxAttempts) + " values"));
+    End(next, VxResult(VxError::NotSupported, "from here on nothing was stored: there are more than " +
+                                                  std::to_string(kMaxAttempts) + " values"));
     return false;
 }
 
 void FeatureCollector::Note(genapi::NodeId node, const VxResult& failure)
 {
-    m_failures.Note(m_map.Info(node).name, failure);
-    m_isEnded = m_isEnded || IsGone(failure);
+    if (IsGone(failure))
+        End(node, failure);
+    else
+        m_failures.Note(m_map.Info(node).name, failure);
+}
+
+void FeatureCollector::End(genapi::NodeId node, const VxResult& why)
+{
+    m_failures.Note(m_map.Info(node).name, why);
+    m_isEnded = true;
+    m_endedAt = node;
+}
+
+void FeatureCollector::NoteUnreached(const Group& group, std::size_t first)
+{
+    for (std::size_t i = first; i < group.features.size(); ++i)
+        if (group.features[i] != m_endedAt)
+            m_failures.NoteUnreached(m_map.Info(group.features[i]).name);
 }
 
 void FeatureCollector::PutBack(genapi::NodeId selector, std::size_t level, const std::string& value)
@@ -149,6 +171,7 @@ void FeatureCollector::Read(const Nodes& features, std::size_t level)
     for (const genapi::NodeId feature : features) {
         if (!MayTry(feature))
             return;
+        ++m_reached;
         if (m_map.Access(feature) != genapi::AccessMode::ReadWrite)
             continue;
         m_failures.Count();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VxBase/VxClock.h"
 #include "VxCamera/genapi/map/NodeMap.h"
 #include "VxCamera/surface/ConfigurationText.h"
 #include "VxCamera/surface/FeatureFailures.h"
@@ -18,7 +19,10 @@ namespace surface {
 /// Thread: one, which holds the map's lock.
 class FeatureCollector {
 public:
-    explicit FeatureCollector(genapi::NodeMap& map) : m_map(map) {}
+    FeatureCollector(genapi::NodeMap& map, const IVxClock& clock)
+        : m_map(map), m_clock(clock), m_end(clock.Now() + kLongestTransfer)
+    {
+    }
 
     [[nodiscard]] CollectedFeatures Collect();
 
@@ -42,6 +46,7 @@ private:
     /// @return  false when there was enough; then nothing more is tried
     [[nodiscard]] bool MayTry(genapi::NodeId next);
     void Note(genapi::NodeId node, const VxResult& failure);
+    void End(genapi::NodeId node, const VxResult& why);
     /// @return  nothing for a selector whose values cannot be listed
     [[nodiscard]] std::vector<std::string> ValuesOf(genapi::NodeId selector);
     [[nodiscard]] std::vector<std::string> EntriesOf(genapi::NodeId selector);
@@ -49,11 +54,17 @@ private:
     void PutBack(genapi::NodeId selector, std::size_t level, const std::string& value);
     void Add(ConfigurationStep::Kind kind, std::size_t level, genapi::NodeId node, std::string value);
 
-    genapi::NodeMap& m_map; // borrowed: outlives the call
+    void NoteUnreached(const Group& group, std::size_t first);
+
+    genapi::NodeMap& m_map;  // borrowed: outlives the call
+    const IVxClock& m_clock; // borrowed: outlives the call
+    const IVxClock::Time m_end;
     std::vector<ConfigurationStep> m_steps;
     FeatureFailures m_failures;
     std::size_t m_attempts = 0;
-    bool m_isEnded = false; // there was more than can be stored, or the camera is gone
+    std::size_t m_reached = 0; // features of the present group, for the present values of its selectors
+    bool m_isEnded = false;    // there was more than can be stored, or the camera is gone, or the time over
+    genapi::NodeId m_endedAt = {}; // when m_isEnded: what was to be tried, and is noted
 };
 
 } // namespace surface

@@ -23,10 +23,16 @@ void FeatureFailures::Note(std::string_view feature, const VxResult& result)
     m_failures.push_back(text.starts_with(name) ? result : VxResult(result.Code(), name + " " + text));
 }
 
-void FeatureFailures::Clear()
+void FeatureFailures::NoteUnreached(std::string_view feature)
 {
-    m_failures.clear();
-    m_tried = 0;
+    if (std::ranges::find(m_unreached, feature) == m_unreached.end())
+        m_unreached.emplace_back(feature);
+}
+
+VxResult FeatureFailures::TimeIsOver(std::chrono::seconds limit)
+{
+    return {VxError::Timeout,
+            "the time for all features together, " + std::to_string(limit.count()) + " s, was over"};
 }
 
 VxResult FeatureFailures::Summary(std::string_view what) const
@@ -36,11 +42,14 @@ VxResult FeatureFailures::Summary(std::string_view what) const
     std::string text = std::to_string(m_failures.size()) + " of " +
                        std::to_string(std::max(m_tried, m_failures.size())) + " features " +
                        std::string(what);
-    const std::size_t shown = std::min(m_failures.size(), kMaxShown);
-    for (std::size_t i = 0; i < shown; ++i)
-        text += (i == 0 ? ": " : "; ") + m_failures[i].GetDescription().Narrow();
-    if (shown < m_failures.size())
-        text += "; and " + std::to_string(m_failures.size() - shown) + " more";
+    const auto list = [&text](const auto& all, const char* before, const char* between, const auto& shown) {
+        for (std::size_t i = 0; i < std::min(all.size(), kMaxShown); ++i)
+            text += (i == 0 ? before : between) + shown(all[i]);
+        if (all.size() > kMaxShown)
+            text += between + ("and " + std::to_string(all.size() - kMaxShown)) + " more";
+    };
+    list(m_failures, ": ", "; ", [](const VxResult& each) { return each.GetDescription().Narrow(); });
+    list(m_unreached, "; not reached: ", ", ", [](const std::string& name) { return name; });
     return VxResult(m_failures.front().Code(), text);
 }
 

@@ -2,6 +2,7 @@
 
 #include "VxBase/VxResult.h"
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -25,15 +26,21 @@ public:
     /// @param result  why it failed; its description may begin with the feature's name
     void Note(std::string_view feature, const VxResult& result);
 
-    void Clear();
+    /// A feature that was not tried, because the camera is gone or the time was over; a failure that was
+    /// noted before says which.
+    void NoteUnreached(std::string_view feature);
+
+    /// What is noted of the feature at which the time ended.
+    [[nodiscard]] static VxResult TimeIsOver(std::chrono::seconds limit);
 
     /// @param what  for instance "could not be restored"
     /// @return  OK without failures, else the first one's code and "2 of 30 features could not be restored:
-    /// ..."
+    ///          ...; not reached: ..."
     [[nodiscard]] VxResult Summary(std::string_view what) const;
 
 private:
     std::vector<VxResult> m_failures;
+    std::vector<std::string> m_unreached; // each once
     std::size_t m_tried = 0;
 };
 

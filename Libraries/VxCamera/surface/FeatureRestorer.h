@@ -1,9 +1,11 @@
 #pragma once
 
+#include "VxBase/VxClock.h"
 #include "VxBase/VxResult.h"
 #include "VxCamera/surface/ConfigurationText.h"
-#include "VxCamera/surface/FeatureFailures.h"
 
+#include <cstddef>
+#include <optional>
 #include <vector>
 
 class VxGenParameterArray;
@@ -16,10 +18,8 @@ namespace surface {
 /// Thread: one.
 class FeatureRestorer {
 public:
-    FeatureRestorer(VxGenParameterArray& array, const std::vector<ConfigurationStep>& steps)
-        : m_array(array), m_steps(steps)
-    {
-    }
+    FeatureRestorer(VxGenParameterArray& array, const std::vector<ConfigurationStep>& steps,
+                    const IVxClock& clock);
 
     [[nodiscard]] VxResult Restore();
 
@@ -28,16 +28,19 @@ private:
         Unchanged,
         Written,
         Refused,
-        Gone, ///< the camera is; no further step is tried
+        Ended, ///< the camera is gone, or the time over; no further step is tried
     };
 
     /// @return  whether a feature was written, so that another round may help
     bool Round();
-    [[nodiscard]] Outcome Apply(const ConfigurationStep& step);
+    [[nodiscard]] Outcome Apply(std::size_t index);
+    [[nodiscard]] VxResult Summary() const;
 
     VxGenParameterArray& m_array;                  // borrowed: outlives the call
     const std::vector<ConfigurationStep>& m_steps; // borrowed: outlives the call
-    FeatureFailures m_failures;                    // of the last round
+    const IVxClock& m_clock;                       // borrowed: outlives the call
+    const IVxClock::Time m_end;
+    std::vector<std::optional<VxResult>> m_results; // of each step when it was tried last; none: never
 };
 
 } // namespace surface

@@ -40,25 +40,26 @@ CollectedFeatures CollectList(const VxGenParameterArray& array)
 
 } // namespace
 
-CollectedFeatures CollectFeatures(VxGenParameterArray& array)
+CollectedFeatures CollectFeatures(VxGenParameterArray& array, const IVxClock& clock)
 {
     if (const auto* const nodes = dynamic_cast<const NodeParameterArray*>(&array); nodes != nullptr) {
         if (nodes->Map() == nullptr)
             return {};
         const auto lock = nodes->Map()->Hold(); // nobody may see selectors on their way
-        return FeatureCollector(*nodes->Map()).Collect();
+        return FeatureCollector(*nodes->Map(), clock).Collect();
     }
     return CollectList(array);
 }
 
-VxResult RestoreFeatures(VxGenParameterArray& array, const std::vector<ConfigurationStep>& steps)
+VxResult RestoreFeatures(VxGenParameterArray& array, const std::vector<ConfigurationStep>& steps,
+                         const IVxClock& clock)
 {
     const auto* const nodes = dynamic_cast<const NodeParameterArray*>(&array);
     genapi::NodeMap* const map = nodes != nullptr ? nodes->Map() : nullptr;
     std::unique_lock<std::recursive_mutex> lock;
     if (map != nullptr)
         lock = map->Hold();
-    return FeatureRestorer(array, steps).Restore();
+    return FeatureRestorer(array, steps, clock).Restore();
 }
 
 } // namespace surface

@@ -59,7 +59,9 @@ VxResult VxConfigurationReader::Restore(std::size_t index, VxDevice* device) con
         return VxResult(VxError::InvalidParameter, "there is no device to restore into");
     if (!device->IsConnected())
         return VxResult(VxError::NotConnected, "the device cannot be restored: it is not connected");
-    return NoThrow([&] { return surface::RestoreFeatures(*device->GetParameters(), devices[index].steps); });
+    return NoThrow([&] {
+        return surface::RestoreFeatures(*device->GetParameters(), devices[index].steps, VxSteadyClock());
+    });
 }
 
 VxResult VxConfigurationReader::Restore(std::size_t index, VxStream* stream) const
@@ -71,7 +73,9 @@ VxResult VxConfigurationReader::Restore(std::size_t index, VxStream* stream) con
         return VxResult(VxError::InvalidParameter, "there is no stream to restore into");
     if (!stream->IsOpen())
         return VxResult(VxError::NotOpen, "the stream cannot be restored: it is not open");
-    return NoThrow([&] { return surface::RestoreFeatures(*stream->GetParameters(), streams[index].steps); });
+    return NoThrow([&] {
+        return surface::RestoreFeatures(*stream->GetParameters(), streams[index].steps, VxSteadyClock());
+    });
 }
 
 VxResult VxConfigurationReader::Restore(const VxString& name, VxString& value) const

@@ -25,7 +25,7 @@ VxResult VxConfigurationWriter::Store(VxDevice* device, const VxString& name)
     if (!device->IsConnected())
         return VxResult(VxError::NotConnected, "the device cannot be stored: it is not connected");
     return NoThrow([&]() -> VxResult {
-        auto collected = surface::CollectFeatures(*device->GetParameters());
+        auto collected = surface::CollectFeatures(*device->GetParameters(), VxSteadyClock());
         if (!device->IsConnected())
             return VxResult(VxError::LinkLost, "the camera was lost while its configuration was read");
         m_impl->configuration.devices.push_back({name, std::move(collected.steps)});
@@ -40,7 +40,7 @@ VxResult VxConfigurationWriter::Store(VxStream* stream, const VxString& name)
     if (!stream->IsOpen())
         return VxResult(VxError::NotOpen, "the stream cannot be stored: it is not open");
     return NoThrow([&] {
-        auto collected = surface::CollectFeatures(*stream->GetParameters());
+        auto collected = surface::CollectFeatures(*stream->GetParameters(), VxSteadyClock());
         m_impl->configuration.streams.push_back({name, std::move(collected.steps)});
         return collected.result;
     });

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <optional>
@@ -20,6 +21,8 @@ public:
     VxResult Read(std::uint64_t address, std::span<std::byte> bytes) override
     {
         ++reads;
+        if (onAccess)
+            onAccess();
         if (failure)
             return *failure;
         for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -34,6 +37,8 @@ public:
         ++writes;
         lastWriteAddress = address;
         lastWriteSize = bytes.size();
+        if (onAccess)
+            onAccess();
         if (failure)
             return *failure;
         for (std::size_t i = 0; i < bytes.size(); ++i)
@@ -69,6 +74,7 @@ public:
     int writes = 0;
     std::uint64_t lastWriteAddress = 0;
     std::size_t lastWriteSize = 0;
+    std::function<void()> onAccess;  ///< called by every access, if set
     std::optional<VxResult> failure; ///< what every access returns, if set
 
 private:

@@ -1,6 +1,7 @@
 #include "VxCamera/surface/FeatureStore.h"
 
 #include "support/genapi/NodeMapFixture.h"
+#include "support/network/FakeClock.h"
 
 #include <gmock/gmock.h>
 
@@ -14,6 +15,8 @@
 namespace surface {
 namespace {
 
+using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 
 std::string Shown(const std::vector<ConfigurationStep>& steps)
@@ -46,7 +49,7 @@ protected:
 
     [[nodiscard]] std::string Collected()
     {
-        const CollectedFeatures collected = CollectFeatures(*array);
+        const CollectedFeatures collected = CollectFeatures(*array, clock);
         EXPECT_TRUE(collected.result.IsOK()) << collected.result.GetDescription().Narrow();
         return Shown(collected.steps);
     }
@@ -90,6 +93,7 @@ protected:
         "Streamable>"
         "</Integer><Integer Name=\"Temperature\"><Value>7</Value></Integer>";
 
+    FakeClock clock;
     FakeRegisterPort port;
     std::unique_ptr<NodeParameterArray> array;
 };
@@ -105,7 +109,7 @@ TEST_F(FeatureStoreTest, LeavesSelectorsAsTheyWere)
 {
     Set("GainSelector", "Red");
 
-    std::ignore = CollectFeatures(*array);
+    std::ignore = CollectFeatures(*array, clock);
 
     EXPECT_EQ(Get("GainSelector"), "Red");
 }
@@ -116,10 +120,10 @@ TEST_F(FeatureStoreTest, RestoresWhatItCollected)
     Set("OffsetX", "60");
     Set("GainSelector", "Red");
     Set("Gain", "11");
-    const auto steps = CollectFeatures(*array).steps;
+    const auto steps = CollectFeatures(*array, clock).steps;
     Load(kCamera); // Width is 100 again: the offset has to wait for it
 
-    const VxResult result = RestoreFeatures(*array, steps);
+    const VxResult result = RestoreFeatures(*array, steps, clock);
 
     EXPECT_TRUE(result.IsOK()) << result.GetDescription().Narrow();
     EXPECT_EQ(Get("Width"), "40");
@@ -132,11 +136,11 @@ TEST_F(FeatureStoreTest, RestoresWhatItCollected)
 
 TEST_F(FeatureStoreTest, RestoresInTheOtherDirectionAsWell)
 {
-    const auto steps = CollectFeatures(*array).steps; // Width 100, OffsetX 0
+    const auto steps = CollectFeatures(*array, clock).steps; // Width 100, OffsetX 0
     Set("Width", "40");
     Set("OffsetX", "60"); // now the width has to wait for the offset
 
-    EXPECT_TRUE(RestoreFeatures(*array, steps).IsOK());
+    EXPECT_TRUE(RestoreFeatures(*array, steps, clock).IsOK());
 
     EXPECT_EQ(Get("Width"), "100");
     EXPECT_EQ(Get("OffsetX"), "0");
@@ -152,10 +156,10 @@ TEST_F(FeatureStoreTest, WritesAgainWhatALaterFeatureChanged)
          "Integer>");
     Set("Mode", "1");
     Set("Exposure", "500");
-    const auto steps = CollectFeatures(*array).steps;
+    const auto steps = CollectFeatures(*array, clock).steps;
     Set("Mode", "2");
 
-    EXPECT_TRUE(RestoreFeatures(*array, steps).IsOK());
+    EXPECT_TRUE(RestoreFeatures(*array, steps, clock).IsOK());
 
     EXPECT_EQ(Get("Exposure"), "500");
     EXPECT_EQ(Get("Mode"), "1");
@@ -167,7 +171,7 @@ TEST_F(FeatureStoreTest, GoesOnPastFeaturesThatRefuse)
                                                {ConfigurationStep::Kind::Feature, 0, "Width", "1000"},
                                                {ConfigurationStep::Kind::Feature, 0, "Temperature", "9"}};
 
-    const VxResult result = RestoreFeatures(*array, steps);
+    const VxResult result = RestoreFeatures(*array, steps, clock);
 
     EXPECT_EQ(result.Code(), VxError::NotFound);
     EXPECT_EQ(result.GetDescription().Narrow(),
@@ -184,7 +188,7 @@ TEST_F(FeatureStoreTest, DoesNotWriteSelectedFeaturesUnderTheWrongSelector)
                                                {ConfigurationStep::Kind::Feature, 1, "Gain", "12"},
                                                {ConfigurationStep::Kind::Feature, 0, "Width", "50"}};
 
-    const VxResult result = RestoreFeatures(*array, steps);
+    const VxResult result = RestoreFeatures(*array, steps, clock);
 
     EXPECT_EQ(result.Code(), VxError::NotAvailable);
     EXPECT_THAT(result.GetDescription().Narrow(),
@@ -245,12 +249,12 @@ TEST_F(FeatureStoreTest, LeavesSelectedSelectorsAsTheyWereForEachValueOfTheOuter
 TEST_F(FeatureStoreTest, RestoresWhatNestedSelectorsSelect)
 {
     Load(kNested);
-    const auto steps = CollectFeatures(*array).steps;
+    const auto steps = CollectFeatures(*array, clock).steps;
     for (const char* value : {"V0", "V1", "V2", "V3", "I1"})
         Set(value, "1");
     Set("Outer", "1");
 
-    EXPECT_TRUE(RestoreFeatures(*array, steps).IsOK());
+    EXPECT_TRUE(RestoreFeatures(*array, steps, clock).IsOK());
 
     EXPECT_EQ(Get("V0") + " " + Get("V1") + " " + Get("V2") + " " + Get("V3"), "10 11 12 13");
     EXPECT_EQ(Get("Outer") + " " + Get("I0") + " " + Get("I1"), "0 1 0");
@@ -295,7 +299,7 @@ TEST_F(FeatureStoreTest, SaysWhichFeatureCouldNotBeRead)
          "<Streamable>Yes</Streamable></Enumeration>"
          "<Integer Name=\"Whole\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
 
-    const CollectedFeatures collected = CollectFeatures(*array);
+    const CollectedFeatures collected = CollectFeatures(*array, clock);
 
     EXPECT_EQ(Shown(collected.steps), "F Whole=5\n");
     EXPECT_EQ(collected.result.Code(), VxError::InvalidData);
@@ -319,7 +323,7 @@ TEST_F(FeatureStoreTest, RestoresAChainInWhichEachFeatureUnlocksTheOneBefore)
         {ConfigurationStep::Kind::Feature, 0, "C2", "9"}, {ConfigurationStep::Kind::Feature, 0, "C3", "9"},
         {ConfigurationStep::Kind::Feature, 0, "C4", "9"}, {ConfigurationStep::Kind::Feature, 0, "C5", "9"}};
 
-    const VxResult result = RestoreFeatures(*array, steps);
+    const VxResult result = RestoreFeatures(*array, steps, clock);
 
     EXPECT_TRUE(result.IsOK()) << result.GetDescription().Narrow();
     EXPECT_EQ(Get("C0"), "9");
@@ -333,10 +337,10 @@ TEST_F(FeatureStoreTest, EndsSelectorsThatSelectEachOther)
          "<Boolean "
          "Name=\"B\"><Value>true</Value><pSelected>A</pSelected><Streamable>Yes</Streamable></Boolean>");
 
-    const auto steps = CollectFeatures(*array).steps;
+    const auto steps = CollectFeatures(*array, clock).steps;
 
     EXPECT_LT(steps.size(), 20u);
-    EXPECT_TRUE(RestoreFeatures(*array, steps).IsOK());
+    EXPECT_TRUE(RestoreFeatures(*array, steps, clock).IsOK());
     EXPECT_EQ(Get("A"), "true");
     EXPECT_EQ(Get("B"), "true");
 }
@@ -350,7 +354,7 @@ TEST_F(FeatureStoreTest, BoundsWhatSelectorsMultiply)
                  "<pSelected>V</pSelected></Integer>";
     Load(nodes + "<Integer Name=\"V\"><Value>5</Value><Streamable>Yes</Streamable></Integer>");
 
-    const auto collected = CollectFeatures(*array);
+    const auto collected = CollectFeatures(*array, clock);
 
     EXPECT_LE(collected.steps.size(), 20100u);
     EXPECT_THAT(collected.result.GetDescription().Narrow(), HasSubstr("more than 20000 values"));
@@ -385,7 +389,7 @@ TEST_F(FeatureStoreTest, BoundsTheSelectorValuesThatAreRefused)
     RefusingPort refusing;
     array = NodeParameterArray::Create(*genapi::NodeMap::Load(Describe(nodes), refusing));
 
-    const auto collected = CollectFeatures(*array);
+    const auto collected = CollectFeatures(*array, clock);
 
     EXPECT_GT(refusing.writes, 10'000);
     EXPECT_LE(refusing.writes, 20'001);
@@ -443,7 +447,7 @@ std::string FiveRegisters()
 TEST_F(FeatureStoreTest, EndsWhenTheCameraIsGone)
 {
     Load(FiveRegisters());
-    const auto steps = CollectFeatures(*array).steps;
+    const auto steps = CollectFeatures(*array, clock).steps;
     ASSERT_EQ(steps.size(), 5u);
     for (const VxError gone : {VxError::LinkLost, VxError::NotConnected}) {
         Load(FiveRegisters());
@@ -451,23 +455,91 @@ TEST_F(FeatureStoreTest, EndsWhenTheCameraIsGone)
         port.reads = 0;
         port.writes = 0;
 
-        EXPECT_EQ(RestoreFeatures(*array, steps).Code(), gone);
+        EXPECT_EQ(RestoreFeatures(*array, steps, clock).Code(), gone);
         EXPECT_EQ(port.writes, 1);
         port.reads = 0;
-        EXPECT_EQ(CollectFeatures(*array).result.Code(), gone);
+        const VxResult collected = CollectFeatures(*array, clock).result;
+        EXPECT_EQ(collected.Code(), gone);
+        EXPECT_THAT(collected.GetDescription().Narrow(), EndsWith("; not reached: B, C, D, E"));
         EXPECT_EQ(port.reads, 1);
         port.failure.reset();
     }
 }
 
+TEST_F(FeatureStoreTest, CollectingEndsWithTheTimeForAllAndSaysWhatItDidNotReach)
+{
+    Load(FiveRegisters());
+    port.onAccess = [this] { clock.Advance(kLongestTransfer / 2); };
+
+    const auto collected = CollectFeatures(*array, clock);
+
+    EXPECT_EQ(Shown(collected.steps), "F A=0\nF B=0\n");
+    EXPECT_EQ(collected.result.Code(), VxError::Timeout);
+    EXPECT_THAT(collected.result.GetDescription().Narrow(),
+                AllOf(HasSubstr("C: the time for all features together, 30 s, was over"),
+                      EndsWith("; not reached: D, E")));
+}
+
+TEST_F(FeatureStoreTest, SelectorsGetTheirValuesBackAlsoWhenTheTimeIsOver)
+{
+    Load("<Category "
+         "Name=\"Root\"><pFeature>S</pFeature><pFeature>A</pFeature><pFeature>B</pFeature></Category>"
+         "<Integer Name=\"S\"><Value>7</Value><Min>0</Min><Max>9</Max><pSelected>A</pSelected>"
+         "<pSelected>B</pSelected></Integer>"
+         "<IntReg Name=\"A\"><Address>0</Address><pAddress>S</pAddress><Length>4</Length>"
+         "<AccessMode>RW</AccessMode><Streamable>Yes</Streamable></IntReg>"
+         "<IntReg Name=\"B\"><Address>64</Address><pAddress>S</pAddress><Length>4</Length>"
+         "<AccessMode>RW</AccessMode><Streamable>Yes</Streamable></IntReg>");
+    port.onAccess = [this] { clock.Advance(kLongestTransfer / 3); };
+
+    const auto collected = CollectFeatures(*array, clock);
+
+    EXPECT_EQ(Shown(collected.steps), "S S=0\n.F A=0\n.F B=0\nS S=1\n.F A=0\nS S=7\n");
+    EXPECT_THAT(collected.result.GetDescription().Narrow(), HasSubstr("not reached: A"))
+        << "not for every value of its selector";
+    EXPECT_EQ(Get("S"), "7");
+}
+
+TEST_F(FeatureStoreTest, RestoringEndsWithTheTimeForAllAndSaysWhatItDidNotReach)
+{
+    Load(FiveRegisters());
+    std::vector<ConfigurationStep> steps;
+    for (const char* name : {"A", "B", "C", "D", "E"}) // of one register, so with different values
+        steps.push_back({ConfigurationStep::Kind::Feature, 0, name, std::to_string(steps.size() + 1)});
+    port.onAccess = [this] {
+        clock.Advance(std::chrono::milliseconds(kLongestTransfer) / 4);
+    }; // each is read, then written
+
+    const VxResult result = RestoreFeatures(*array, steps, clock);
+
+    EXPECT_EQ(result.Code(), VxError::Timeout);
+    EXPECT_THAT(result.GetDescription().Narrow(),
+                AllOf(testing::StartsWith("1 of 5 features could not be restored: C: the time for all"),
+                      EndsWith("; not reached: D, E")));
+    EXPECT_EQ(port.writes, 2);
+}
+
+TEST_F(FeatureStoreTest, WhenTheTimeEndsInALaterRoundTheRefusalsOfEarlierOnesStand)
+{
+    Load(FiveRegisters());
+    const std::vector<ConfigurationStep> steps{{ConfigurationStep::Kind::Feature, 0, "Gone", "1"},
+                                               {ConfigurationStep::Kind::Feature, 0, "A", "5"}};
+    port.onAccess = [this] { clock.Advance(kLongestTransfer / 2); };
+
+    const VxResult result = RestoreFeatures(*array, steps, clock);
+
+    EXPECT_EQ(result.GetDescription().Narrow(),
+              "1 of 2 features could not be restored: Gone: there is no feature of this name");
+}
+
 TEST_F(FeatureStoreTest, GoesOnWhenTheCameraDeniesAccessToOneFeature)
 {
     Load(FiveRegisters());
-    const auto steps = CollectFeatures(*array).steps;
+    const auto steps = CollectFeatures(*array, clock).steps;
     Load(FiveRegisters());
     port.failure = VxResult(VxError::AccessDenied, "not now");
 
-    EXPECT_EQ(RestoreFeatures(*array, steps).Code(), VxError::AccessDenied);
+    EXPECT_EQ(RestoreFeatures(*array, steps, clock).Code(), VxError::AccessDenied);
     EXPECT_EQ(port.writes, 5);
 }
 
@@ -475,12 +547,13 @@ TEST_F(FeatureStoreTest, HasNothingToDoWithoutAMap)
 {
     const auto none = NodeParameterArray::Create(nullptr);
 
-    EXPECT_TRUE(CollectFeatures(*none).steps.empty());
-    EXPECT_TRUE(RestoreFeatures(*none, {}).IsOK());
+    EXPECT_TRUE(CollectFeatures(*none, clock).steps.empty());
+    EXPECT_TRUE(RestoreFeatures(*none, {}, clock).IsOK());
 }
 
 TEST(FeatureStoreOfListTest, StoresWhatCanBeWritten)
 {
+    const FakeClock clock;
     std::int64_t retries = 3;
     ParameterList list;
     list.Add<ListedInteger>(ParameterFacts{"Retries", "Link"},
@@ -494,11 +567,11 @@ TEST(FeatureStoreOfListTest, StoresWhatCanBeWritten)
                             ListedInteger::Access{[]() -> std::int64_t { return 7; }, {}});
     list.Add<ListedCommand>(ParameterFacts{"Reset", "Link"}, [] {});
 
-    const auto steps = CollectFeatures(list).steps;
+    const auto steps = CollectFeatures(list, clock).steps;
     retries = 9;
 
     EXPECT_EQ(Shown(steps), "F Retries=3\n");
-    EXPECT_TRUE(RestoreFeatures(list, steps).IsOK());
+    EXPECT_TRUE(RestoreFeatures(list, steps, clock).IsOK());
     EXPECT_EQ(retries, 3);
 }
 
