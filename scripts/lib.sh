@@ -127,9 +127,12 @@ need_disk() {
 # Chosen: both presets with their tests take 1.5 GiB.
 VX_BUILD_GIB=2
 
-# is_built FOLDER [TARGET...]: whether building would find nothing to do.
+# is_built FOLDER [TARGET...]: whether building would write nothing. A step that checks something has to be done each
+# time and is known by its first word.
 is_built() {
-    ninja -C "$1" -n "${@:2}" 2>/dev/null | grep -q '^ninja: no work to do'
+    local plan
+    plan=$(ninja -C "$1" -n "${@:2}" 2>/dev/null) || return 1
+    ! grep -E '^\[[0-9]+/[0-9]+\] ' <<<"$plan" | grep -qvE '^\S+ Checking '
 }
 
 # build_preset PRESET [TARGET...]: configures when needed and builds. Asks for room only when there is something to do.
