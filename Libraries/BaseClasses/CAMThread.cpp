@@ -35,8 +35,10 @@ DWORD CAMThread::CallWorker(DWORD command)
     m_dwParam = command;
     m_EventSend.Set();
 
-    // When both are set the reply wins: a worker may answer its last command and end.
-    const HANDLE answers[] = {m_EventComplete, m_EventEnded};
+    // The reply wins over the end: a worker may answer its last command and end. The thread itself is waited
+    // for as well: a worker that was ended by force, as the system does when the process ends, has set no
+    // event.
+    const HANDLE answers[] = {m_EventComplete, m_EventEnded, m_hThread};
     if (::WaitForMultipleObjects(ARRAYSIZE(answers), answers, FALSE, INFINITE) != WAIT_OBJECT_0) {
         m_EventSend.Reset();
         return static_cast<DWORD>(E_FAIL);
@@ -60,7 +62,7 @@ BOOL CAMThread::ThreadExists() const
 
 BOOL CAMThread::HasThreadEnded()
 {
-    return ThreadExists() && m_EventEnded.Check();
+    return ThreadExists() && (m_EventEnded.Check() || ::WaitForSingleObject(m_hThread, 0) == WAIT_OBJECT_0);
 }
 
 DWORD CAMThread::GetRequest()

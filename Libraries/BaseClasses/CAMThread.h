@@ -5,8 +5,9 @@
 
 /// A worker thread that takes commands, one at a time, each with exactly one reply.
 ///
-/// Beyond the platform's contract: a worker that has ended without a reply (returned, or left by an
-/// exception) makes CallWorker return E_FAIL instead of waiting for ever.
+/// Beyond the platform's contract: a worker that has ended without a reply (returned, left by an exception,
+/// or ended by force, as by the system at the end of the process) makes CallWorker return E_FAIL instead of
+/// waiting for ever.
 ///
 /// Owner:  the derived class. Its destructor must have sent the command that ends the worker.
 /// Thread: clients call Create, CallWorker and Close; the worker calls GetRequest, CheckRequest and Reply.
@@ -53,7 +54,7 @@ protected:
     /// Start of the worker: COM in the multi-threaded apartment around ThreadProc.
     static DWORD WINAPI InitialThreadProc(LPVOID thread);
 
-    /// Whether a worker was started and its ThreadProc has returned.
+    /// Whether a worker was started and has ended, its ThreadProc returned or not.
     BOOL HasThreadEnded();
 
     HANDLE m_hThread = nullptr; // exchanged atomically

@@ -1,6 +1,7 @@
 #include "BaseClasses/CUnknown.h"
 
 #include "BaseClasses/VxComPtr.h"
+#include "VxBase/VxProcessEnd.h"
 
 #include <algorithm>
 
@@ -53,6 +54,9 @@ STDMETHODIMP_(ULONG) CUnknown::NonDelegatingRelease()
     const LONG count = ::InterlockedDecrement(&m_cRef);
     if (count != 0)
         return static_cast<ULONG>(std::max<LONG>(count, 1));
+
+    if (VxProcessEnd::HasBegun())
+        return 0; // threads that shared the object may have been ended half-way: the system takes its memory
 
     m_cRef = 1;
     delete this;

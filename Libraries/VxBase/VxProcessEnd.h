@@ -13,8 +13,12 @@
 class VxProcessEnd final {
 public:
     static void Begin() { s_hasBegun = true; }
-    [[nodiscard]] static bool HasBegun() { return s_hasBegun.load(); }
+    /// @return  true after Begin; and earlier where the system tells, as Windows does, so that it is known
+    ///          while modules hear of the end that were loaded after this one
+    [[nodiscard]] static bool HasBegun() { return s_hasBegun.load() || IsSystemEndingProcess(); }
 
 private:
+    [[nodiscard]] static bool IsSystemEndingProcess();
+
     static inline std::atomic<bool> s_hasBegun = false;
 };

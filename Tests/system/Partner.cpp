@@ -1,4 +1,5 @@
 #include "system/GraphFile.h"
+#include "system/LateRelease.h"
 
 #include "VxDSSource/filter/IVxDSSource.h"
 #include "VxDSSource/filter/Identifiers.h"
@@ -23,6 +24,9 @@
 //   load-graph FILE   loads the graph, tells what came back, and runs it until a picture comes
 //   leave-behind      starts another process that inherits everything, tells its number, and ends
 //   linger            does nothing for a minute
+//   end before|after  ends with a filter that waits for frames; a module of the host, loaded before or after
+//   the
+//                     filter's, lets it go while the process ends
 
 namespace {
 
@@ -193,7 +197,11 @@ bool Do(const std::wstring& program, const std::vector<std::wstring>& arguments)
         return SaveGraphInto(arguments[1]);
     if (arguments.size() == 2 && arguments[0] == L"load-graph")
         return LoadGraphFrom(arguments[1]);
-    std::puts("usage: save-graph FILE | load-graph FILE | leave-behind | linger");
+    if (arguments == std::vector<std::wstring>{L"end", L"before"})
+        return EndProcessAndReleaseFilter(HostModule::Before);
+    if (arguments == std::vector<std::wstring>{L"end", L"after"})
+        return EndProcessAndReleaseFilter(HostModule::After);
+    std::puts("usage: save-graph FILE | load-graph FILE | leave-behind | linger | end before|after");
     return false;
 }
 

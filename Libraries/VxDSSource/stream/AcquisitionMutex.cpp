@@ -1,5 +1,7 @@
 #include "VxDSSource/stream/AcquisitionMutex.h"
 
+#include "VxBase/VxProcessEnd.h"
+
 namespace vxds {
 
 namespace {
@@ -20,6 +22,10 @@ private:
 
 bool AcquisitionMutex::Acquire(DWORD timeoutMs)
 {
+    // The system has ended all other threads, perhaps one that owned this mutex, or the slim lock, which
+    // would never be let go. A kernel mutex would count as abandoned: whoever asks gets it.
+    if (VxProcessEnd::HasBegun())
+        return true;
     const DWORD self = ::GetCurrentThreadId();
     const StateLock state(m_state);
     if (m_owner == self || m_owner == 0) { // with nobody as owner nobody waits: Release hands it on
@@ -69,10 +75,21 @@ void AcquisitionMutex::Remove(const Waiter& waiter)
     *place = waiter.next;
 }
 
+std::size_t AcquisitionMutex::WaiterCount()
+{
+    const StateLock state(m_state);
+    std::size_t count = 0;
+    for (const Waiter* waiter = m_first; waiter != nullptr; waiter = waiter->next)
+        ++count;
+    return count;
+}
+
 /// Hands the mutex to the thread that has waited longest, so that its former owner cannot take it again
 /// before that thread has woken up.
 void AcquisitionMutex::Release()
 {
+    if (VxProcessEnd::HasBegun())
+        return; // nobody is left who could want it
     const StateLock state(m_state);
     if (--m_depth > 0)
         return;

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <cstddef>
 
 namespace vxds {
 
@@ -11,6 +12,8 @@ namespace vxds {
 /// A recursive mutex with a time-out, made of the system's slim lock and condition variables and not of a
 /// kernel mutex, because every frame takes it: see Docs/decisions/0008. Threads that wait get it in the order
 /// in which they came; frame production, which takes it again at once, cannot overtake them.
+///
+/// When the process is ending (VxProcessEnd) whoever asks has it: the system may have ended its owner.
 ///
 /// It is the first lock in the module's order: whoever holds it may take the filter's state lock, the camera
 /// link's lock or the format's lock, and nobody waits for it without limit while holding one of those.
@@ -45,6 +48,9 @@ public:
 
     /// Whether a thread waits without limit.
     [[nodiscard]] bool IsWanted() const { return m_patient.load() > 0; }
+
+    /// @return  how many threads wait, with and without a limit
+    [[nodiscard]] std::size_t WaiterCount();
 
 private:
     /// A thread that waits. It lives on that thread's stack until the thread has the mutex or gives up.

@@ -1,6 +1,7 @@
 #include "VxDSSource/stream/VxDSStream.h"
 
 #include "BaseClasses/CAutoLock.h"
+#include "VxBase/VxProcessEnd.h"
 #include "VxDSSource/stream/VxMediaTypes.h"
 
 #include <tuple>
@@ -9,6 +10,8 @@ using namespace vxds;
 
 void VxDSStream::ApplyConnection()
 {
+    if (VxProcessEnd::HasBegun())
+        return; // the camera library's threads have been ended: nobody would answer
     const AcquisitionMutex::Lock lock(m_acquisitionMutex);
     if (m_link.DiffersFrom(m_settings))
         Reconnect();
@@ -58,6 +61,8 @@ void VxDSStream::AbandonReconnect()
 
 void VxDSStream::CloseConnection()
 {
+    if (VxProcessEnd::HasBegun())
+        return; // as above; the camera lets go by itself after its heartbeat time-out
     const AcquisitionMutex::Lock lock(m_acquisitionMutex);
     const CAutoLock linkLock(m_link.Guard());
     StopAndClose();

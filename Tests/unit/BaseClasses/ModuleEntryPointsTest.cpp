@@ -4,7 +4,6 @@
 #include "BaseClasses/CFactoryTemplate.h"
 #include "BaseClasses/ModuleRegistration.h"
 #include "BaseClasses/VxComPtr.h"
-#include "VxBase/VxProcessEnd.h"
 #include "support/directshow/TestObject.h"
 #include "unit/BaseClasses/FakeFilterMapper.h"
 #include "unit/BaseClasses/FrameworkTest.h"
@@ -172,19 +171,6 @@ TEST_F(ModuleEntryPointsTest, LoadingAndUnloadingTellsTheClasses)
     EXPECT_EQ(g_hInst, module);
     EXPECT_EQ(g_amPlatform, static_cast<DWORD>(VER_PLATFORM_WIN32_NT));
     EXPECT_GE(g_osInfo.dwMajorVersion, 6u);
-}
-
-TEST_F(ModuleEntryPointsTest, TheEndOfTheProcessIsToldFromUnloading)
-{
-    const HINSTANCE module = ::GetModuleHandleW(nullptr);
-    const bool before = VxProcessEnd::HasBegun(); // false, but for repetitions of this test
-    int anything = 0; // what the system hands over when the process ends is not null
-
-    EXPECT_TRUE(DllEntryPoint(module, DLL_PROCESS_DETACH, nullptr));
-    EXPECT_EQ(VxProcessEnd::HasBegun(), before);
-
-    EXPECT_TRUE(DllEntryPoint(module, DLL_PROCESS_DETACH, &anything));
-    EXPECT_TRUE(VxProcessEnd::HasBegun());
 }
 
 TEST_F(CClassFactoryTest, AnswersItsInterfacesOnly)

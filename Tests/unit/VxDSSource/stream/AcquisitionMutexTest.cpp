@@ -5,11 +5,22 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
+#include <atomic>
+#include <optional>
 #include <thread>
 #include <vector>
 
 namespace vxds {
 namespace {
+
+constexpr DWORD kLongMs = 60'000; // longer than any test waits
+
+void WaitForRow(AcquisitionMutex& mutex, std::size_t waiters)
+{
+    while (mutex.WaiterCount() < waiters)
+        std::this_thread::yield();
+}
 
 bool IsFreeForAnother(AcquisitionMutex& mutex)
 {
@@ -94,6 +105,93 @@ TEST(AcquisitionMutexTest, AThreadThatGaveUpIsPassedOver)
     }
 
     EXPECT_TRUE(IsFreeForAnother(mutex));
+}
+
+TEST(AcquisitionMutexTest, AThreadThatWaitsForAWhileGetsItsTurn)
+{
+    AcquisitionMutex mutex;
+    bool isHeld = false;
+    std::thread other;
+    {
+        const AcquisitionMutex::Lock lock(mutex);
+        other = std::thread([&] { isHeld = AcquisitionMutex::Lock(mutex, kLongMs).IsHeld(); });
+        WaitForRow(mutex, 1);
+        EXPECT_FALSE(mutex.IsWanted()) << "it waits with a limit";
+    }
+    other.join();
+
+    EXPECT_TRUE(isHeld);
+    EXPECT_TRUE(IsFreeForAnother(mutex));
+}
+
+TEST(AcquisitionMutexTest, ThreadsGetItInTheOrderInWhichTheyCame)
+{
+    constexpr int kThreads = 4;
+    AcquisitionMutex mutex;
+    std::vector<int> order; // guarded by the mutex
+    std::vector<std::thread> threads;
+    {
+        const AcquisitionMutex::Lock lock(mutex);
+        for (int i = 0; i < kThreads; ++i) {
+            threads.emplace_back([&, i] {
+                const AcquisitionMutex::Lock waiting(mutex, i % 2 == 0 ? INFINITE : kLongMs);
+                order.push_back(i);
+            });
+            WaitForRow(mutex, threads.size());
+        }
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2, 3}));
+    EXPECT_EQ(mutex.WaiterCount(), 0u);
+}
+
+/// Three threads wait; the second one only so long.
+/// @return  in which order they got the mutex; nothing when the second one gave up before the third one came
+std::optional<std::vector<int>> OrderWithoutTheSecond(DWORD secondMs)
+{
+    AcquisitionMutex mutex;
+    std::vector<int> order; // guarded by the mutex
+    const auto wait = [&](int number) {
+        const AcquisitionMutex::Lock waiting(mutex);
+        order.push_back(number);
+    };
+    std::atomic<bool> hasGivenUp = false;
+    bool wasInTheMiddle = false;
+    std::vector<std::thread> threads;
+    {
+        const AcquisitionMutex::Lock lock(mutex);
+        threads.emplace_back(wait, 1);
+        WaitForRow(mutex, 1);
+        threads.emplace_back([&] {
+            EXPECT_FALSE(AcquisitionMutex::Lock(mutex, secondMs).IsHeld());
+            hasGivenUp = true;
+        });
+        while (mutex.WaiterCount() < 2 && !hasGivenUp)
+            std::this_thread::yield();
+        threads.emplace_back(wait, 3);
+        std::size_t longest = 0; // the third one is in the row when it has three, or two without the second
+        while (longest < 3 && !(hasGivenUp && mutex.WaiterCount() == 2))
+            longest = std::max(longest, mutex.WaiterCount());
+        wasInTheMiddle = longest == 3;
+        while (!hasGivenUp)
+            std::this_thread::yield();
+        EXPECT_EQ(mutex.WaiterCount(), 2u);
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    return wasInTheMiddle ? std::optional(order) : std::nullopt;
+}
+
+TEST(AcquisitionMutexTest, AThreadThatGivesUpInTheMiddleOfTheRowLeavesTheOthersInOrder)
+{
+    std::optional<std::vector<int>> order;
+    for (DWORD ms = 20; !order && !HasFailure(); ms *= 2) // longer where the third one came too late
+        order = OrderWithoutTheSecond(ms);
+
+    ASSERT_TRUE(order);
+    EXPECT_EQ(*order, (std::vector<int>{1, 3}));
 }
 
 // Frame production takes the mutex again as soon as it has let go. Whoever waits must get it in between.
