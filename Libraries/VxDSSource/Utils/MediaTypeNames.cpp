@@ -15,7 +15,7 @@ namespace {
 #define VX_NAMED(constant)                                                                                   \
     NamedGuid                                                                                                \
     {                                                                                                        \
-        &constant, #constant                                                                                 \
+        &(constant), #constant                                                                               \
     }
 
 constexpr std::array kMajorTypes = {
