@@ -241,6 +241,10 @@ VxResult NodeMapImpl::CheckReadable(Node& node)
         return node.Error(VxError::NotSupported, node.Fault());
     if (mode == AccessMode::NotImplemented)
         return node.Error(VxError::NotSupported, "this camera does not have it");
+    if (mode == AccessMode::NotAvailable && !m_context.Awaited().empty())
+        return node.Error(VxError::NotAvailable, "its value comes with the data of " +
+                                                     std::string(m_context.Awaited()) +
+                                                     ", and none are attached to the features");
     if (mode == AccessMode::NotAvailable)
         return node.Error(VxError::NotAvailable, "it is not available in the present state of the camera");
     return node.Error(VxError::NotReadable, "it can only be written");

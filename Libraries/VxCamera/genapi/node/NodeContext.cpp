@@ -24,6 +24,7 @@ void NodeContext::BeginOperation()
     m_budget = kBudgetSteps;
     ++m_epoch;
     m_lock = {};
+    m_awaited = {};
     m_isLate = false;
     if (m_clock != nullptr)
         m_deadline = m_clock->Now() + kLongestOperation;

@@ -88,6 +88,11 @@ public:
     [[nodiscard]] std::string_view Lock() const { return m_lock; }
     void SetLock(std::string_view node) { m_lock = node; }
 
+    /// What brings the data of a port that has none, as the current operation has found; "" if it met no such
+    /// port.
+    [[nodiscard]] std::string_view Awaited() const { return m_awaited; }
+    void SetAwaited(std::string_view what) { m_awaited = what; }
+
 private:
     IRegisterPort& m_device;     // borrowed: outlives the map
     IChangeListener& m_listener; // borrowed: owns this context
@@ -99,7 +104,8 @@ private:
     std::optional<IVxClock::Time> m_deadline; // nothing without a clock
     bool m_isLate = false;
     std::uint64_t m_epoch = 1;
-    std::string_view m_lock; // borrowed from the description
+    std::string_view m_lock;    // borrowed from the description
+    std::string_view m_awaited; // literals
 };
 
 /// Counts one level of evaluation for one scope.

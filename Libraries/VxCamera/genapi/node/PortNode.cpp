@@ -53,9 +53,8 @@ VxResult PortNode::Read(WideAddress address, std::span<std::byte> bytes)
     if (IsDevice())
         return ReadDevice(Context(), address, bytes);
     if (!m_data)
-        return VxResult(VxError::NotAvailable, EventId()
-                                                   ? "no event has brought the data behind this port yet"
-                                                   : "no image has brought the data behind this port yet");
+        return VxResult(VxError::NotAvailable, "the data behind this port come with " +
+                                                   std::string(Awaited()) + ", and none are attached");
     const auto size = static_cast<WideAddress>(m_data->size());
     const WideAddress first =
         address < 0 ? size + address : address; // a negative one counts from the chunk's end
@@ -85,6 +84,11 @@ std::optional<std::uint64_t> PortNode::ChunkId()
     }
     const auto value = m_chunkIdNode->GetInteger();
     return value ? std::optional(static_cast<std::uint64_t>(*value)) : std::nullopt;
+}
+
+std::string_view PortNode::Awaited() const
+{
+    return EventId() ? "an event" : "an image";
 }
 
 void PortNode::Attach(std::span<const std::byte> bytes)
@@ -120,7 +124,10 @@ AccessMode PortNode::OwnAccess()
 {
     if (IsDevice())
         return AccessMode::ReadWrite;
-    return m_data ? AccessMode::ReadOnly : AccessMode::NotAvailable;
+    if (m_data)
+        return AccessMode::ReadOnly;
+    Context().SetAwaited(Awaited());
+    return AccessMode::NotAvailable;
 }
 
 } // namespace genapi

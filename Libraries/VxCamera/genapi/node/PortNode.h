@@ -52,6 +52,8 @@ protected:
     [[nodiscard]] AccessMode OwnAccess() override;
 
 private:
+    [[nodiscard]] std::string_view Awaited() const;
+
     std::optional<std::uint64_t> m_chunkId;
     Node* m_chunkIdNode = nullptr; // borrowed from the map
     bool m_swapsBytes = false;

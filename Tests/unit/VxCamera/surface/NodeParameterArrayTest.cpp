@@ -332,6 +332,32 @@ TEST_F(NodeParameterArrayTest, IsEmptyWithoutAMap)
     EXPECT_EQ(none->Get(VxString("Width")), nullptr);
 }
 
+TEST_F(NodeParameterArrayTest, ListsFeaturesOfChunksAsNotAvailableAndSaysWhy)
+{
+    array = NodeParameterArray::Create(*genapi::NodeMap::Load(
+        Describe("<Category Name=\"Root\"><pFeature>ChunkDataControl</pFeature></Category>"
+                 "<Category Name=\"ChunkDataControl\"><pFeature>ChunkModeActive</pFeature>"
+                 "<pFeature>ChunkGain</pFeature></Category>"
+                 "<Boolean Name=\"ChunkModeActive\"><Value>0</Value></Boolean>"
+                 "<Integer Name=\"ChunkGain\"><pValue>ChunkGainReg</pValue></Integer>"
+                 "<IntReg Name=\"ChunkGainReg\"><Address>0</Address><Length>4</Length>"
+                 "<AccessMode>RO</AccessMode><pPort>GainPort</pPort></IntReg>"
+                 "<Port Name=\"GainPort\"><ChunkID>0Aef</ChunkID></Port>"),
+        port));
+
+    EXPECT_TRUE(Get<VxGenBoolean>("ChunkModeActive").FromString("true").IsOK());
+    const VxGenParameter& gain = Get<VxGenInteger>("ChunkGain");
+    EXPECT_EQ(array->GetCount(), 2u);
+    EXPECT_EQ(gain.GetCategory(), "root\\ChunkDataControl");
+    EXPECT_FALSE(gain.IsAvailable());
+    EXPECT_FALSE(gain.IsReadable());
+    EXPECT_FALSE(gain.IsWritable());
+    VxString text;
+    const VxResult read = gain.ToString(text);
+    EXPECT_EQ(read.Code(), VxError::NotAvailable);
+    EXPECT_THAT(read.GetDescription().Narrow(), testing::HasSubstr("comes with the data of an image"));
+}
+
 TEST_F(NodeParameterArrayTest, ServesSeveralThreads)
 {
     std::vector<std::thread> threads;

@@ -46,6 +46,12 @@ TEST_F(PortNodeTest, IsNotAvailableBeforeItsChunkCame)
     EXPECT_EQ(port.reads, 0);
 }
 
+TEST_F(PortNodeTest, SaysWithWhatAValueWouldCome)
+{
+    EXPECT_EQ(Integer("First").Error().GetDescription().Narrow(),
+              "First: its value comes with the data of an image, and none are attached to the features");
+}
+
 TEST_F(PortNodeTest, ReadsFromItsChunk)
 {
     Attach(0x0aef, {1, 2, 3, 4});
