@@ -145,6 +145,8 @@ TEST_F(SimulatedCameraTest, DiscoveryListsItAndItsMacAddressConnects)
     EXPECT_EQ(info->GetIPAddress(), kAddress);
     EXPECT_TRUE(info->IsConfigurationValid());
     EXPECT_EQ(info->GetType(), VxDeviceInfoType::Gev);
+    static_assert(static_cast<std::uint32_t>(VxDeviceInfoType::Gev) == 0, "shown as a number");
+    static_assert(static_cast<std::uint32_t>(VxDeviceInfoType::U3v) == 3, "shown as a number");
     m_link.Connect(info->GetConnectionID().GetAscii());
     m_link.OpenStream(info->GetConnectionID().GetAscii());
     EXPECT_EQ(m_link.stream.GetLocalIPAddress(), kAddress);
