@@ -162,12 +162,17 @@ VxExpected<std::size_t> WinUdpSocket::Receive(std::span<Datagram> datagrams,
                                               std::chrono::microseconds timeout)
 {
     const auto deadline = Clock::now() + timeout;
+    // The last look found nothing, so the event tells of whatever has come since: to look again first would
+    // cost a call of the system for each wait. An event of several sockets may have told somebody else.
+    bool isWaitingFirst = m_isEmpty && timeout.count() > 0 && m_parts.event.use_count() == 1;
     for (;;) {
         if (m_isWoken.exchange(false))
             return VxError::Aborted;
-        auto received = ReceiveWhatIsThere(datagrams);
-        if (received || received.Error().Code() != VxError::Timeout)
-            return received;
+        if (!std::exchange(isWaitingFirst, false)) {
+            auto received = ReceiveWhatIsThere(datagrams);
+            if (received || received.Error().Code() != VxError::Timeout)
+                return received;
+        }
         const auto rest = deadline - Clock::now();
         if (rest <= rest.zero())
             return VxError::Timeout;
@@ -203,6 +208,7 @@ VxResult WinUdpSocket::ReceiveOne(Datagram& datagram)
     const int failed = ::WSARecvFrom(m_parts.socket.Get(), memory.data(), pieces, &size, &flags,
                                      reinterpret_cast<sockaddr*>(&sender), &senderLength, nullptr, nullptr);
     const int error = failed != 0 ? ::WSAGetLastError() : 0;
+    m_isEmpty = error == WSAEWOULDBLOCK;
     datagram.isTruncated = error == WSAEMSGSIZE;
     switch (error) {
     case 0:

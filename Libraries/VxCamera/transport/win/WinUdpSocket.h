@@ -48,6 +48,7 @@ private:
     const Parts m_parts;
     const Ipv4Endpoint m_local;
     const bool m_isSendingAtOnce;
+    bool m_isEmpty = false; // nothing was there at the last look; the receiving thread's
     std::atomic<bool> m_isWoken =
         false; // set before the event is, so that a consumed wake leaves no second one
 };
