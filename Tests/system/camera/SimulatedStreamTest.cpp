@@ -112,10 +112,18 @@ TEST_F(SimulatedStreamTest, AFrameWithLostPacketsIsNeverPassedAsGood)
 
 TEST_F(SimulatedStreamTest, LostPacketsAreAskedForAgainAndFramesAreWhole)
 {
+#ifdef _WIN32
+    // Measured under Wine, camera and receiver in one process: to receive or to send one packet takes 0.07 to
+    // 0.18 ms. With 50 frames of 210 packets a second the receiver falls behind for good, and at 20 where
+    // other programs run: an answer then waits in the socket until its block has been given up.
+    constexpr int kFramesPerSecond = 10;
+    constexpr int kFrames = 50;
+#else
+    constexpr int kFramesPerSecond = 20; // chosen: every picture is drawn anew to be compared, by a sanitizer
+    constexpr int kFrames = 100;
+#endif
     VxSimulatorOptions options;
-    // Measured under Wine, camera and receiver in one process: at 50 frames a second most runs lose frames
-    // for good, at 20 none. Natively 50 is no trouble.
-    options.frameRateHz = 20;
+    options.frameRateHz = kFramesPerSecond;
     options.faults.dropShare = 0.02; // those sent again included
     StartCamera(options);
     m_link.Connect(kAddress);
@@ -127,16 +135,17 @@ TEST_F(SimulatedStreamTest, LostPacketsAreAskedForAgainAndFramesAreWhole)
     m_link.Start();
 
     int whole = 0;
-    for (int i = 0; i < 100; ++i) // 210 packets each
+    for (int i = 0; i < kFrames; ++i) // 210 packets each
         whole += IsWholePicture(*m_link.Next()) ? 1 : 0;
 
     // All, unless the machine stands still for longer than the camera keeps packets.
-    EXPECT_GE(whole, 98) << "missing " << m_link.Statistic("PacketsMissing") << ", requested again "
-                         << m_link.Statistic("PacketsRequestedAgain") << ", recovered "
-                         << m_link.Statistic("PacketsRecovered") << ", dropped in the pipeline "
-                         << m_link.Statistic("PipelineBlocksDropped") << ", refused "
-                         << m_link.Statistic("PacketsRefused") << ", late " << m_link.Statistic("PacketsLate")
-                         << ", lost blocks " << m_link.Statistic("BlocksDropped");
+    EXPECT_GE(whole, kFrames - 2) << "missing " << m_link.Statistic("PacketsMissing") << ", requested again "
+                                  << m_link.Statistic("PacketsRequestedAgain") << ", recovered "
+                                  << m_link.Statistic("PacketsRecovered") << ", dropped in the pipeline "
+                                  << m_link.Statistic("PipelineBlocksDropped") << ", refused "
+                                  << m_link.Statistic("PacketsRefused") << ", late "
+                                  << m_link.Statistic("PacketsLate") << ", lost blocks "
+                                  << m_link.Statistic("BlocksDropped");
     EXPECT_GT(m_link.Statistic("PacketsRecovered"), 100);
     EXPECT_GE(m_link.Statistic("PacketsRequestedAgain"), m_link.Statistic("PacketsRecovered"));
     m_link.Stop();
