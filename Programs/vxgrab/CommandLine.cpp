@@ -34,6 +34,7 @@ constexpr const char* kFooter = "Examples:\n"
                                 "  vxgrab --device-id 192.168.0.10 --png picture.png\n"
                                 "  vxgrab --device-id 192.168.0.10 --seconds 10 --avi film.avi --summary\n"
                                 "  vxgrab --device-id 192.168.0.10 --set ExposureTime=5000 --get Gain\n"
+                                "  vxgrab --device-id 192.168.0.10 --properties\n"
                                 "  vxgrab --dll VxDSSource.dll --device-id 192.168.0.10 --features\n"
                                 "Exit codes: 0 done; 1 no picture arrived; 2 the command line is wrong; 3 "
                                 "the system or the camera refused.";
@@ -164,6 +165,9 @@ void AddFeatureOptions(CLI::App& app, Options& options, RawArguments& raw)
         ->transform(OneOf(arrays))
         ->type_name("WHAT")
         ->group(kGroup);
+    app.add_flag("--properties", options.arePagesWanted,
+                 "Show the device's property pages and wait until they are closed")
+        ->group(kGroup);
     app.add_flag("--save-default", options.isSaveDefaultWanted, "Save the settings as this user's default")
         ->group(kGroup);
     app.add_flag("--clear-default", options.isClearDefaultWanted, "Delete this user's default")
@@ -239,7 +243,7 @@ bool IsGrabMeant(const CLI::App& app, const Options& options)
     constexpr std::array kGrabOptions{"--frames", "--seconds", "--png", "--avi", "--summary", "--subtype"};
     const bool isGrabNamed = std::any_of(kGrabOptions.begin(), kGrabOptions.end(),
                                          [&](const char* name) { return app.count(name) > 0; });
-    return isGrabNamed || (!options.isListWanted && options.features.IsEmpty() &&
+    return isGrabNamed || (!options.isListWanted && options.features.IsEmpty() && !options.arePagesWanted &&
                            !options.isSaveDefaultWanted && !options.isClearDefaultWanted);
 }
 

@@ -7,6 +7,7 @@
 
 #include "vxgrab/ComFailure.h"
 #include "vxgrab/FeatureAccess.h"
+#include "vxgrab/PropertyPages.h"
 #include "vxgrab/SampleTap.h"
 
 #include <algorithm>
@@ -49,8 +50,8 @@ VxResult GrabSession::Run()
 
 bool GrabSession::IsFilterNeeded() const
 {
-    return m_options.isGrabWanted || m_options.isSaveDefaultWanted || m_options.isClearDefaultWanted ||
-           !m_options.features.IsEmpty();
+    return m_options.isGrabWanted || m_options.arePagesWanted || m_options.isSaveDefaultWanted ||
+           m_options.isClearDefaultWanted || !m_options.features.IsEmpty();
 }
 
 VxResult GrabSession::ShowList()
@@ -70,11 +71,11 @@ VxResult GrabSession::OpenFilter()
     if (FAILED(m_filter.Query(IID_IVxDSSource, control))) {
         const bool isOursNeeded = !m_options.settings.IsEmpty() || !m_options.features.IsEmpty() ||
                                   m_options.isSaveDefaultWanted || m_options.isClearDefaultWanted;
-        return isOursNeeded ? VxResult(VxError::InvalidParameter,
-                                       "\"" + m_deviceName +
-                                           "\" has no settings and features that vxgrab can reach: " +
-                                           "only the filter \"" + VxUtf8FromWide(kFilterName) + "\" has")
-                            : VxResult::Ok();
+        if (isOursNeeded)
+            return {VxError::InvalidParameter,
+                    "\"" + m_deviceName + "\" has no settings and features that vxgrab can reach: " +
+                        "only the filter \"" + VxUtf8FromWide(kFilterName) + "\" has"};
+        return m_options.arePagesWanted ? ShowPages() : VxResult::Ok();
     }
     m_control.emplace(control);
     return SetUp(control);
@@ -109,6 +110,8 @@ VxResult GrabSession::OpenDevice()
 VxResult GrabSession::SetUp(const ComPtr<IVxDSSource>& control)
 {
     VxResult result = m_control->Apply(m_options.settings);
+    if (result.IsOK() && m_options.arePagesWanted)
+        result = ShowPages();
     if (result.IsOK() && m_options.isClearDefaultWanted)
         result = m_control->ClearDefault();
     if (result.IsOK() && m_options.isSaveDefaultWanted)
@@ -123,6 +126,17 @@ VxResult GrabSession::SetUp(const ComPtr<IVxDSSource>& control)
         return VxResult::Ok();
     }
     return result.IsOK() ? ServeFeatures(control) : result;
+}
+
+VxResult GrabSession::ShowPages()
+{
+    if (m_control && !m_control->DeviceId().empty()) {
+        const VxResult connected = m_control->Connect();
+        if (!connected.IsOK()) // the pages are there to mend it
+            console::PrintError("warning: " + connected.GetDescription().Narrow() + "\n");
+    }
+    return ShowPropertyPages(m_filter, m_control ? kFilterName : VxWideFromUtf8(m_deviceName),
+                             m_options.moduleFile.empty() ? nullptr : &m_module, m_stop);
 }
 
 VxResult GrabSession::ServeFeatures(const ComPtr<IVxDSSource>& control)
@@ -256,8 +270,8 @@ void GrabSession::ShowProgress(const RecordingState& state) const
     if (m_options.isQuiet)
         return;
     console::PrintError(std::to_string(state.tally.Delivered()) + " frames (" +
-               std::to_string(state.tally.ZeroFrames()) + " zero), " +
-               std::to_string(static_cast<int>(state.tally.FramesPerSecond())) + " per second\n");
+                        std::to_string(state.tally.ZeroFrames()) + " zero), " +
+                        std::to_string(static_cast<int>(state.tally.FramesPerSecond())) + " per second\n");
 }
 
 } // namespace vxgrab

@@ -15,11 +15,13 @@
 
 namespace vxgrab {
 
-/// One run of the program: does what the options say, in a fixed order: list, settings, features, default,
-/// grab.
+/// One run of the program: does what the options say, in a fixed order: list, settings, property pages,
+/// default, features, grab.
 ///
 /// Owner:  main.
-/// Thread: main thread, which has entered COM's multi-threaded apartment.
+/// Thread: main thread, which has entered COM: an apartment of its own where property pages are to be shown,
+/// else the
+///         multi-threaded one.
 class GrabSession final {
 public:
     /// @param stop  borrowed: main keeps it for longer than the session
@@ -33,6 +35,7 @@ private:
     [[nodiscard]] VxResult OpenFilter();
     [[nodiscard]] VxResult OpenDevice();
     [[nodiscard]] VxResult SetUp(const ComPtr<IVxDSSource>& control);
+    [[nodiscard]] VxResult ShowPages();
     [[nodiscard]] VxResult ServeFeatures(const ComPtr<IVxDSSource>& control);
     [[nodiscard]] VxResult Grab();
     [[nodiscard]] VxResult Record(CaptureGraph& graph, FrameRecorder& recorder, PictureFiles& files);

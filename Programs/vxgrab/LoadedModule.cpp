@@ -59,14 +59,22 @@ VxExpected<LoadedModule> LoadedModule::Load(const std::filesystem::path& file)
     return module;
 }
 
-VxExpected<ComPtr<IBaseFilter>> LoadedModule::CreateFilter(REFCLSID classId) const
+VxExpected<ComPtr<IClassFactory>> LoadedModule::FindClass(REFCLSID classId) const
 {
     ComPtr<IClassFactory> factory;
-    HRESULT result = m_getClassObject(classId, IID_IClassFactory, factory.PutVoid());
+    const HRESULT result = m_getClassObject(classId, IID_IClassFactory, factory.PutVoid());
     if (FAILED(result))
-        return ComFailure("find the filter in the module", result);
+        return ComFailure("find the class in the module", result);
+    return factory;
+}
+
+VxExpected<ComPtr<IBaseFilter>> LoadedModule::CreateFilter(REFCLSID classId) const
+{
+    const auto factory = FindClass(classId);
+    if (!factory)
+        return factory.Error();
     ComPtr<IBaseFilter> filter;
-    result = factory->CreateInstance(nullptr, IID_IBaseFilter, filter.PutVoid());
+    const HRESULT result = (*factory)->CreateInstance(nullptr, IID_IBaseFilter, filter.PutVoid());
     if (FAILED(result))
         return ComFailure("create the filter", result);
     return filter;

@@ -29,6 +29,9 @@ public:
     /// @return  the module, or why it cannot be used
     [[nodiscard]] static VxExpected<LoadedModule> Load(const std::filesystem::path& file);
 
+    /// Finds what makes objects of a class of the module.
+    [[nodiscard]] VxExpected<ComPtr<IClassFactory>> FindClass(REFCLSID classId) const;
+
     /// Creates one object of a class of the module.
     [[nodiscard]] VxExpected<ComPtr<IBaseFilter>> CreateFilter(REFCLSID classId) const;
 

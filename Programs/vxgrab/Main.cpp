@@ -18,7 +18,7 @@ namespace {
 /// COM for one scope.
 class ComScope final {
 public:
-    ComScope() : m_result(::CoInitializeEx(nullptr, COINIT_MULTITHREADED)) {}
+    explicit ComScope(COINIT apartment) : m_result(::CoInitializeEx(nullptr, apartment)) {}
     ~ComScope()
     {
         if (SUCCEEDED(m_result))
@@ -36,7 +36,8 @@ private:
 VxResult RunSession(const vxgrab::Options& options)
 {
     const vxgrab::StopSignal stop;
-    const ComScope com;
+    // Windows belong into an apartment of their own.
+    const ComScope com(options.arePagesWanted ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED);
     if (FAILED(com.Result()))
         return vxgrab::ComFailure("start COM", com.Result());
     vxgrab::GrabSession session(options, stop);

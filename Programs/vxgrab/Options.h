@@ -53,6 +53,7 @@ struct Options {
     std::filesystem::path moduleFile; ///< VxDSSource.dll to use without registration; may be empty
     FilterSettings settings;
     FeatureRequests features;
+    bool arePagesWanted = false; ///< the device's property pages are to be shown
     bool isSaveDefaultWanted = false;
     bool isClearDefaultWanted = false;
 

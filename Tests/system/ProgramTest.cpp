@@ -11,6 +11,7 @@
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 
+#include <array>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -183,6 +184,38 @@ TEST_F(ProgramTest, GivesUpAfterTheTimeThatWasSet)
 
     EXPECT_EQ(run.exitCode, 1u) << run.output;
     EXPECT_FALSE(std::filesystem::exists(OutputFolder() / L"never.png"));
+}
+
+TEST_F(ProgramTest, ShowsThePropertyPagesUntilTheyAreClosed)
+{
+    VxSimulatedCamera camera;
+    Start(camera, ColouredCamera());
+    ChildProcess program(
+        WindowsPath(EnvironmentText(L"VX_GRABBER")),
+        {L"--dll", ModuleUnderTest::File().wstring(), L"--device-id", L"127.0.0.1", L"--properties"});
+    HWND frame = nullptr;
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (frame == nullptr && std::chrono::steady_clock::now() < end) {
+        // The system puts words of its own before the filter's name.
+        ::EnumWindows(
+            [](HWND window, LPARAM found) -> BOOL {
+                std::array<wchar_t, 200> title{};
+                ::GetWindowTextW(window, title.data(), 200);
+                if (::IsWindowVisible(window) &&
+                    std::wstring(title.data()).find(L"Vexa DirectShow Source") != std::wstring::npos)
+                    *reinterpret_cast<HWND*>(found) = window;
+                return TRUE;
+            },
+            reinterpret_cast<LPARAM>(&frame));
+        ::Sleep(20);
+    }
+    ASSERT_NE(frame, nullptr) << program.Output();
+    EXPECT_TRUE(camera.ControlOwner()) << "connected before the pages are shown";
+
+    ::PostMessageW(frame, WM_CLOSE, 0, 0);
+
+    EXPECT_EQ(program.WaitForEnd(kPatience), 0u) << program.Output();
+    EXPECT_FALSE(camera.ControlOwner());
 }
 
 TEST_F(ProgramTest, AsksForACameraWhenNoneIsSet)

@@ -26,6 +26,8 @@ public:
     /// @return  a new filter; null when it cannot be created, which is a failure of the test
     [[nodiscard]] vxgrab::ComPtr<IBaseFilter> CreateFilter() const;
 
+    [[nodiscard]] const vxgrab::LoadedModule& Module() const { return m_module; }
+
     /// @return  whether no object of the module is left
     [[nodiscard]] bool IsUnused() const { return m_module.IsUnused(); }
 

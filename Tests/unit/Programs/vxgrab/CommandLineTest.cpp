@@ -50,9 +50,17 @@ TEST(CommandLineTest, ListingOrFeaturesAloneGrabNothing)
     EXPECT_FALSE(Read({"--get", "Width"}).isGrabWanted);
     EXPECT_FALSE(Read({"--set", "Width=64"}).isGrabWanted);
     EXPECT_FALSE(Read({"--features"}).isGrabWanted);
+    EXPECT_FALSE(Read({"--properties"}).isGrabWanted);
     EXPECT_FALSE(Read({"--save-default"}).isGrabWanted);
     EXPECT_FALSE(Read({"--clear-default"}).isGrabWanted);
     EXPECT_TRUE(Read({"--set", "Width=64", "--png", "a.png"}).isGrabWanted);
+}
+
+TEST(CommandLineTest, PropertyPagesAreShownOnRequestOnly)
+{
+    EXPECT_FALSE(Read({}).arePagesWanted);
+    EXPECT_TRUE(Read({"--properties"}).arePagesWanted);
+    EXPECT_TRUE(Read({"--properties", "--png", "a.png"}).isGrabWanted);
 }
 
 TEST(CommandLineTest, ReadsEverySettingOfTheFilter)
