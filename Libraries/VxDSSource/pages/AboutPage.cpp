@@ -17,10 +17,17 @@ AboutPage::AboutPage(LPUNKNOWN outer) : SourcePage(outer, IDD_ABOUT_PAGE, IDS_AB
 
 HRESULT AboutPage::OnActivate()
 {
+    m_logo.Show(::GetWindow(m_hwnd, GW_CHILD), IDB_LOGO); // the topmost control, which has no identifier
     const VxString version(std::string("Vexa SDK") + " Version " + kProductVersion);
     ::SetDlgItemTextW(m_hwnd, IDC_VERSION, version.GetUnicode());
     ::SetDlgItemTextW(m_hwnd, IDC_LEGAL_NOTICE, VxString(kLegalNotice).GetUnicode());
     return S_OK;
+}
+
+HRESULT AboutPage::OnDeactivate()
+{
+    m_logo.Remove();
+    return SourcePage::OnDeactivate();
 }
 
 INT_PTR AboutPage::OnReceiveMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VxDSSource/pages/FittedPicture.h"
 #include "VxDSSource/pages/SourcePage.h"
 
 /// The property page "About": logo, version and legal notice. It reads nothing of the filter and changes
@@ -12,5 +13,9 @@ public:
     explicit AboutPage(LPUNKNOWN outer);
 
     HRESULT OnActivate() override;
+    HRESULT OnDeactivate() override;
     INT_PTR OnReceiveMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    pages::FittedPicture m_logo;
 };

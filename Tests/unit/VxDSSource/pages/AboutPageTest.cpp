@@ -107,6 +107,25 @@ TEST_F(AboutPageTest, LogoIsAbout96KilobytesAndFillsItsFrame)
     EXPECT_TRUE(hasLine || hasEdge) << "dialogs draw a border of the template as an edge";
 }
 
+TEST_F(AboutPageTest, LogoIsScaledToItsFrameAndGivenBackWhenThePageIsLeft)
+{
+    OpenPage page(NewPage<AboutPage>());
+    ASSERT_EQ(page.Connect(Control()), S_OK);
+    page.Show();
+    const auto logo = reinterpret_cast<HBITMAP>(
+        ::SendMessageW(::GetWindow(page.Window(), GW_CHILD), STM_GETIMAGE, IMAGE_BITMAP, 0));
+    BITMAP facts{};
+    ASSERT_NE(::GetObjectW(logo, sizeof(facts), &facts), 0);
+    RECT place{};
+    ::GetClientRect(::GetWindow(page.Window(), GW_CHILD), &place);
+    EXPECT_EQ(facts.bmWidth, place.right) << "scaled to its frame";
+    EXPECT_EQ(facts.bmHeight, place.bottom);
+
+    page.Leave();
+
+    EXPECT_EQ(::GetObjectW(logo, sizeof(facts), &facts), 0) << "the bitmap is given back to the system";
+}
+
 TEST_F(AboutPageTest, NothingIsCutOffAndNothingOverlaps)
 {
     OpenPage page(NewPage<AboutPage>());
