@@ -135,13 +135,16 @@ TEST_F(ResendTest, ASlowAnswerIsLearntAndNotAskedForTwice)
 TEST_F(ResendTest, APauseInABlockLosesNothingAndNothingIsAskedForIt)
 {
     for (const std::uint32_t pausesBefore : {1u, 200u, 700u}) { // more is left than may be asked for
+        BlockAssembler assembler({}, m_sink, m_counters, &m_camera);
         m_camera.Change().pausesBefore = pausesBefore;
-        m_camera.Change().pause = 15ms; // of a sender, or of this computer
+        m_camera.Change().pause = 0ms;
+        m_camera.Stream(3, assembler); // from these it knows how long a block is, but of no pause
         m_sink.codes.clear();
+        m_camera.Change().pause = 15ms; // of the sender, or of this computer
 
-        Stream(20);
+        m_camera.Stream(3, assembler);
 
-        EXPECT_EQ(m_sink.Complete(), 20u) << pausesBefore;
+        EXPECT_EQ(m_sink.Complete(), 3u) << pausesBefore;
         EXPECT_EQ(m_camera.requests, 0u) << pausesBefore;
     }
 }
