@@ -1,0 +1,154 @@
+#include "VxSimulator/VxSimulatedCamera.h"
+#include "VxSimulator/picture/FrameNumberStrip.h"
+#include "VxSimulator/picture/TestPicture.h"
+
+#include <gtest/gtest.h>
+
+// The library of an independent receiver, which somebody else wrote.
+#include <arv.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace {
+
+constexpr int kPacketBytes = 1500;
+constexpr guint64 kPatienceUs = 10'000'000; // chosen: longer than any step takes
+constexpr int kBuffers = 16;
+
+/// An independent receiver, in control of the camera at 127.0.0.1 and streaming from it.
+///
+/// Owner:  the test.
+/// Thread: one; the library has its own.
+class IndependentReceiver {
+public:
+    ~IndependentReceiver()
+    {
+        if (m_camera != nullptr)
+            arv_camera_stop_acquisition(m_camera, nullptr);
+        g_clear_object(&m_stream);
+        g_clear_object(&m_camera);
+    }
+
+    /// Failures are failures of the test.
+    void Start()
+    {
+        GError* error = nullptr;
+        m_camera = arv_camera_new("127.0.0.1", &error);
+        ASSERT_EQ(error, nullptr) << error->message;
+        arv_camera_gv_set_packet_size_adjustment(m_camera, ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
+        arv_camera_gv_set_stream_options(m_camera, ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
+        arv_camera_gv_set_packet_size(m_camera, kPacketBytes, &error);
+        ASSERT_EQ(error, nullptr) << error->message;
+        m_stream = arv_camera_create_stream(m_camera, nullptr, nullptr, &error);
+        ASSERT_EQ(error, nullptr) << error->message;
+        g_object_set(m_stream, "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
+                     1 << 23, nullptr);
+        const guint bytes = arv_camera_get_payload(m_camera, nullptr);
+        for (int i = 0; i < kBuffers; ++i)
+            arv_stream_push_buffer(m_stream, arv_buffer_new_allocate(bytes));
+        arv_camera_start_acquisition(m_camera, &error);
+        ASSERT_EQ(error, nullptr) << error->message;
+    }
+
+    /// Waits for the next frame.
+    /// @return  whether it is complete; every complete one is compared with what the camera sent
+    bool NextIsComplete()
+    {
+        ArvBuffer* const buffer = arv_stream_timeout_pop_buffer(m_stream, kPatienceUs);
+        if (buffer == nullptr) {
+            ADD_FAILURE() << "no frame";
+            return false;
+        }
+        const bool isComplete = arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS;
+        if (isComplete)
+            ExpectAsSent(*buffer);
+        arv_stream_push_buffer(m_stream, buffer);
+        return isComplete;
+    }
+
+    [[nodiscard]] std::uint64_t Counted(const char* name) const
+    {
+        return arv_stream_get_info_uint64_by_name(m_stream, name);
+    }
+
+private:
+    static void ExpectAsSent(ArvBuffer& buffer)
+    {
+        std::size_t bytes = 0;
+        const void* const data = arv_buffer_get_data(&buffer, &bytes);
+        const std::span received(static_cast<const std::byte*>(data), bytes);
+        const auto width = static_cast<std::uint32_t>(arv_buffer_get_image_width(&buffer));   // positive
+        const auto height = static_cast<std::uint32_t>(arv_buffer_get_image_height(&buffer)); // positive
+        const auto number = simulator::ReadFrameNumber({.pixels = received,
+                                                        .widthPx = width,
+                                                        .heightPx = height,
+                                                        .strideBytes = width,
+                                                        .bytesPerPixel = 1});
+        ASSERT_TRUE(number) << "no frame number in the picture";
+        const auto sent =
+            simulator::TestPicture(*number, width, height, arv_buffer_get_image_pixel_format(&buffer));
+        EXPECT_TRUE(std::ranges::equal(received, sent)) << "frame " << *number << " is not what was sent";
+    }
+
+    ArvCamera* m_camera = nullptr;
+    ArvStream* m_stream = nullptr;
+};
+
+/// The simulated camera before a receiver that knows nothing of ours.
+class AravisReceiverTest : public testing::Test {
+protected:
+    static constexpr int kFrames = 40;
+
+    void StartBoth(const VxSimulatorFaults& faults)
+    {
+        VxSimulatorOptions options; // Mono8, 640 x 480: 210 packets a frame
+        options.faults = faults;
+        const VxResult started = m_camera.Start(options);
+        ASSERT_TRUE(started.IsOK()) << started.GetDescription().Narrow();
+        m_receiver.Start();
+    }
+    int CompleteFrames()
+    {
+        int complete = 0;
+        for (int i = 0; i < kFrames && !HasFatalFailure(); ++i)
+            complete += m_receiver.NextIsComplete() ? 1 : 0;
+        return complete;
+    }
+
+    VxSimulatedCamera m_camera;
+    IndependentReceiver m_receiver; // ends first: it gives the camera back
+};
+
+TEST_F(AravisReceiverTest, EveryPixelArrives)
+{
+    StartBoth({});
+
+    EXPECT_EQ(CompleteFrames(), kFrames);
+    EXPECT_EQ(m_camera.Counters().packetsResent, 0u);
+}
+
+TEST_F(AravisReceiverTest, EveryPixelArrivesWhenPacketsAreLostAndAskedForAgain)
+{
+    StartBoth({.dropShare = 0.02}); // those sent again included
+
+    // All but one or two: that receiver asks again after 20 ms, and gives a frame up after 100.
+    EXPECT_GE(CompleteFrames(), kFrames - 2);
+    EXPECT_GT(m_camera.Counters().packetsDropped, 100u);
+    EXPECT_GT(m_receiver.Counted("n_resent_packets"), 100u);
+    EXPECT_GT(m_camera.Counters().packetsResent, 100u);
+}
+
+TEST_F(AravisReceiverTest, FramesThatCannotBeMadeWholeAreNotComplete)
+{
+    using std::chrono::milliseconds;
+    StartBoth({.dropShare = 0.02, .resendMemory = milliseconds(0)}); // it can send nothing again
+
+    EXPECT_LT(CompleteFrames(), kFrames / 2);
+    EXPECT_EQ(m_camera.Counters().packetsResent, 0u);
+}
+
+} // namespace
