@@ -72,6 +72,7 @@ VxResult VxConfigurationWriter::Store(VxStream*, const VxString& name)
 
 VxResult VxConfigurationWriter::Store(const VxString& value, const VxString& name)
 {
+    TheCamera().log.Add(CallKind::Query, "writer.Store(\"" + name.Narrow() + "\")");
     m_impl->text += ";text:" + Escaped(name.Narrow()) + "=" + Escaped(value.Narrow());
     return VxResult::Ok();
 }
@@ -117,11 +118,13 @@ VxResult VxConfigurationReader::LoadFromString(const VxString& text)
 
 std::size_t VxConfigurationReader::GetDeviceCount() const
 {
+    TheCamera().log.Add(CallKind::Query, "reader.GetDeviceCount");
     return m_impl->Count("device:");
 }
 
 std::size_t VxConfigurationReader::GetStreamCount() const
 {
+    TheCamera().log.Add(CallKind::Query, "reader.GetStreamCount");
     return m_impl->Count("stream:");
 }
 
@@ -141,6 +144,7 @@ VxResult VxConfigurationReader::Restore(std::size_t index, VxStream*) const
 
 VxResult VxConfigurationReader::Restore(const VxString& name, VxString& value) const
 {
+    TheCamera().log.Add(CallKind::Query, "reader.Restore(\"" + name.Narrow() + "\")");
     const std::string wanted = std::string(kTextEntry) + Escaped(name.Narrow()) + "=";
     for (const std::string& entry : m_impl->entries) {
         if (entry.starts_with(wanted)) {

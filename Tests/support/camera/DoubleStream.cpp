@@ -87,11 +87,13 @@ VxResult VxStreamGEV::Open(const VxString& connectionId, const VxString& multica
 
 VxString VxStreamGEV::GetLocalIPAddress() const
 {
+    TheCamera().log.Add(CallKind::Query, "stream.GetLocalIPAddress");
     return TheCamera().localAddress;
 }
 
 std::uint16_t VxStreamGEV::GetLocalPort() const
 {
+    TheCamera().log.Add(CallKind::Query, "stream.GetLocalPort");
     return TheCamera().localPort;
 }
 

@@ -20,6 +20,11 @@ VxResult WhyNot(const VxGenParameterArray& features, const VxString& name)
 
 } // namespace
 
+void FeatureAnswers::NoteRead(const char* what) const
+{
+    TheCamera().log.Add(CallKind::Query, owner + "." + name + "." + what);
+}
+
 template <typename Base, VxGenType kType>
 template <typename Value>
 VxResult ScriptedFeature<Base, kType>::Write(const Value& from, Value& to, const std::string& text)
@@ -73,13 +78,21 @@ VxResult ScriptedCommand::Execute()
     return writing;
 }
 
+VxResult ScriptedEnumEntry::GetName(VxString& name) const
+{
+    TheCamera().log.Add(CallKind::Query, "entry " + m_name + ".GetName");
+    name = m_name;
+    return VxResult::Ok();
+}
+
 VxResult ScriptedEnum::GetEntriesCount(std::int64_t& count) const
 {
-    return Read(static_cast<std::int64_t>(entries.size()), count);
+    return Read("GetEntriesCount", static_cast<std::int64_t>(entries.size()), count);
 }
 
 VxResult ScriptedEnum::GetEntryByIndex(std::int64_t index, const VxGenEnumEntry** entry) const
 {
+    NoteRead("GetEntryByIndex");
     if (index < 0 || index >= static_cast<std::int64_t>(entries.size()))
         return VxError::OutOfRange;
     const std::string& wanted = entries[static_cast<std::size_t>(index)];

@@ -19,6 +19,7 @@
 
 /// What every scripted feature answers; the test changes it as it likes.
 struct FeatureAnswers {
+    std::string owner; ///< "device", "communication", "stream"
     std::string name;
     std::string category = "Root";
     VxGenVisibility visibility = VxGenVisibility::Beginner;
@@ -29,6 +30,9 @@ struct FeatureAnswers {
     VxResult writing = VxResult::Ok(); ///< of every write and execution
     VxResult tellingType = VxResult::Ok();
     std::function<void()> onWrite; ///< called before a write is answered
+
+    /// Logs the question "owner.Name.what".
+    void NoteRead(const char* what) const;
 };
 
 /// A feature with a value of one type.
@@ -39,26 +43,46 @@ template <typename Base, VxGenType kType>
 class ScriptedFeature : public Base, public FeatureAnswers {
 public:
     [[nodiscard]] VxString GetName() const override { return name; }
-    [[nodiscard]] VxString GetCategory() const override { return category; }
+    [[nodiscard]] VxString GetCategory() const override
+    {
+        NoteRead("GetCategory");
+        return category;
+    }
     VxResult GetType(VxGenType& type) const override
     {
+        NoteRead("GetType");
         if (tellingType.IsOK())
             type = kType;
         return tellingType;
     }
     VxResult GetVisibility(VxGenVisibility& level) const override
     {
+        NoteRead("GetVisibility");
         level = visibility;
         return VxResult::Ok();
     }
-    [[nodiscard]] bool IsAvailable() const override { return isAvailable; }
-    [[nodiscard]] bool IsReadable() const override { return isReadable; }
-    [[nodiscard]] bool IsWritable() const override { return isWritable; }
+    [[nodiscard]] bool IsAvailable() const override
+    {
+        NoteRead("IsAvailable");
+        return isAvailable;
+    }
+    [[nodiscard]] bool IsReadable() const override
+    {
+        NoteRead("IsReadable");
+        return isReadable;
+    }
+    [[nodiscard]] bool IsWritable() const override
+    {
+        NoteRead("IsWritable");
+        return isWritable;
+    }
 
 protected:
+    /// Logs "owner.Name.what" and hands out where reading is OK.
     template <typename Value>
-    VxResult Read(const Value& from, Value& to) const
+    VxResult Read(const char* what, const Value& from, Value& to) const
     {
+        NoteRead(what);
         if (reading.IsOK())
             to = from;
         return reading;
@@ -67,21 +91,24 @@ protected:
     /// Logs "owner.Name = text" and stores where writing is OK.
     template <typename Value>
     VxResult Write(const Value& from, Value& to, const std::string& text);
-
-public:
-    std::string owner; // "device", "communication", "stream"
 };
 
 class ScriptedInteger final : public ScriptedFeature<VxGenInteger, VxGenType::Integer> {
 public:
     std::int64_t value = 0;
 
-    VxResult GetValue(std::int64_t& to) const override { return Read(value, to); }
+    VxResult GetValue(std::int64_t& to) const override { return Read("GetValue", value, to); }
     VxResult SetValue(std::int64_t from) override;
-    VxResult GetMin(std::int64_t& to) const override { return Read(std::int64_t{0}, to); }
-    VxResult GetMax(std::int64_t& to) const override { return Read(std::int64_t{1} << 32, to); }
-    VxResult GetIncrement(std::int64_t& to) const override { return Read(std::int64_t{1}, to); }
-    VxResult ToString(VxString& text) const override { return Read(VxString(std::to_string(value)), text); }
+    VxResult GetMin(std::int64_t& to) const override { return Read("GetMin", std::int64_t{0}, to); }
+    VxResult GetMax(std::int64_t& to) const override { return Read("GetMax", std::int64_t{1} << 32, to); }
+    VxResult GetIncrement(std::int64_t& to) const override
+    {
+        return Read("GetIncrement", std::int64_t{1}, to);
+    }
+    VxResult ToString(VxString& text) const override
+    {
+        return Read("ToString", VxString(std::to_string(value)), text);
+    }
     VxResult FromString(const VxString& text) override;
 };
 
@@ -89,11 +116,14 @@ class ScriptedFloat final : public ScriptedFeature<VxGenFloat, VxGenType::Float>
 public:
     double value = 0;
 
-    VxResult GetValue(double& to) const override { return Read(value, to); }
+    VxResult GetValue(double& to) const override { return Read("GetValue", value, to); }
     VxResult SetValue(double from) override;
-    VxResult GetMin(double& to) const override { return Read(0.0, to); }
-    VxResult GetMax(double& to) const override { return Read(1e9, to); }
-    VxResult ToString(VxString& text) const override { return Read(VxString(std::to_string(value)), text); }
+    VxResult GetMin(double& to) const override { return Read("GetMin", 0.0, to); }
+    VxResult GetMax(double& to) const override { return Read("GetMax", 1e9, to); }
+    VxResult ToString(VxString& text) const override
+    {
+        return Read("ToString", VxString(std::to_string(value)), text);
+    }
     VxResult FromString(const VxString& text) override { return SetValue(std::stod(text.Narrow())); }
 };
 
@@ -101,11 +131,11 @@ class ScriptedBoolean final : public ScriptedFeature<VxGenBoolean, VxGenType::Bo
 public:
     bool value = false;
 
-    VxResult GetValue(bool& to) const override { return Read(value, to); }
+    VxResult GetValue(bool& to) const override { return Read("GetValue", value, to); }
     VxResult SetValue(bool from) override;
     VxResult ToString(VxString& text) const override
     {
-        return Read(VxString(value ? "true" : "false"), text);
+        return Read("ToString", VxString(value ? "true" : "false"), text);
     }
     VxResult FromString(const VxString& text) override { return SetValue(text == "true"); }
 };
@@ -114,9 +144,9 @@ class ScriptedString final : public ScriptedFeature<VxGenString, VxGenType::Stri
 public:
     VxString value;
 
-    VxResult GetValue(VxString& to) const override { return Read(value, to); }
+    VxResult GetValue(VxString& to) const override { return Read("GetValue", value, to); }
     VxResult SetValue(const VxString& from) override;
-    VxResult ToString(VxString& text) const override { return Read(value, text); }
+    VxResult ToString(VxString& text) const override { return Read("ToString", value, text); }
     VxResult FromString(const VxString& text) override { return SetValue(text); }
 };
 
@@ -124,28 +154,24 @@ class ScriptedRegister final : public ScriptedFeature<VxGenRegister, VxGenType::
 public:
     std::vector<std::byte> value;
 
-    VxResult GetValue(std::vector<std::byte>& to) const override { return Read(value, to); }
+    VxResult GetValue(std::vector<std::byte>& to) const override { return Read("GetValue", value, to); }
     VxResult SetValue(std::span<const std::byte> from) override;
-    VxResult ToString(VxString& text) const override { return Read(VxString("bytes"), text); }
+    VxResult ToString(VxString& text) const override { return Read("ToString", VxString("bytes"), text); }
     VxResult FromString(const VxString&) override { return VxError::NotSupported; }
 };
 
 class ScriptedCommand final : public ScriptedFeature<VxGenCommand, VxGenType::Command> {
 public:
     VxResult Execute() override;
-    VxResult IsDone(bool& isDone) const override { return Read(true, isDone); }
-    VxResult ToString(VxString& text) const override { return Read(VxString(), text); }
+    VxResult IsDone(bool& isDone) const override { return Read("IsDone", true, isDone); }
+    VxResult ToString(VxString& text) const override { return Read("ToString", VxString(), text); }
     VxResult FromString(const VxString&) override { return Execute(); }
 };
 
 class ScriptedEnumEntry final : public VxGenEnumEntry {
 public:
     explicit ScriptedEnumEntry(std::string name) : m_name(std::move(name)) {}
-    VxResult GetName(VxString& name) const override
-    {
-        name = m_name;
-        return VxResult::Ok();
-    }
+    VxResult GetName(VxString& name) const override; ///< logs "entry NAME.GetName"
     VxResult GetValue(std::int64_t&) const override { return VxError::NotSupported; }
     [[nodiscard]] bool IsAvailable() const override { return true; }
     [[nodiscard]] const std::string& Name() const { return m_name; }
@@ -161,10 +187,10 @@ public:
 
     VxResult GetEntriesCount(std::int64_t& count) const override;
     VxResult GetEntryByIndex(std::int64_t index, const VxGenEnumEntry** entry) const override;
-    VxResult GetValue(VxString& to) const override { return Read(value, to); }
+    VxResult GetValue(VxString& to) const override { return Read("GetValue", value, to); }
     /// NOT_FOUND for a name that is no entry.
     VxResult SetValue(const VxString& from) override;
-    VxResult ToString(VxString& text) const override { return Read(value, text); }
+    VxResult ToString(VxString& text) const override { return Read("ToString", value, text); }
     VxResult FromString(const VxString& text) override { return SetValue(text); }
 
 private:

@@ -8,6 +8,7 @@
 #include "support/directshow/Gate.h"
 #include "unit/VxDSSource/stream/CanarySample.h"
 
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -76,6 +77,72 @@ protected:
         other.join();
         EXPECT_TRUE(SUCCEEDED(result)) << std::hex << result;
         return endedBeforeTheFrame;
+    }
+
+    /// Runs an operation while the n-th call on the camera library throws.
+    /// @param[out] thrower  that call; empty when there were fewer
+    HRESULT CallWhileOneThrows(const FilterOperation& operation, int nth, std::string& thrower)
+    {
+        int calls = 0;
+        TheCamera().log.onCall = [&](const std::string& call) {
+            // What ends something cannot throw.
+            if (call.starts_with("delete ") || call == "VxDevice::Free" || calls++ != nth)
+                return;
+            thrower = call;
+            throw std::runtime_error(call);
+        };
+        const HRESULT result = Call(operation);
+        TheCamera().log.onCall = nullptr;
+        return result;
+    }
+
+    /// Operations that read and store what the filter has by itself.
+    static bool AsksTheCameraNothing(const std::string& operation)
+    {
+        static const std::set<std::string> names = {
+            "GetRole",
+            "SetRole",
+            "GetUnicastPort",
+            "SetUnicastPort",
+            "GetMulticastAddress",
+            "SetMulticastAddress",
+            "GetMulticastPort",
+            "SetMulticastPort",
+            "GetDiagnosticsEnabled",
+            "SetDiagnosticsEnabled",
+            "GetDeviceId",
+            "SetDeviceId",
+            "GetParamSource",
+            "SetParamSource",
+            "GetParamChannel",
+            "SetParamChannel",
+            "GetBufferCount",
+            "SetBufferCount",
+            "GetDefaultBufferSize",
+            "SetDefaultBufferSize",
+            "GetDropThreshold",
+            "SetDropThreshold",
+            "GetWidth",
+            "GetHeight",
+            "GetParameterArray",
+            "SetParameterArray",
+            "GetOutputPixelType",
+            "GetKernelSize",
+            "SetKernelSize",
+            "GetZoomValue",
+            "SetZoomValue",
+            "GetOutputSize",
+            "ClearDefault",
+            "GetDefaultSummary",
+            "GetNumDropped",
+            "GetNumNotDropped",
+            "GetDroppedInfo",
+            "GetAverageFrameSize",
+            "GetPages",
+            "IsDirty",
+            "GetSizeMax",
+        };
+        return names.contains(operation);
     }
 
     VxComPtr<IAMDroppedFrames> m_frames;
@@ -172,8 +239,10 @@ TEST_F(VxDSSourceOperationsTest, FailWithoutMemoryAndSucceedAgainWithIt)
                 break;
             }
             ++failures;
-            EXPECT_TRUE(result == E_OUTOFMEMORY || result == S_FALSE)
-                << operation.name << ", allocation " << succeeding << ": " << std::hex << result;
+            const std::string name = operation.name;
+            const bool isOfTheDefault = name == "SaveDefault" || name == "ClearDefault";
+            EXPECT_EQ(result, isOfTheDefault ? HRESULT{1} : E_OUTOFMEMORY)
+                << name << ", allocation " << succeeding << ": " << std::hex << result;
         }
     }
     EXPECT_GT(failures, 100) << "the test made nothing fail";
@@ -183,24 +252,25 @@ TEST_F(VxDSSourceOperationsTest, FailWithoutMemoryAndSucceedAgainWithIt)
 
 TEST_F(VxDSSourceOperationsTest, LetNoExceptionOutOfTheCameraLibrary)
 {
+    constexpr int kMost = 200; // calls of one operation
     for (const FilterOperation& operation : FilterOperations()) {
-        Prepare();
-        int calls = 0;
-        TheCamera().log.onCall = [&](const std::string& call) {
-            // What ends something cannot throw.
-            if (call.starts_with("delete ") || call == "VxDevice::Free")
-                return;
-            ++calls;
-            throw std::runtime_error(call);
-        };
-        const HRESULT result = Call(operation);
-        TheCamera().log.onCall = nullptr;
-        if (calls == 0)
-            EXPECT_TRUE(SUCCEEDED(result)) << operation.name;
-        else if (std::string(operation.name) == "SaveDefault")
-            EXPECT_EQ(result, 1) << "whatever goes wrong";
-        else
-            EXPECT_EQ(result, E_FAIL) << operation.name;
+        const std::string name = operation.name;
+        bool hasThrown = true;
+        for (int nth = 0; hasThrown; ++nth) {
+            ASSERT_LT(nth, kMost) << name;
+            Prepare();
+            std::string thrower;
+            const HRESULT result = CallWhileOneThrows(operation, nth, thrower);
+            hasThrown = !thrower.empty();
+            if (!hasThrown) {
+                EXPECT_TRUE(SUCCEEDED(result)) << name;
+                EXPECT_EQ(nth == 0, AsksTheCameraNothing(name)) << name << " made " << nth << " calls";
+            } else if (name == "SaveDefault") {
+                EXPECT_EQ(result, 1) << "whatever goes wrong: " << thrower;
+            } else {
+                EXPECT_EQ(result, E_FAIL) << name << ", " << thrower;
+            }
+        }
     }
     Prepare();
     EXPECT_EQ(TheCamera().livePipelines, 1) << "a connect after a failed one makes a whole link";

@@ -133,6 +133,65 @@ TEST_F(VxDSStreamPersistenceTest, StoresNoCameraThatIsGone)
     EXPECT_EQ(Done(), Lines{"writer.Store(stream, \"\")"});
 }
 
+TEST_F(VxDSStreamPersistenceTest, StoresNoStreamThatIsNotOpen)
+{
+    TheCamera().opening = VxError::NetworkError;
+    ConnectAndForget();
+
+    const VxString text = Pin().StoreConfiguration(VxConfigurationForm::Full);
+
+    EXPECT_TRUE(text.Narrow().starts_with("double;device:;text:role=0;"));
+    EXPECT_EQ(Done(), Lines{"writer.Store(device, \"\")"});
+}
+
+TEST_F(VxDSStreamPersistenceTest, StoresTheStreamOfAReceiverAlone)
+{
+    Store(Setting::Role, 2);
+    ConnectAndForget();
+
+    const VxString text = Pin().StoreConfiguration(VxConfigurationForm::Full);
+
+    EXPECT_TRUE(text.Narrow().starts_with("double;stream:;text:role=2;"));
+    EXPECT_EQ(Done(), Lines{"writer.Store(stream, \"\")"});
+}
+
+TEST_F(VxDSStreamPersistenceTest, AsksForTheSettingsInTheirOrderAndThenForCameraAndStream)
+{
+    ConnectAndForget();
+    const VxString text = Pin().StoreConfiguration(VxConfigurationForm::Full);
+    TheCamera().log.Clear();
+
+    Pin().RestoreConfiguration(text, VxConfigurationForm::Full);
+
+    Lines asked;
+    for (const std::string& call : TheCamera().log.All())
+        if (call.starts_with("reader."))
+            asked.push_back(call);
+    EXPECT_EQ(asked, (Lines{"reader.LoadFromString",
+                            "reader.Restore(\"role\")",
+                            "reader.Restore(\"unicastport\")",
+                            "reader.Restore(\"multicastip\")",
+                            "reader.Restore(\"multicastport\")",
+                            "reader.Restore(\"diagnosticsenabled\")",
+                            "reader.Restore(\"deviceid\")",
+                            "reader.Restore(\"paramsource\")",
+                            "reader.Restore(\"paramchannel\")",
+                            "reader.Restore(\"buffercount\")",
+                            "reader.Restore(\"defaultbuffersize\")",
+                            "reader.Restore(\"dropthreshold\")",
+                            "reader.Restore(\"width\")",
+                            "reader.Restore(\"height\")",
+                            "reader.Restore(\"outputpixeltype\")",
+                            "reader.Restore(\"kernelsize\")",
+                            "reader.Restore(\"zoomvalue\")",
+                            "reader.Restore(\"outputwidth\")",
+                            "reader.Restore(\"outputheight\")",
+                            "reader.GetDeviceCount",
+                            "reader.Restore(0, device)",
+                            "reader.GetStreamCount",
+                            "reader.Restore(0, stream)"}));
+}
+
 TEST_F(VxDSStreamPersistenceTest, RestoresConnectsAndThenRestoresCameraAndStream)
 {
     ConnectAndForget();
@@ -171,6 +230,42 @@ TEST_F(VxDSStreamPersistenceTest, RestoresNoCameraConfigurationIntoACameraThatIs
     Pin().RestoreConfiguration(text, VxConfigurationForm::Full);
 
     EXPECT_EQ(TheCamera().restored, Lines{});
+}
+
+TEST_F(VxDSStreamPersistenceTest, RestoresTheCameraAloneWhenItsStreamCannotBeOpened)
+{
+    ConnectAndForget();
+    const VxString text = Pin().StoreConfiguration(VxConfigurationForm::Full);
+    Pin().CloseConnection();
+    TheCamera().opening = VxError::NetworkError;
+
+    Pin().RestoreConfiguration(text, VxConfigurationForm::Full);
+
+    EXPECT_EQ(TheCamera().restored, Lines{"device"});
+}
+
+TEST_F(VxDSStreamPersistenceTest, RestoresTheStreamAloneWhenItsCameraCannotBeConnected)
+{
+    ConnectAndForget();
+    const VxString text = Pin().StoreConfiguration(VxConfigurationForm::Full);
+    Pin().CloseConnection();
+    TheCamera().connecting = VxError::AccessDenied;
+
+    Pin().RestoreConfiguration(text, VxConfigurationForm::Full);
+
+    EXPECT_EQ(TheCamera().restored, Lines{"stream"});
+}
+
+TEST_F(VxDSStreamPersistenceTest, RestoresOnlyWhatTheTextHolds)
+{
+    ConnectAndForget();
+
+    Pin().RestoreConfiguration(VxString("double;stream:;text:deviceid=cam"), VxConfigurationForm::Full);
+    EXPECT_EQ(TheCamera().restored, Lines{"stream"});
+
+    TheCamera().restored.clear();
+    Pin().RestoreConfiguration(VxString("double;device:;text:deviceid=cam"), VxConfigurationForm::Full);
+    EXPECT_EQ(TheCamera().restored, Lines{"device"});
 }
 
 TEST_F(VxDSStreamPersistenceTest, LeavesASettingUntouchedThatTheTextDoesNotHave)
@@ -345,6 +440,28 @@ TEST_F(VxDSStreamPersistenceTest, TakesSettingsAloneFromADefault)
     EXPECT_EQ(Pin().DefaultSummary(), L"somebody's");
     EXPECT_EQ(TheCamera().liveDevices, 1);
     EXPECT_EQ(TheCamera().restored, Lines{}) << "a camera's configuration is not taken from a default";
+}
+
+TEST_F(VxDSStreamPersistenceTest, TakesNothingFromADefaultOfTerminatorsAlone)
+{
+    HKEY product = ProductKey();
+    WriteText(product, L"Default", std::wstring(1, L'\0'));
+    WriteText(product, L"DefaultSummary", std::wstring(1, L'\0'));
+    ::RegCloseKey(product);
+
+    EXPECT_EQ(Settings().Number(Setting::BufferCount), 16u);
+
+    EXPECT_EQ(Pin().DefaultSummary(), L"");
+    EXPECT_EQ(Done(), Lines{});
+}
+
+TEST_F(VxDSStreamPersistenceTest, LoadsNoDefaultWithoutASummary)
+{
+    HKEY product = ProductKey();
+    WriteText(product, L"Default", L"double;text:zoomvalue=6");
+    ::RegCloseKey(product);
+
+    EXPECT_EQ(Settings().Number(Setting::ZoomValue), 0u);
 }
 
 TEST_F(VxDSStreamPersistenceTest, LoadsNoDefaultWithASummaryThatIsTooLong)
