@@ -150,7 +150,8 @@ DECLARE_INTERFACE_IID_(IVxDSSource, IUnknown, "08C27C57-0C37-4D3D-8CE1-CC88E00A5
     /// The feature's access flags now.
     STDMETHOD(GetParameterAccess)(THIS_ BSTR name, BOOL* available, BOOL* readable, BOOL* writable) PURE;
 
-    /// Runs a command feature; E_INVALIDARG for any other.
+    /// Runs a command feature; E_INVALIDARG for any other. On E_FAIL the camera's own description is in error,
+    /// an empty text if it gave none; else error is untouched.
     STDMETHOD(ExecuteCommand)(THIS_ BSTR name, BSTR* error) PURE;
 
     /// Number of entries of an enumeration, 2 for a Boolean, 0 for everything else.

@@ -31,17 +31,6 @@ HRESULT FillText(BSTR* target, Call&& call)
     return SUCCEEDED(result) ? ReturnText(text, target) : result;
 }
 
-/// Hands a reason out when the call that fills it fails and there is one.
-template <typename Call>
-HRESULT ExplainFailure(BSTR* target, Call&& call)
-{
-    std::wstring reason;
-    const HRESULT result = call(reason);
-    if (FAILED(result) && !reason.empty())
-        std::ignore = ReturnText(reason, target); // without memory there is no reason to read
-    return result;
-}
-
 } // namespace
 
 HRESULT VxDSSource::ReadNumber(Setting setting, UINT* value)
@@ -296,11 +285,12 @@ STDMETHODIMP VxDSSource::GetParameterValue(BSTR name, BSTR* value)
 
 STDMETHODIMP VxDSSource::SetParameterValue(BSTR name, BSTR value, BSTR* error)
 {
-    return OnPin([&](VxDSStream& pin) {
-        return ExplainFailure(error, [&](std::wstring& reason) {
-            return pin.SetFeatureValue(TextOf(name), TextOf(value), reason);
-        });
-    });
+    std::wstring reason;
+    const HRESULT result =
+        OnPin([&](VxDSStream& pin) { return pin.SetFeatureValue(TextOf(name), TextOf(value), reason); });
+    if (FAILED(result) && !reason.empty())
+        std::ignore = ReturnText(reason, error); // without memory there is no reason to read
+    return result;
 }
 
 STDMETHODIMP VxDSSource::GetParameterType(BSTR name, BSTR* type)
@@ -328,10 +318,11 @@ STDMETHODIMP VxDSSource::GetParameterAccess(BSTR name, BOOL* available, BOOL* re
 
 STDMETHODIMP VxDSSource::ExecuteCommand(BSTR name, BSTR* error)
 {
-    return OnPin([&](VxDSStream& pin) {
-        return ExplainFailure(error,
-                              [&](std::wstring& reason) { return pin.ExecuteFeature(TextOf(name), reason); });
-    });
+    std::wstring reason;
+    const HRESULT result = OnPin([&](VxDSStream& pin) { return pin.ExecuteFeature(TextOf(name), reason); });
+    if (result == E_FAIL)
+        std::ignore = ReturnText(reason, error); // empty where the camera gave none
+    return result;
 }
 
 STDMETHODIMP VxDSSource::GetEnumEntryCount(BSTR name, UINT* count)

@@ -181,7 +181,7 @@ STDMETHODIMP ScriptedSource::GetParameterAccess(BSTR name, BOOL* available, BOOL
 STDMETHODIMP ScriptedSource::ExecuteCommand(BSTR name, BSTR* error)
 {
     return OnFeature("ExecuteCommand", name, [&](SourceFeature& feature) {
-        if (FAILED(feature.writing) && !feature.reason.empty())
+        if (feature.writing == E_FAIL)
             Return(feature.reason, error);
         return feature.writing;
     });
