@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vxds {
@@ -14,6 +15,29 @@ namespace {
 
 constexpr wchar_t kCompany[] = L"SOFTWARE\\Vantrel Technologies Inc";
 constexpr wchar_t kProduct[] = L"SOFTWARE\\Vantrel Technologies Inc\\VxDSSource";
+
+/// A text with one byte more than a registry value can be told to have: addresses alone, because nobody shall
+/// read it.
+class UnreadableText {
+public:
+    UnreadableText()
+        : m_addresses(::VirtualAlloc(nullptr, kLength * sizeof(wchar_t), MEM_RESERVE, PAGE_NOACCESS))
+    {
+        EXPECT_NE(m_addresses, nullptr);
+    }
+    ~UnreadableText() { EXPECT_TRUE(::VirtualFree(m_addresses, 0, MEM_RELEASE)); }
+    UnreadableText(const UnreadableText&) = delete;
+    UnreadableText& operator=(const UnreadableText&) = delete;
+
+    [[nodiscard]] std::wstring_view Get() const
+    {
+        return {static_cast<const wchar_t*>(m_addresses), kLength};
+    }
+
+private:
+    static constexpr std::size_t kLength = (std::size_t{1} << 32) / sizeof(wchar_t);
+    void* m_addresses;
+};
 
 class DefaultSettingsTest : public testing::Test {
 protected:
@@ -46,6 +70,14 @@ protected:
         bytes.resize(size);
         ::RegCloseKey(key);
         return bytes;
+    }
+
+    static bool HasValue(const wchar_t* name)
+    {
+        HKEY key = CreateKey(kProduct);
+        const LSTATUS status = ::RegQueryValueExW(key, name, nullptr, nullptr, nullptr, nullptr);
+        ::RegCloseKey(key);
+        return status == ERROR_SUCCESS;
     }
 
     static void WriteRaw(const wchar_t* name, DWORD type, const void* data, DWORD sizeBytes)
@@ -131,19 +163,23 @@ TEST_F(DefaultSettingsTest, IgnoresADefaultWithAnEmptyConfiguration)
 
 TEST_F(DefaultSettingsTest, WritesNoSummaryWhenTheConfigurationCannotBeWritten)
 {
-    // One byte more than a registry value can be told to have: addresses alone, because nobody shall read it.
-    constexpr std::size_t kTooLong = (std::size_t{1} << 32) / sizeof(wchar_t);
-    void* const addresses = ::VirtualAlloc(nullptr, kTooLong * sizeof(wchar_t), MEM_RESERVE, PAGE_NOACCESS);
-    ASSERT_NE(addresses, nullptr);
+    const UnreadableText tooLong;
 
-    EXPECT_FALSE(m_defaults.Write({static_cast<const wchar_t*>(addresses), kTooLong}, L"summary"));
+    EXPECT_FALSE(m_defaults.Write(tooLong.Get(), L"summary"));
 
-    EXPECT_TRUE(::VirtualFree(addresses, 0, MEM_RELEASE));
     EXPECT_TRUE(HasKey(kProduct));
-    HKEY key = CreateKey(kProduct);
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND,
-              ::RegQueryValueExW(key, L"DefaultSummary", nullptr, nullptr, nullptr, nullptr));
-    ::RegCloseKey(key);
+    EXPECT_FALSE(HasValue(L"DefaultSummary"));
+}
+
+TEST_F(DefaultSettingsTest, LeavesNoUsableDefaultWhenTheSummaryCannotBeWritten)
+{
+    const UnreadableText tooLong;
+
+    EXPECT_FALSE(m_defaults.Write(L"<configuration/>", tooLong.Get()));
+
+    EXPECT_TRUE(HasValue(L"Default")) << "it was written first";
+    EXPECT_FALSE(HasValue(L"DefaultSummary"));
+    EXPECT_FALSE(m_defaults.Load());
 }
 
 TEST_F(DefaultSettingsTest, IgnoresValuesThatAreMissingOrOfAnotherType)
@@ -157,10 +193,27 @@ TEST_F(DefaultSettingsTest, IgnoresValuesThatAreMissingOrOfAnotherType)
     WriteRaw(L"Default", REG_EXPAND_SZ, L"ab", 4);
     EXPECT_FALSE(m_defaults.Load());
 
-    HKEY key = CreateKey(kProduct);
-    ASSERT_EQ(ERROR_SUCCESS, ::RegDeleteValueW(key, L"Default"));
-    ::RegCloseKey(key);
-    EXPECT_FALSE(m_defaults.Load());
+    for (const wchar_t* const name : {L"Default", L"DefaultSummary"}) {
+        ASSERT_TRUE(m_defaults.Write(L"<configuration/>", L"summary"));
+        HKEY key = CreateKey(kProduct);
+        ASSERT_EQ(ERROR_SUCCESS, ::RegDeleteValueW(key, name));
+        ::RegCloseKey(key);
+        EXPECT_FALSE(m_defaults.Load()) << name;
+    }
+}
+
+TEST_F(DefaultSettingsTest, CountsATerminatorAloneAsAnEmptyText)
+{
+    WriteRaw(L"Default", REG_SZ, L"", sizeof(L""));
+    WriteRaw(L"DefaultSummary", REG_SZ, L"", sizeof(L""));
+    DWORD type = 0;
+    ASSERT_EQ(Bytes(L"Default", type).size(), 2u);
+
+    const auto saved = m_defaults.Load();
+
+    ASSERT_TRUE(saved) << "its size is not zero";
+    EXPECT_EQ(saved->configuration, L"");
+    EXPECT_EQ(saved->summary, L"");
 }
 
 TEST_F(DefaultSettingsTest, ReadsATextThatHasATerminator)

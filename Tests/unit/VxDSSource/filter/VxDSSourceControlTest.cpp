@@ -253,6 +253,55 @@ TEST_F(VxDSSourceControlTest, WritesTheCamerasSize)
     EXPECT_EQ(Control().SetWidth(7), E_FAIL);
 }
 
+TEST_F(VxDSSourceControlTest, LeavesItToTheCameraWhichSizesItTakes)
+{
+    Connect();
+    for (const INT pixels : {-1, 0, 0x7FFFFFFF}) {
+        EXPECT_EQ(Control().SetWidth(pixels), S_OK);
+        EXPECT_EQ(Control().SetHeight(pixels), S_OK);
+    }
+    EXPECT_EQ(Done(),
+              (Lines{"device.Width = -1", "device.Height = -1", "device.Width = 0", "device.Height = 0",
+                     "device.Width = 2147483647", "device.Height = 2147483647"}));
+
+    for (const char* const name : {"Width", "Height"})
+        dynamic_cast<ScriptedInteger&>(*TheCamera().device->Get(VxString(name))).writing =
+            VxError::OutOfRange;
+    for (const INT pixels : {-1, 0, 0x7FFFFFFF}) {
+        EXPECT_EQ(Control().SetWidth(pixels), E_FAIL);
+        EXPECT_EQ(Control().SetHeight(pixels), E_FAIL);
+    }
+}
+
+TEST_F(VxDSSourceControlTest, RenegotiatesTheMediaTypeWithTheCamerasSize)
+{
+    Connect();
+    RenegotiatingSink sink;
+    VxComPtr<IPin> pin;
+    ASSERT_EQ(Filter().FindPin(L"1", pin.Put()), S_OK);
+    ASSERT_EQ(pin->Connect(&sink, nullptr), S_OK);
+    Pin().Settings().Store(vxds::Setting::OutputWidth, 0U); // the camera's, whatever it is
+    Pin().Settings().Store(vxds::Setting::OutputHeight, 0U);
+
+    EXPECT_EQ(Control().SetWidth(320), S_OK);
+
+    ASSERT_EQ(sink.renegotiated.size(), 1u);
+    const auto header = [&](std::size_t n) {
+        return reinterpret_cast<const VIDEOINFOHEADER*>(sink.renegotiated[n].Format())->bmiHeader;
+    };
+    EXPECT_EQ(header(0).biWidth, 320);
+    EXPECT_EQ(header(0).biHeight, 480);
+
+    Pin().Settings().Store(vxds::Setting::OutputHeight, 0U);
+    EXPECT_EQ(Control().SetHeight(240), S_OK);
+
+    ASSERT_EQ(sink.renegotiated.size(), 2u);
+    EXPECT_EQ(header(1).biWidth, 320);
+    EXPECT_EQ(header(1).biHeight, 240);
+    EXPECT_EQ(pin->Disconnect(), S_OK);
+    EXPECT_EQ(sink.Disconnect(), S_OK);
+}
+
 TEST_F(VxDSSourceControlTest, FollowsTheCamerasSizeAfterItIsWritten)
 {
     Connect();

@@ -1,9 +1,15 @@
 // The methods on features: from GetSourceCount and GetParameterArray to GetParameterVisibility.
 
 #include "FilterFixture.h"
+#include "support/directshow/SinkPin.h"
+#include "unit/VxDSSource/stream/RenegotiatingSink.h"
+
+#include <amvideo.h>
 
 #include <array>
+#include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -37,6 +43,7 @@ TEST_F(VxDSSourceFeaturesTest, SelectsAParameterArray)
 {
     EXPECT_EQ(Control().SetParameterArray(2), S_OK);
     EXPECT_EQ(Control().SetParameterArray(3), E_FAIL);
+    EXPECT_EQ(Control().SetParameterArray(0xFFFFFFFF), E_FAIL);
     UINT selector = 7;
     EXPECT_EQ(Control().GetParameterArray(&selector), S_OK);
     EXPECT_EQ(selector, 2u);
@@ -152,6 +159,32 @@ TEST_F(VxDSSourceFeaturesTest, RunsACommand)
     EXPECT_EQ(reason.Get(), L"the camera is busy");
 }
 
+TEST_F(VxDSSourceFeaturesTest, WritesTheReasonOfAFailedCommandAlwaysAndOnlyThen)
+{
+    auto& trigger = Device().Add<ScriptedCommand>("Trigger");
+    ConnectToFeatures();
+    const TestText name(L"Trigger");
+    TestText reason;
+
+    EXPECT_EQ(Control().ExecuteCommand(name, reason.Put()), S_OK);
+    EXPECT_TRUE(reason.IsNull());
+    EXPECT_EQ(Control().ExecuteCommand(TestText(L"Nothing"), reason.Put()), E_INVALIDARG);
+    EXPECT_TRUE(reason.IsNull());
+
+    trigger.writing = VxResult(VxError::Busy, "not armed");
+    EXPECT_EQ(Control().ExecuteCommand(name, reason.Put()), E_FAIL);
+    EXPECT_EQ(reason.Get(), L"not armed");
+
+    trigger.writing = VxResult(VxError::Failed);
+    EXPECT_EQ(Control().ExecuteCommand(name, reason.Put()), E_FAIL);
+    EXPECT_FALSE(reason.IsNull());
+    EXPECT_EQ(reason.Get(), L"") << "the camera gave none";
+
+    trigger.onWrite = [] { throw std::runtime_error("gone"); };
+    EXPECT_EQ(Control().ExecuteCommand(name, reason.Put()), E_FAIL);
+    EXPECT_FALSE(reason.IsNull());
+}
+
 TEST_F(VxDSSourceFeaturesTest, ListsEntriesAndSources)
 {
     TheCamera().device->AddEnum("SourceSelector", {"Left", "Right"});
@@ -171,6 +204,9 @@ TEST_F(VxDSSourceFeaturesTest, ListsEntriesAndSources)
     EXPECT_EQ(Control().GetSourceName(0, text.Put()), S_OK);
     EXPECT_EQ(text.Get(), L"Left");
     EXPECT_EQ(Control().GetSourceName(2, text.Put()), E_INVALIDARG);
+    EXPECT_EQ(Control().GetSourceName(0xFFFFFFFF, text.Put()), E_INVALIDARG);
+    EXPECT_EQ(Control().GetEnumEntryName(name, 0xFFFFFFFF, text.Put()), E_INVALIDARG);
+    EXPECT_TRUE(text.IsNull());
 }
 
 TEST_F(VxDSSourceFeaturesTest, NamesNoSourceWithoutACamera)
@@ -305,6 +341,7 @@ TEST_F(VxDSSourceFeaturesTest, GiveABooleanTheEntriesTrueAndFalse)
     EXPECT_EQ(Control().GetEnumEntryName(name, 1, text.Put()), S_OK);
     EXPECT_EQ(text.Get(), L"false");
     EXPECT_EQ(Control().GetEnumEntryName(name, 2, text.Put()), E_INVALIDARG);
+    EXPECT_EQ(Control().GetEnumEntryName(name, 0xFFFFFFFF, text.Put()), E_INVALIDARG);
 }
 
 TEST_F(VxDSSourceFeaturesTest, GiveOtherTypesAndUnknownNamesNoEntries)
@@ -372,6 +409,41 @@ TEST_F(VxDSSourceFeaturesTest, FollowTheCamerasSizeAfterTheThreeNamesThatChangeI
     EXPECT_TRUE(isFollowedAfter(L"Height", L"240"));
     EXPECT_TRUE(isFollowedAfter(L"Interlaced", L"true"));
     EXPECT_FALSE(isFollowedAfter(L"width", L"6"));
+}
+
+TEST_F(VxDSSourceFeaturesTest, RenegotiateAfterTheThreeNamesThatChangeTheCamerasSize)
+{
+    Device().Add<ScriptedBoolean>("Interlaced").onWrite = [] { // its pictures are half as high then
+        dynamic_cast<ScriptedInteger&>(*TheCamera().device->Get(VxString("Height"))).value = 120;
+    };
+    Device().AddInteger("width", 5);
+    ConnectToFeatures();
+    RenegotiatingSink sink;
+    VxComPtr<IPin> pin;
+    ASSERT_EQ(Filter().FindPin(L"1", pin.Put()), S_OK);
+    ASSERT_EQ(pin->Connect(&sink, nullptr), S_OK);
+    using Sizes = std::vector<std::pair<LONG, LONG>>;
+    const auto offeredAfter = [&](const wchar_t* name, const wchar_t* value) {
+        sink.renegotiated.clear();
+        Pin().Settings().Store(vxds::Setting::OutputWidth, 0U); // the camera's, whatever it is
+        Pin().Settings().Store(vxds::Setting::OutputHeight, 0U);
+        TestText reason;
+        EXPECT_EQ(Control().SetParameterValue(TestText(name), TestText(value), reason.Put()), S_OK);
+        Sizes sizes;
+        for (const CMediaType& type : sink.renegotiated) {
+            const auto& header = reinterpret_cast<const VIDEOINFOHEADER*>(type.Format())->bmiHeader;
+            sizes.emplace_back(header.biWidth, header.biHeight);
+        }
+        return sizes;
+    };
+
+    EXPECT_EQ(offeredAfter(L"Width", L"320"), (Sizes{{320, 480}}));
+    EXPECT_EQ(offeredAfter(L"Height", L"240"), (Sizes{{320, 240}}));
+    EXPECT_EQ(offeredAfter(L"Interlaced", L"true"), (Sizes{{320, 120}}));
+    dynamic_cast<ScriptedInteger&>(*Device().Get(VxString("Width"))).value = 160; // nobody says so
+    EXPECT_EQ(offeredAfter(L"width", L"6"), Sizes{});
+    EXPECT_EQ(pin->Disconnect(), S_OK);
+    EXPECT_EQ(sink.Disconnect(), S_OK);
 }
 
 } // namespace

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <stdexcept>
 
 namespace {
 
@@ -247,11 +248,20 @@ TEST_F(VxDSSourceTest, TurnsAnExceptionDuringConstructionIntoAFailureCode)
     ASSERT_EQ(Control().SaveDefault(), S_OK);
     DestroyFilter();
     TheCamera().onConnect = [] { throw std::bad_alloc(); };
+    const LONG objects = CBaseObject::ObjectsActive();
     HRESULT result = S_OK;
 
     EXPECT_EQ(VxDSSource::CreateInstance(nullptr, &result), nullptr);
 
     EXPECT_EQ(result, E_OUTOFMEMORY);
+
+    TheCamera().onConnect = [] { throw std::runtime_error("the camera library's own"); };
+    result = S_OK;
+
+    EXPECT_EQ(VxDSSource::CreateInstance(nullptr, &result), nullptr);
+
+    EXPECT_EQ(result, E_UNEXPECTED);
+    EXPECT_EQ(CBaseObject::ObjectsActive(), objects) << "what was built is taken apart";
 }
 
 TEST_F(VxDSSourceTest, ConnectsToTheSavedDefaultWhileItIsMade)
