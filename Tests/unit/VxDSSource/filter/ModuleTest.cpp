@@ -85,6 +85,23 @@ protected:
         return factory;
     }
 
+    static void Set(IVxDSSource& control, HRESULT (STDMETHODCALLTYPE IVxDSSource::*setter)(BSTR),
+                    const std::wstring& text)
+    {
+        BSTR copy = ::SysAllocString(text.c_str());
+        EXPECT_EQ((control.*setter)(copy), S_OK);
+        ::SysFreeString(copy);
+    }
+
+    static std::wstring Get(IVxDSSource& control, HRESULT (STDMETHODCALLTYPE IVxDSSource::*getter)(BSTR*))
+    {
+        BSTR text = nullptr;
+        EXPECT_EQ((control.*getter)(&text), S_OK);
+        std::wstring copy(text, ::SysStringLen(text));
+        ::SysFreeString(text);
+        return copy;
+    }
+
     ComApartment m_com;
     PrivateUserRegistry m_registry; // no saved default
     HMODULE m_module;
@@ -239,27 +256,32 @@ TEST_F(ModuleTest, StaysRegisteredWhenItIsNoCaptureDeviceAnyMore)
 TEST_F(ModuleTest, KeepsADefaultWithLongTexts)
 {
     // As long as the texts may be: the summary's words leave 97 of its 128 characters to the device id.
-    BSTR id = ::SysAllocString(std::wstring(97, L'd').c_str());
-    BSTR source = ::SysAllocString(std::wstring(100, L's').c_str());
+    const std::wstring id(97, L'd');
+    const std::wstring source(100, L's');
     VxComPtr<IVxDSSource> control;
     ASSERT_EQ(Factory()->CreateInstance(nullptr, IID_IVxDSSource, control.PutVoid()), S_OK);
-    EXPECT_EQ(control->SetParamSource(source), S_OK);
-    EXPECT_EQ(control->SetDeviceId(id), S_OK);
+    Set(*control.Get(), &IVxDSSource::SetParamSource, source);
+    Set(*control.Get(), &IVxDSSource::SetDeviceId, id);
     EXPECT_EQ(control->SetBufferCount(0x80000000), S_OK);
     ASSERT_EQ(control->SaveDefault(), 0);
-    ::SysFreeString(id);
-    ::SysFreeString(source);
+    control.Reset();
 
-    HKEY key = nullptr;
-    ASSERT_EQ(ERROR_SUCCESS,
-              ::RegOpenKeyExW(HKEY_CURRENT_USER, L"SOFTWARE\\Vantrel Technologies Inc\\VxDSSource", 0,
-                              KEY_READ, &key));
-    DWORD bytes = 0;
-    EXPECT_EQ(ERROR_SUCCESS, ::RegQueryValueExW(key, L"Default", nullptr, nullptr, nullptr, &bytes));
-    EXPECT_LE(bytes, 4096u) << "a longer one is not loaded";
-    EXPECT_EQ(ERROR_SUCCESS, ::RegQueryValueExW(key, L"DefaultSummary", nullptr, nullptr, nullptr, &bytes));
-    EXPECT_LE(bytes, 256u);
-    ::RegCloseKey(key);
+    ASSERT_EQ(Factory()->CreateInstance(nullptr, IID_IVxDSSource, control.PutVoid()), S_OK);
+
+    EXPECT_EQ(Get(*control.Get(), &IVxDSSource::GetDeviceId), id);
+    EXPECT_EQ(Get(*control.Get(), &IVxDSSource::GetParamSource), source);
+    EXPECT_EQ(Get(*control.Get(), &IVxDSSource::GetDefaultSummary),
+              L"Controlling and receiving from " + id);
+    UINT count = 0;
+    EXPECT_EQ(control->GetBufferCount(&count), S_OK);
+    EXPECT_EQ(count, 0x80000000u);
+
+    // One character more makes the summary one that is not loaded.
+    Set(*control.Get(), &IVxDSSource::SetDeviceId, id + L'd');
+    ASSERT_EQ(control->SaveDefault(), 0);
+    control.Reset();
+    ASSERT_EQ(Factory()->CreateInstance(nullptr, IID_IVxDSSource, control.PutVoid()), S_OK);
+    EXPECT_EQ(Get(*control.Get(), &IVxDSSource::GetDeviceId), L"");
 }
 
 } // namespace

@@ -38,6 +38,47 @@ private:
     HKEY m_root = nullptr;
 };
 
+bool HasCom()
+{
+    APTTYPE apartment{};
+    APTTYPEQUALIFIER qualifier{};
+    return SUCCEEDED(::CoGetApartmentType(&apartment, &qualifier));
+}
+
+/// What a mapper gives out for a registration: only to be let go.
+class FakeMoniker final : public TestObject<IMoniker> {
+public:
+    STDMETHODIMP GetClassID(CLSID*) override { return E_NOTIMPL; }
+    STDMETHODIMP IsDirty() override { return E_NOTIMPL; }
+    STDMETHODIMP Load(IStream*) override { return E_NOTIMPL; }
+    STDMETHODIMP Save(IStream*, BOOL) override { return E_NOTIMPL; }
+    STDMETHODIMP GetSizeMax(ULARGE_INTEGER*) override { return E_NOTIMPL; }
+    STDMETHODIMP BindToObject(IBindCtx*, IMoniker*, REFIID, void**) override { return E_NOTIMPL; }
+    STDMETHODIMP BindToStorage(IBindCtx*, IMoniker*, REFIID, void**) override { return E_NOTIMPL; }
+    STDMETHODIMP Reduce(IBindCtx*, DWORD, IMoniker**, IMoniker**) override { return E_NOTIMPL; }
+    STDMETHODIMP ComposeWith(IMoniker*, BOOL, IMoniker**) override { return E_NOTIMPL; }
+    STDMETHODIMP Enum(BOOL, IEnumMoniker**) override { return E_NOTIMPL; }
+    STDMETHODIMP IsEqual(IMoniker*) override { return E_NOTIMPL; }
+    STDMETHODIMP Hash(DWORD*) override { return E_NOTIMPL; }
+    STDMETHODIMP IsRunning(IBindCtx*, IMoniker*, IMoniker*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetTimeOfLastChange(IBindCtx*, IMoniker*, FILETIME*) override { return E_NOTIMPL; }
+    STDMETHODIMP Inverse(IMoniker**) override { return E_NOTIMPL; }
+    STDMETHODIMP CommonPrefixWith(IMoniker*, IMoniker**) override { return E_NOTIMPL; }
+    STDMETHODIMP RelativePathTo(IMoniker*, IMoniker**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetDisplayName(IBindCtx*, IMoniker*, LPOLESTR*) override { return E_NOTIMPL; }
+    STDMETHODIMP ParseDisplayName(IBindCtx*, IMoniker*, LPOLESTR, ULONG*, IMoniker**) override
+    {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP IsSystemMoniker(DWORD*) override { return E_NOTIMPL; }
+
+    bool hadCom = true; ///< whether COM was there when it was let go
+    int given = 0;      ///< how often it was given out
+
+private:
+    void OnLastRelease() override { hadCom = hadCom && HasCom(); }
+};
+
 /// A filter mapper that records what is registered and fails where it is told to.
 class FakeMapper final : public TestObject<IFilterMapper2> {
 public:
@@ -45,6 +86,8 @@ public:
     std::string failing; ///< the call that fails
     HRESULT failure = E_ACCESSDENIED;
     std::vector<std::wstring> problems; ///< what a registration got wrong
+    FakeMoniker entry;                  ///< given out to who asks for one
+    bool hadComAtTheEnd = true;         ///< whether COM was there whenever it was let go
 
     STDMETHODIMP CreateCategory(REFCLSID, DWORD, LPCWSTR) override { return E_NOTIMPL; }
     STDMETHODIMP UnregisterFilter(const CLSID* category, LPCOLESTR instance, REFCLSID filter) override
@@ -62,7 +105,13 @@ public:
         if (category != nullptr && moniker == nullptr)
             problems.emplace_back(L"moniker");
         Check(*data);
-        return Answer("register", category);
+        const HRESULT answer = Answer("register", category);
+        if (moniker != nullptr && SUCCEEDED(answer)) {
+            entry.AddRef();
+            ++entry.given;
+            *moniker = &entry;
+        }
+        return answer;
     }
     STDMETHODIMP EnumMatchingFilters(IEnumMoniker**, DWORD, BOOL, DWORD, BOOL, DWORD, const GUID*,
                                      const REGPINMEDIUM*, const CLSID*, BOOL, BOOL, DWORD, const GUID*,
@@ -72,6 +121,8 @@ public:
     }
 
 private:
+    void OnLastRelease() override { hadComAtTheEnd = hadComAtTheEnd && HasCom(); }
+
     void Check(const REGFILTER2& data)
     {
         if (data.dwVersion != 1 || data.dwMerit != 0x200000 || data.cPins != 1) {
@@ -108,9 +159,7 @@ public:
     {
         *result = nullptr;
         ++created;
-        APTTYPE apartment{};
-        APTTYPEQUALIFIER qualifier{};
-        hadCom = hadCom && SUCCEEDED(::CoGetApartmentType(&apartment, &qualifier));
+        hadCom = hadCom && HasCom();
         if (working-- <= 0)
             return REGDB_E_CLASSNOTREG;
         mapper.AddRef();
@@ -223,11 +272,12 @@ TEST_F(RegistrationTest, GivesEveryMapperBackAndLeavesComAsItWas)
 
     EXPECT_EQ(m_mappers.created, 4);
     EXPECT_EQ(m_mappers.mapper.References(), 0);
+    EXPECT_EQ(m_mappers.mapper.entry.given, 1) << "for the capture device";
+    EXPECT_EQ(m_mappers.mapper.entry.References(), 0);
     EXPECT_TRUE(m_mappers.hadCom);
-    APTTYPE apartment{};
-    APTTYPEQUALIFIER qualifier{};
-    EXPECT_EQ(::CoGetApartmentType(&apartment, &qualifier), CO_E_NOTINITIALIZED)
-        << "the test has no COM of its own";
+    EXPECT_TRUE(m_mappers.mapper.hadComAtTheEnd) << "let go before COM is";
+    EXPECT_TRUE(m_mappers.mapper.entry.hadCom);
+    EXPECT_FALSE(HasCom()) << "the test has none of its own";
 }
 
 TEST_F(RegistrationTest, WorksInAThreadThatHasComInAnotherMode)
@@ -236,9 +286,7 @@ TEST_F(RegistrationTest, WorksInAThreadThatHasComInAnotherMode)
 
     EXPECT_EQ(vxds::RegisterModule(m_mappers), S_OK);
 
-    APTTYPE apartment{};
-    APTTYPEQUALIFIER qualifier{};
-    EXPECT_EQ(::CoGetApartmentType(&apartment, &qualifier), S_OK) << "its COM was not taken away";
+    EXPECT_TRUE(HasCom()) << "its COM was not taken away";
     ::CoUninitialize();
 }
 
