@@ -25,6 +25,7 @@ struct ConformanceSubject {
     bool isPersistent;    // IPersistStream on the filter
     bool hasStreamConfig; // IAMStreamConfig on the pin
     bool hasCategory;     // IKsPropertySet on the pin, with the category "capture"
+    HRESULT ofCutStream;  // result of loading a stream that ends behind the version word, but early
 };
 
 /// How GoogleTest names a subject.

@@ -1,6 +1,8 @@
 #include "conformance/FilterConformanceTest.h"
 #include "conformance/ToySource/ToyIdentifiers.h"
 
+#include <vfwmsgs.h>
+
 // A filter made with the base classes and nothing else.
 VX_CONFORMANCE_OF(ToySource, ConformanceSubject{
                                  L"ToySource.dll",
@@ -12,4 +14,5 @@ VX_CONFORMANCE_OF(ToySource, ConformanceSubject{
                                  true,
                                  true,
                                  true,
+                                 VFW_E_INVALID_FILE_FORMAT,
                              });

@@ -15,4 +15,5 @@ VX_CONFORMANCE_OF(VxDSSource, ConformanceSubject{
                                   true,
                                   true,
                                   true,
+                                  S_OK, // keeps its settings, and the rest of the graph loads
                               });
