@@ -36,7 +36,7 @@ HRESULT WithMapper(IVxFilterMapperFactory& mappers, const std::function<HRESULT(
         result = step(*mapper.Get());
     mapper.Reset();
     ::CoFreeUnusedLibraries();
-    if (SUCCEEDED(initialised)) // not where the thread already has COM in another mode
+    if (SUCCEEDED(initialised)) // Docs/decisions/0012
         ::CoUninitialize();
     return result;
 }

@@ -129,7 +129,7 @@ std::size_t PixelsUpTo(REAL edge, std::size_t limit)
 }
 
 /// The text as GDI+ is given it: lines end with a line feed alone, which means the same to GDI+. A carriage
-/// return before it Wine 8 shows as a box (seen; Docs/decisions/0008-text-over-a-frame.md).
+/// return before it Wine 8 shows as a box (seen; Docs/decisions/0011-text-over-a-frame.md).
 std::wstring WithoutCarriageReturns(std::wstring_view text)
 {
     std::wstring lines;
@@ -310,7 +310,7 @@ GpStatus DrawOnCopy(GdiPlusSession& gdiPlus, const OverlayFrame& frame, const Fr
 // GDI+ may also draw on a copy of the bits it was given (Wine 8 does, measured). The bitmap tells, and is
 // asked once for each depth: where after the first text its bits are not the frame's, the picture is fetched
 // from it, and from then on such a GDI+ gets a copy of no more than the text covers. Figures are in
-// Docs/decisions/0008-text-over-a-frame.md.
+// Docs/decisions/0011-text-over-a-frame.md.
 GpStatus DrawOverlayText(GdiPlusSession& gdiPlus, const OverlayFrame& frame, std::wstring_view text)
 {
     const std::optional<FrameRows> rows = FrameRows::Of(frame);
