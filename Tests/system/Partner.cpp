@@ -22,6 +22,8 @@
 //
 //   save-graph FILE   sets up a filter and its camera at 127.0.0.1, builds a graph and saves it
 //   load-graph FILE   loads the graph, tells what came back, and runs it until a picture comes
+//   save-receiver FILE  sets up a filter that only listens to a group, delivers YUV, and saves it
+//   load-receiver FILE  loads it and tells what came back
 //   leave-behind      starts another process that inherits everything, tells its number, and ends
 //   linger            does nothing for a minute
 //   end before|after  ends with a filter that waits for frames; a module of the host, loaded before or after
@@ -61,6 +63,7 @@ bool ChangeSettings(IVxDSSource& control)
            IsFine("multicastip", control.SetMulticastAddress(ComText("239.192.7.7").Get())) &&
            IsFine("multicastport", control.SetMulticastPort(2042)) &&
            IsFine("diagnosticsenabled", control.SetDiagnosticsEnabled(TRUE)) &&
+           IsFine("paramchannel", control.SetParamChannel(1)) && // which a controller asks the camera for
            IsFine("buffercount", control.SetBufferCount(7)) &&
            IsFine("defaultbuffersize", control.SetDefaultBufferSize(4294967295U)) &&
            IsFine("dropthreshold", control.SetDropThreshold(3)) &&
@@ -89,19 +92,35 @@ void TellFeatures(IVxDSSource& control)
     }
 }
 
+/// Creates a filter by its class and changes its settings.
+bool CreateChangedFilter(ComPtr<IBaseFilter>& filter, ComPtr<IVxDSSource>& control)
+{
+    return IsFine("creation", ::CoCreateInstance(CLSID_VxDSSource, nullptr, CLSCTX_INPROC_SERVER,
+                                                 IID_IBaseFilter, filter.PutVoid())) &&
+           IsFine("control", filter.Query(IID_IVxDSSource, control)) && ChangeSettings(*control.Get());
+}
+
 bool SaveGraphInto(const std::filesystem::path& file)
 {
     ComPtr<IBaseFilter> filter;
     ComPtr<IVxDSSource> control;
-    if (!IsFine("creation", ::CoCreateInstance(CLSID_VxDSSource, nullptr, CLSCTX_INPROC_SERVER,
-                                               IID_IBaseFilter, filter.PutVoid())) ||
-        !IsFine("control", filter.Query(IID_IVxDSSource, control)) || !ChangeSettings(*control.Get()) ||
-        !IsFine("connect", control->Connect()) || !ChangeFeatures(*control.Get()))
+    if (!CreateChangedFilter(filter, control) || !IsFine("connect", control->Connect()) ||
+        !ChangeFeatures(*control.Get()))
         return false;
     TellFeatures(*control.Get());
     FrameCatcher catcher;
     const GrabberGraph graph(filter, MEDIASUBTYPE_RGB32, catcher);
     return graph.IsBuilt() && IsFine("save", SaveGraph(file, *filter.Get(), MEDIASUBTYPE_RGB32));
+}
+
+bool SaveReceiverInto(const std::filesystem::path& file)
+{
+    ComPtr<IBaseFilter> filter;
+    ComPtr<IVxDSSource> control;
+    return CreateChangedFilter(filter, control) && IsFine("role", control->SetRole(2)) &&
+           IsFine("paramsource", control->SetParamSource(ComText("Source7").Get())) &&
+           IsFine("outputpixeltype", control->SetOutputPixelType(1)) &&
+           IsFine("save", SaveGraph(file, *filter.Get(), MEDIASUBTYPE_YUY2));
 }
 
 void TellNumber(const char* name, IVxDSSource& control, HRESULT (STDMETHODCALLTYPE IVxDSSource::*get)(UINT*))
@@ -142,15 +161,31 @@ void TellSettings(IVxDSSource& control)
         Tell("output size", std::to_string(width) + " x " + std::to_string(height));
 }
 
+/// Loads a filter and tells its settings.
+bool LoadFilterFrom(const std::filesystem::path& file, ComPtr<IBaseFilter>& filter, GUID& subtype)
+{
+    ComPtr<IVxDSSource> control;
+    if (!IsFine("load", LoadGraph(file, filter, subtype)) ||
+        !IsFine("control", filter.Query(IID_IVxDSSource, control)))
+        return false;
+    TellSettings(*control.Get());
+    return true;
+}
+
+bool LoadReceiverFrom(const std::filesystem::path& file)
+{
+    ComPtr<IBaseFilter> filter;
+    GUID subtype{};
+    return LoadFilterFrom(file, filter, subtype);
+}
+
 bool LoadGraphFrom(const std::filesystem::path& file)
 {
     ComPtr<IBaseFilter> filter;
     ComPtr<IVxDSSource> control;
     GUID subtype{};
-    if (!IsFine("load", LoadGraph(file, filter, subtype)) ||
-        !IsFine("control", filter.Query(IID_IVxDSSource, control)))
+    if (!LoadFilterFrom(file, filter, subtype) || !IsFine("control", filter.Query(IID_IVxDSSource, control)))
         return false;
-    TellSettings(*control.Get());
     TellFeatures(*control.Get());
     FrameCatcher catcher;
     GrabberGraph graph(filter, subtype, catcher);
@@ -197,11 +232,17 @@ bool Do(const std::wstring& program, const std::vector<std::wstring>& arguments)
         return SaveGraphInto(arguments[1]);
     if (arguments.size() == 2 && arguments[0] == L"load-graph")
         return LoadGraphFrom(arguments[1]);
+    if (arguments.size() == 2 && arguments[0] == L"save-receiver")
+        return SaveReceiverInto(arguments[1]);
+    if (arguments.size() == 2 && arguments[0] == L"load-receiver")
+        return LoadReceiverFrom(arguments[1]);
     if (arguments == std::vector<std::wstring>{L"end", L"before"})
         return EndProcessAndReleaseFilter(HostModule::Before);
     if (arguments == std::vector<std::wstring>{L"end", L"after"})
         return EndProcessAndReleaseFilter(HostModule::After);
-    std::puts("usage: save-graph FILE | load-graph FILE | leave-behind | linger | end before|after");
+    std::puts(
+        "usage: save-graph FILE | load-graph FILE | save-receiver FILE | load-receiver FILE | leave-behind | "
+        "linger | end before|after");
     return false;
 }
 

@@ -36,10 +36,12 @@ protected:
         return Run(L"VX_PARTNER", arguments);
     }
 
+    using Values = std::map<std::string, std::string>;
+
     /// @return  the lines NAME=VALUE of an output
-    static std::map<std::string, std::string> ValuesIn(const std::string& output)
+    static Values ValuesIn(const std::string& output)
     {
-        std::map<std::string, std::string> values;
+        Values values;
         std::istringstream lines(output);
         for (std::string line; std::getline(lines, line);) {
             std::erase(line, '\r');
@@ -47,6 +49,14 @@ protected:
                 values[line.substr(0, equals)] = line.substr(equals + 1);
         }
         return values;
+    }
+
+    static void ExpectValues(const Values& found, const Values& expected)
+    {
+        for (const auto& [name, value] : expected) {
+            const auto at = found.find(name);
+            EXPECT_EQ(at != found.end() ? at->second : "(not told)", value) << name;
+        }
     }
 
 private:
@@ -59,14 +69,11 @@ private:
 TEST_F(SavedSettingsTest, AGraphComesBackInAnotherProcessWithItsSettingsAndTheCamerasFeatures)
 {
     const auto file = OutputFolder() / "saved-graph.grf";
-    std::map<std::string, std::string> saved;
     {
         VxSimulatedCamera camera;
         Start(camera, SmallCamera("BGR8"));
         const ProgramRun run = Partner({L"save-graph", file.wstring()});
         ASSERT_EQ(run.exitCode, 0u) << run.output;
-        saved = ValuesIn(run.output);
-        ASSERT_EQ(saved["Width"], "256") << run.output;
     }
     VxSimulatedCamera camera; // switched on anew: it has forgotten everything
     Start(camera, SmallCamera("BGR8"));
@@ -75,40 +82,67 @@ TEST_F(SavedSettingsTest, AGraphComesBackInAnotherProcessWithItsSettingsAndTheCa
 
     ASSERT_EQ(run.exitCode, 0u) << run.output;
     auto loaded = ValuesIn(run.output);
-    for (const char* const feature : {"Width", "Height", "ExposureTime", "Gamma"})
-        EXPECT_EQ(loaded[feature], saved[feature]) << feature;
     // The source is learned from the camera, the rest was set.
-    const std::map<std::string, std::string> settings{{"role", "0"},
-                                                      {"unicastport", "4711"},
-                                                      {"multicastip", "239.192.7.7"},
-                                                      {"multicastport", "2042"},
-                                                      {"diagnosticsenabled", "1"},
-                                                      {"deviceid", "127.0.0.1"},
-                                                      {"paramsource", "Source0"},
-                                                      {"paramchannel", "0"},
-                                                      {"buffercount", "7"},
-                                                      {"defaultbuffersize", "-1"},
-                                                      {"dropthreshold", "3"},
-                                                      {"outputpixeltype", "0"},
-                                                      {"kernelsize", "3"},
-                                                      {"zoomvalue", "-2"},
-                                                      {"output size", "200 x 150"}};
-    for (const auto& [name, value] : settings)
-        EXPECT_EQ(loaded[name], value) << name;
+    ExpectValues(loaded, {{"role", "0"},
+                          {"unicastport", "4711"},
+                          {"multicastip", "239.192.7.7"},
+                          {"multicastport", "2042"},
+                          {"diagnosticsenabled", "1"},
+                          {"deviceid", "127.0.0.1"},
+                          {"paramsource", "Source0"},
+                          {"paramchannel", "1"},
+                          {"buffercount", "7"},
+                          {"defaultbuffersize", "-1"},
+                          {"dropthreshold", "3"},
+                          {"outputpixeltype", "0"},
+                          {"kernelsize", "3"},
+                          {"zoomvalue", "-2"},
+                          {"output size", "200 x 150"},
+                          {"Width", "256"},
+                          {"Height", "240"},
+                          {"ExposureTime", "1234"},
+                          {"Gamma", "1.5"}});
     EXPECT_EQ(loaded["picture"], "200 x 150, 120000 bytes"); // RGB32
+}
+
+TEST_F(SavedSettingsTest, AReceiverComesBackInAnotherProcessWithItsRoleChannelAndOutput)
+{
+    const auto file = OutputFolder() / "saved-receiver.grf";
+    const ProgramRun saving = Partner({L"save-receiver", file.wstring()});
+    ASSERT_EQ(saving.exitCode, 0u) << saving.output;
+
+    const ProgramRun run = Partner({L"load-receiver", file.wstring()});
+
+    ASSERT_EQ(run.exitCode, 0u) << run.output;
+    ExpectValues(ValuesIn(run.output), {{"role", "2"},
+                                        {"unicastport", "4711"},
+                                        {"multicastip", "239.192.7.7"},
+                                        {"multicastport", "2042"},
+                                        {"diagnosticsenabled", "1"},
+                                        {"deviceid", "127.0.0.1"},
+                                        {"paramsource", "Source7"},
+                                        {"paramchannel", "1"},
+                                        {"buffercount", "7"},
+                                        {"defaultbuffersize", "-1"},
+                                        {"dropthreshold", "3"},
+                                        {"outputpixeltype", "1"},
+                                        {"kernelsize", "3"},
+                                        {"zoomvalue", "-2"},
+                                        {"output size", "0 x 0"}});
 }
 
 TEST_F(SavedSettingsTest, ADefaultIsThereWhenTheNextProcessCreatesTheFilter)
 {
     VxSimulatedCamera camera;
     Start(camera, SmallCamera("BGR8"));
-    const ProgramRun saving = VxGrab({L"--device-id", L"127.0.0.1", L"--save-default"});
+    const ProgramRun saving =
+        VxGrab({L"--device-id", L"127.0.0.1", L"--output-size", L"200x150", L"--save-default"});
     ASSERT_EQ(saving.exitCode, 0u) << saving.output;
 
     const ProgramRun run = VxGrab({L"--frames", L"3", L"--summary"});
 
     EXPECT_EQ(run.exitCode, 0u) << run.output;
-    EXPECT_THAT(run.output, AllOf(HasSubstr("camera: 127.0.0.1 ("), HasSubstr("format: RGB24 320 x 240")));
+    EXPECT_THAT(run.output, AllOf(HasSubstr("camera: 127.0.0.1 ("), HasSubstr("format: RGB24 200 x 150")));
 }
 
 TEST_F(SavedSettingsTest, AClearedDefaultIsGoneInTheNextProcess)
