@@ -2,10 +2,25 @@
 
 #include <cmath>
 
+namespace {
+
+/// @param step  -1, 0 or 1
+/// @return  where a neighbour lies: beyond the edge the picture is its own mirror image about the outermost
+/// pixel
+std::uint32_t Mirrored(std::uint32_t place, int step, std::uint32_t count)
+{
+    const std::int64_t neighbour = std::int64_t{place} + step;
+    const bool isBeyond = neighbour < 0 || neighbour >= std::int64_t{count};
+    return static_cast<std::uint32_t>(isBeyond ? std::int64_t{place} - step : neighbour);
+}
+
+} // namespace
+
 BilinearDemosaic::BilinearDemosaic(std::span<const std::byte> mosaic, std::uint32_t widthPx,
                                    Filter firstRow[2], Filter secondRow[2])
     : m_mosaic(mosaic),
       m_widthPx(widthPx),
+      m_heightPx(static_cast<std::uint32_t>(mosaic.size() / widthPx)), // whole rows
       m_filters{{firstRow[0], firstRow[1]}, {secondRow[0], secondRow[1]}}
 {
 }
@@ -26,8 +41,8 @@ std::uint8_t BilinearDemosaic::MeanOf(Filter wanted, std::uint32_t xPx, std::uin
         int count = 0;
         for (int dy = -1; dy <= 1; ++dy) {
             for (int dx = -1; dx <= 1; ++dx) {
-                const auto x = static_cast<std::uint32_t>(static_cast<int>(xPx) + dx);
-                const auto y = static_cast<std::uint32_t>(static_cast<int>(yPx) + dy);
+                const std::uint32_t x = Mirrored(xPx, dx, m_widthPx);
+                const std::uint32_t y = Mirrored(yPx, dy, m_heightPx);
                 if (dx * dx + dy * dy != distance || FilterAt(x, y) != wanted)
                     continue;
                 sum += static_cast<double>(m_mosaic[std::size_t{y} * m_widthPx + x]);
@@ -35,7 +50,8 @@ std::uint8_t BilinearDemosaic::MeanOf(Filter wanted, std::uint32_t xPx, std::uin
             }
         }
         if (count > 0)
-            return static_cast<std::uint8_t>(std::lround(sum / count));
+            return static_cast<std::uint8_t>(
+                std::lround(sum / count)); // of two or four: halves are exact, and go up
     }
     return 0; // every 2 x 2 pixels have every colour
 }
