@@ -131,6 +131,21 @@ ProcessUse MeasureProcess()
     return use;
 }
 
+ProcessUse MeasureProcessAtRest()
+{
+    constexpr int kSame = 10;                    // chosen: some ten milliseconds
+    constexpr std::chrono::seconds kPatience{5}; // chosen: as below; after that the last count has to do
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    ProcessUse use = MeasureProcess();
+    for (int same = 0; same < kSame && std::chrono::steady_clock::now() < deadline;) {
+        ::SwitchToThread();
+        const ProcessUse next = MeasureProcess();
+        same = next == use ? same + 1 : 0;
+        use = next;
+    }
+    return use;
+}
+
 bool IsWithin(const ProcessUse& use, const ProcessUse& limit)
 {
     const auto isWithin = [&](const auto& typeAndCount) {

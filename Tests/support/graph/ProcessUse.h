@@ -14,10 +14,16 @@ struct ProcessUse {
     /// library gives a mutex its event when two threads first meet there, and keeps it as long as the mutex
     /// lives.
     void AllowEvents(std::size_t count);
+
+    [[nodiscard]] bool operator==(const ProcessUse& other) const = default;
 };
 
 /// Counts now. The counting itself leaves nothing behind.
 [[nodiscard]] ProcessUse MeasureProcess();
+
+/// Counts again and again until the count stays the same for a while: the system takes back what a thread
+/// held a moment after the thread has ended, and what is counted too much would hide a loss.
+[[nodiscard]] ProcessUse MeasureProcessAtRest();
 
 /// Counts again and again until nothing exceeds the limit, or the time is over: the system takes back what a
 /// thread held a moment after the thread has ended.
