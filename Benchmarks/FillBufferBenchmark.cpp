@@ -1,15 +1,15 @@
 #include "MedianTable.h"
-#include "StandingPicture.h"
 
-#include "BaseClasses/CSource.h"
 #include "VxCamera/pixel/VxPixelFormat.h"
 #include "VxDSSource/stream/AcquisitionMutex.h"
 #include "VxDSSource/stream/VxDSStream.h"
 #include "VxDSSource/yuv422/Yuv422Formula.h"
+#include "support/camera/StandingPicture.h"
 #include "support/directshow/ComApartment.h"
 #include "support/directshow/TestObject.h"
 #include "support/registry/PrivateUserRegistry.h"
 #include "unit/VxDSSource/stream/CanarySample.h"
+#include "unit/VxDSSource/stream/HostFilter.h"
 
 #include <benchmark/benchmark.h>
 #include <opencv2/core.hpp>
@@ -29,19 +29,6 @@ namespace {
 
 constexpr std::uint32_t kWidthPx = 1920;
 constexpr std::uint32_t kHeightPx = 1080;
-
-class BenchmarkFilter final : public CSource {
-public:
-    BenchmarkFilter() : CSource("benchmark", nullptr, CLSID_NULL)
-    {
-        HRESULT hr = S_OK;
-        m_pin = new VxDSStream(&hr, this, L"Output");
-    }
-    [[nodiscard]] VxDSStream& Pin() { return *m_pin; }
-
-private:
-    VxDSStream* m_pin = nullptr; // owned by CSource
-};
 
 // Fixed by the order in which the pin offers its types.
 enum class Output : int { Rgb24 = 0, Rgb32 = 1, Yuy2 = 3 };
@@ -132,7 +119,7 @@ void MeasureOurs(benchmark::State& state, const Work& work)
         state.SkipWithError("no picture");
         return;
     }
-    auto* const filter = new BenchmarkFilter;
+    auto* const filter = new HostFilter;
     filter->NonDelegatingAddRef();
     SetUp(filter->Pin(), work);
     CanarySample sample(SampleBytes(work.output));

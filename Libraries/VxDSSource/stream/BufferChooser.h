@@ -1,11 +1,12 @@
 #pragma once
 
+#include "VxDSSource/camera/VxBuffer.h"
 #include "VxDSSource/stream/FrameStatistics.h"
 
+#include <concepts>
 #include <cstdint>
-#include <functional>
+#include <utility>
 
-class VxBuffer;
 class VxPipeline;
 
 namespace vxds {
@@ -32,6 +33,13 @@ private:
     VxBuffer* m_buffer = nullptr;     // borrowed from the pipeline until Release
 };
 
+/// Waits for the next buffer, good or not.
+/// @return  empty when none came in time
+[[nodiscard]] HeldBuffer RetrieveNext(VxPipeline& pipeline);
+
+/// @param dropThreshold  compared as a signed number
+[[nodiscard]] bool AreTooManyWaiting(const VxPipeline& pipeline, std::uint32_t dropThreshold);
+
 /// Takes the newest good buffer, skipping older ones while too many wait.
 ///
 /// A buffer that arrived incomplete goes back at once and counts nowhere; a good one that is skipped counts
@@ -44,8 +52,24 @@ private:
 ///                           camera that sends incomplete images only, or faster than they are skipped, would
 ///                           never let go.
 /// @return  empty when no good buffer arrived in time
+template <std::predicate Question>
 [[nodiscard]] HeldBuffer ChooseBuffer(VxPipeline& pipeline, std::uint32_t dropThreshold,
-                                      FrameStatistics& statistics,
-                                      const std::function<bool()>& isWantedElsewhere);
+                                      FrameStatistics& statistics, const Question& isWantedElsewhere)
+{
+    HeldBuffer held;
+    while (HeldBuffer next = RetrieveNext(pipeline)) {
+        if ((*next).GetOperationResult().IsOK()) {
+            held = std::move(next);
+            if (dropThreshold == 0 || !AreTooManyWaiting(pipeline, dropThreshold) || isWantedElsewhere())
+                break;
+            statistics.CountDroppedBlock();
+        } else {
+            next.Release();
+            if (isWantedElsewhere())
+                break;
+        }
+    }
+    return held;
+}
 
 } // namespace vxds

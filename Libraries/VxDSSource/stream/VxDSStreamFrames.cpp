@@ -4,6 +4,7 @@
 #include "BaseClasses/VxTryLock.h"
 #include "VxDSSource/camera/VxBuffer.h"
 #include "VxDSSource/camera/VxImage.h"
+#include "VxDSSource/stream/VxMediaTypes.h"
 
 #include <algorithm>
 #include <chrono>
@@ -19,9 +20,11 @@ namespace {
 // not the streaming thread.
 constexpr DWORD kMutexTimeoutMs = 500;
 
+constexpr REFERENCE_TIME kUnitsPerMillisecond = 10'000; // fixed by DirectShow: of 100 ns
+
 // Fixed: the frame time that every media type names, in whole milliseconds. Frames for which nothing was
 // waited (no camera is set, or acquisition did not start) come no faster; else they would take a whole core.
-constexpr std::chrono::milliseconds kNominalFrameTime{33};
+constexpr std::chrono::milliseconds kNominalFrameTime{kNominalTimePerFrame / kUnitsPerMillisecond};
 
 /// The sample's own memory; empty when it has none.
 std::span<std::uint8_t> MemoryOf(IMediaSample& sample)
@@ -158,9 +161,11 @@ void VxDSStream::AdoptFormatOf(IMediaSample& sample)
     AM_MEDIA_TYPE* changed = nullptr;
     if (sample.GetMediaType(&changed) != S_OK || changed == nullptr)
         return;
-    const CMediaType type(*changed);
+    HRESULT copied = S_OK;
+    const CMediaType type(*changed, &copied);
     DeleteMediaType(changed);
-    std::ignore = SetMediaType(&type); // without memory the old type stays
+    if (SUCCEEDED(copied))
+        std::ignore = SetMediaType(&type); // without memory, here or there, the old type stays
 }
 
 HeldBuffer VxDSStream::TakeBuffer()

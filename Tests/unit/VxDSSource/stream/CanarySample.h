@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <utility>
@@ -50,6 +51,7 @@ public:
     std::optional<std::pair<LONGLONG, LONGLONG>> mediaTime;
     bool isSyncPoint = false;
     std::optional<CMediaType> attached; ///< a format change that comes with the sample
+    std::function<void()> onTypeTaken;  ///< called when it was given out
 
     STDMETHODIMP GetPointer(BYTE** buffer) override
     {
@@ -76,6 +78,8 @@ public:
     STDMETHODIMP GetMediaType(AM_MEDIA_TYPE** type) override
     {
         *type = attached ? CreateMediaType(&*attached) : nullptr;
+        if (onTypeTaken)
+            onTypeTaken();
         return attached ? S_OK : S_FALSE;
     }
     STDMETHODIMP SetMediaType(AM_MEDIA_TYPE*) override { return E_NOTIMPL; }

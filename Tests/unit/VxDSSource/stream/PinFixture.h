@@ -1,7 +1,7 @@
 #pragma once
 
-#include "BaseClasses/CSource.h"
-#include "VxDSSource/stream/VxDSStream.h"
+#include "HostFilter.h"
+
 #include "support/camera/CameraDouble.h"
 #include "support/directshow/ComApartment.h"
 #include "support/registry/PrivateUserRegistry.h"
@@ -10,25 +10,6 @@
 
 #include <string>
 #include <vector>
-
-/// A filter that does nothing but own the pin under test.
-///
-/// Owner:  its references: PinFixture has one.
-/// Thread: any.
-class HostFilter final : public CSource {
-public:
-    HostFilter() : CSource("host", nullptr, CLSID_NULL)
-    {
-        HRESULT hr = S_OK;
-        m_pin = new VxDSStream(&hr, this, L"Output");
-        EXPECT_EQ(hr, S_OK);
-    }
-
-    [[nodiscard]] VxDSStream& Pin() { return *m_pin; }
-
-private:
-    VxDSStream* m_pin = nullptr; // owned by CSource
-};
 
 /// A pin with the scripted camera behind it and a registry of its own.
 class PinFixture : public testing::Test {

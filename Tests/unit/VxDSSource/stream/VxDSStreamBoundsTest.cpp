@@ -1,6 +1,7 @@
 #include "FramesFixture.h"
 
 #include "BaseClasses/BitmapSizes.h"
+#include "unit/VxDSSource/filter/TaskMemorySpy.h"
 
 #include <uuids.h>
 
@@ -106,6 +107,29 @@ TEST_F(VxDSStreamBoundsTest, TakesATypeThatComesWithTheSample)
     AM_MEDIA_TYPE* now = nullptr;
     ASSERT_EQ(Pin().GetFormat(&now), S_OK);
     EXPECT_EQ(HEADER(now->pbFormat)->biWidth, 6);
+    DeleteMediaType(now);
+}
+
+TEST_F(VxDSStreamBoundsTest, KeepsItsTypeWhereThereIsNoMemoryForTheOneThatComesWithTheSample)
+{
+    Stream(4, 2);
+    UseType(0, 4, 2);
+    CMediaType wider;
+    ASSERT_TRUE(vxds::BuildOfferedType(1, {6, 2}, wider));
+    Queue(TestPicture(4, 2));
+    CanarySample sample(6 * 2 * 4);
+    sample.attached.emplace(wider);
+    sample.onTypeTaken = [] { TheTaskMemory().isExhausted = true; };
+
+    Fill(sample);
+
+    TheTaskMemory().isExhausted = false;
+    EXPECT_EQ(TheCamera().Pictures().front(), "image.Attach 4x2 02180015 padding 0");
+    AM_MEDIA_TYPE* now = nullptr;
+    ASSERT_EQ(Pin().GetFormat(&now), S_OK);
+    EXPECT_EQ(now->subtype, MEDIASUBTYPE_RGB24);
+    ASSERT_EQ(now->cbFormat, sizeof(VIDEOINFOHEADER)) << "it lost its block";
+    EXPECT_EQ(HEADER(now->pbFormat)->biWidth, 4);
     DeleteMediaType(now);
 }
 

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-/// The camera behind the benchmark's pin: a stream whose pipeline gives out the same picture again and again,
-/// at once.
+/// The camera behind the pin where its own work is measured: a stream whose pipeline gives out the same
+/// picture again and again, at once.
 ///
 /// Its source file stands in for the streaming half of the camera library at link time; pictures and
 /// conversion are the library's own.

@@ -1,4 +1,4 @@
-#include "StandingPicture.h"
+#include "support/camera/StandingPicture.h"
 
 #include "VxCamera/surface/ParameterList.h"
 #include "VxCamera/surface/VxBufferImpl.h"
