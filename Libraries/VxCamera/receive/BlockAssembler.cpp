@@ -213,8 +213,8 @@ void BlockAssembler::TakeStatus(const gvsp::PacketHeader& header, OpenBlock& blo
         return;
     }
     m_counters.packetsRefused.Add();
-    if (block.Missing().IsMissing(header.packetId))
-        block.asking.isGivenUp = true; // without this packet the others are of no use
+    if (block.Missing().IsMissing(header.packetId)) // without this packet the others are of no use
+        block.asking.isGivenUp = block.asking.isRefused = true;
 }
 
 /// @return  the block of the packet, opened if it is a new one; null when that block is finished
@@ -341,7 +341,9 @@ bool BlockAssembler::IsOldestDue(Time now) const
         return true;
     if (block.overtakenAt && block.IsPictureWhole())
         return true;
-    const bool isEnded = block.overtakenAt || (block.IsEnded() && block.asking.isGivenUp);
+    // An end that nobody has seen is a guess: who does not answer either may only have paused.
+    const bool isEndKnown = block.HasTrailer() || block.asking.isRefused;
+    const bool isEnded = block.overtakenAt || (block.IsEnded() && isEndKnown && block.asking.isGivenUp);
     if (isEnded && !IsHoped(block, now))
         return true;
     const auto deadline = DeadlineOf(0);

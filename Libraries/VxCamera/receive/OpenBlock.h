@@ -76,6 +76,8 @@ public:
     /// The camera has sent the end of the block, or should have: whatever is not here is missing.
     void ExpectEnd(Time now);
 
+    [[nodiscard]] bool HasTrailer() const { return m_hasTrailer; }
+
     /// Whether the end of the block has come, or counts as lost.
     [[nodiscard]] bool IsEnded() const;
 

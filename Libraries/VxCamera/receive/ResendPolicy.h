@@ -34,6 +34,7 @@ struct ResendSettings {
 struct BlockAsking {
     std::uint64_t asked = 0; ///< packets, repetitions included
     bool isGivenUp = false;  ///< nothing more is asked for
+    bool isRefused = false;  ///< and the camera has said that it has not got what is missing
 };
 
 /// Where requests go.

@@ -161,6 +161,22 @@ TEST_F(ResendTest, PacketsLostBeforeAPauseAreAskedForAllTheSame)
     EXPECT_LT(m_camera.packetsAskedFor, m_camera.packetsLost * 11 / 10);
 }
 
+TEST_F(ResendTest, APauseThatIsLongerThanThePatienceOfRequestsLosesNothing)
+{
+    LossyCamera camera({}, Lines(40)); // so few that some packets may be asked for twice and no more
+    camera.Change().framePeriod = 200ms;
+    camera.Change().answers = false; // who pauses does not answer either
+    BlockAssembler assembler({}, m_sink, m_counters, &camera);
+    camera.Stream(3, assembler);
+    camera.Change().pausesBefore = 28;
+    camera.Change().pause = 100ms;
+
+    camera.Stream(1, assembler);
+
+    EXPECT_GT(camera.requests, 0u);
+    EXPECT_EQ(m_sink.Complete(), 4u);
+}
+
 TEST_F(ResendTest, SmallFramesAreCompleteToo)
 {
     LossyCamera camera({.dropShare = 0.05}, Lines(5));
