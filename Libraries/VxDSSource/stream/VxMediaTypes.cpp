@@ -214,7 +214,8 @@ VIDEO_STREAM_CONFIG_CAPS CapabilityOf(PictureSize size)
     caps.MaxFrameInterval = kLongestInterval;
     caps.MinBitsPerSecond = kFewestBitsPerSecond;
     // Fixed: wraps at 32 bits for large pictures; the field has no more.
-    caps.MaxBitsPerSecond = static_cast<LONG>(size.heightPx * size.widthPx * kBitsPerSecondAndPixel);
+    const std::uint32_t bitsPerSecond = size.heightPx * size.widthPx * kBitsPerSecondAndPixel;
+    caps.MaxBitsPerSecond = static_cast<LONG>(bitsPerSecond);
     return caps;
 }
 

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -54,7 +55,7 @@ std::uint32_t Next(std::uint32_t& state)
 int GreyOf(const cv::Mat& picture, int x, int y)
 {
     const std::uint8_t* const pixel = picture.ptr(y, x);
-    return static_cast<int>(0.114 * pixel[0] + 0.587 * pixel[1] + 0.299 * pixel[2] + 0.5);
+    return static_cast<int>(std::lround(0.114 * pixel[0] + 0.587 * pixel[1] + 0.299 * pixel[2]));
 }
 
 int MedianAround(const cv::Mat& picture, int x, int y, int kernelSize)

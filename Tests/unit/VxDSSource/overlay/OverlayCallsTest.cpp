@@ -252,7 +252,7 @@ TEST_F(OverlayCallsTest, LeavesMemoryBehindTheFrameAlone)
 
         std::ignore = Draw(frame);
 
-        for (std::size_t i = 7 * 5 * 3; i < frame.Frame().memory.size(); ++i)
+        for (std::size_t i = std::size_t{7} * 5 * 3; i < frame.Frame().memory.size(); ++i)
             ASSERT_EQ(frame.Frame().memory[i], GuardedFrame::StaleByte(i));
     }
 }

@@ -48,7 +48,9 @@ protected:
         m_pin.multicastPort = 1042;
         for (const RoleLine& each : kRoles) {
             m_pin.role = each.role;
-            EXPECT_EQ(vxds::StatusSummary(m_pin), before + each.line + behind);
+            std::wstring expected = before;
+            expected.append(each.line).append(behind);
+            EXPECT_EQ(vxds::StatusSummary(m_pin), expected);
         }
     }
 
