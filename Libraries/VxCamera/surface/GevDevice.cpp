@@ -17,8 +17,8 @@ namespace {
 using std::chrono::milliseconds;
 
 // Chosen: a user who named a camera that is not there learns it within half a second; that includes a stream
-// which is opened all the same, and looks for the camera, too.
-constexpr milliseconds kFindTimeout{350};
+// which is opened all the same and looks for the camera for another 100 ms, and 100 ms for all the rest.
+constexpr milliseconds kFindTimeout{300};
 
 // Chosen: a camera that is well gives control back within milliseconds, and one that is not must not keep an
 // application from closing.
