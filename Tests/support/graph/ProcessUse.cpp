@@ -168,6 +168,26 @@ ProcessUse MeasureProcessUntilWithin(const ProcessUse& limit)
     return use;
 }
 
+HeapUse MeasureHeaps()
+{
+    HeapUse use;
+    std::vector<HANDLE> heaps(::GetProcessHeaps(0, nullptr));
+    heaps.resize(std::min<std::size_t>(::GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()),
+                                       heaps.size()));
+    for (const HANDLE heap : heaps) {
+        ::HeapLock(heap);
+        PROCESS_HEAP_ENTRY entry{};
+        while (::HeapWalk(heap, &entry)) {
+            if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) == 0)
+                continue;
+            ++use.blocks;
+            use.bytes += entry.cbData;
+        }
+        ::HeapUnlock(heap);
+    }
+    return use;
+}
+
 std::string Describe(const ProcessUse& use)
 {
     std::ostringstream text;

@@ -33,5 +33,14 @@ struct ProcessUse {
 /// @return  whether nothing exceeds the limit: no type of handle, not the threads, not the sockets
 [[nodiscard]] bool IsWithin(const ProcessUse& use, const ProcessUse& limit);
 
+/// What this process has allocated on its heaps, whoever holds it.
+struct HeapUse {
+    std::size_t blocks = 0;
+    std::size_t bytes = 0;
+};
+
+/// Counts now.
+[[nodiscard]] HeapUse MeasureHeaps();
+
 /// @return  the counts in words
 [[nodiscard]] std::string Describe(const ProcessUse& use);
