@@ -168,7 +168,7 @@ protected:
 
 TEST_F(VxDSStreamDiagnosticsTest, ShowsTheSummaryOverThePicture)
 {
-    for (const int position : {0, 1}) {
+    for (const int position : {0, 1, 2}) { // RGB24, RGB32, ARGB32
         for (const int height : {480, -480}) {
             TheCamera().stream->Add<ScriptedFloat>("AcquisitionRate").value = 29.9;
             Stream(641, 480);
@@ -184,6 +184,8 @@ TEST_F(VxDSStreamDiagnosticsTest, ShowsTheSummaryOverThePicture)
             EXPECT_EQ(sample.Copy(),
                       WithText(AsBitmap(picture, bits / 8U, height > 0), kStreamingText, 641, height, bits))
                 << bits << " bits, height " << height;
+            for (std::size_t i = 3; bits == 32 && i < sample.Bytes().size(); i += 4)
+                ASSERT_EQ(sample.Bytes()[i], 255) << "opaque, also under the text";
             EXPECT_TRUE(sample.mediaTime);
             std::ignore = Pin().OnThreadDestroy();
             m_isStreaming = false;
