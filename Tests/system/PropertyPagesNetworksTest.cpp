@@ -1,0 +1,40 @@
+#include "system/PropertyFrame.h"
+#include "system/RoadTest.h"
+
+#include "VxDSSource/pages/ResourceIds.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::UnorderedElementsAre;
+using Tab = PropertyFrame::Tab;
+
+/// The source settings page on a machine with several networks, as run-in-networks has made them.
+class PropertyPagesNetworksTest : public RoadTest {};
+
+TEST_F(PropertyPagesNetworksTest, ListsCamerasOfEveryNetworkButThoseInAWrongSubnet)
+{
+    const auto filter = m_module.CreateFilter();
+    const auto control = ControlOf(filter);
+    PropertyFrame frame(filter, m_module.Module());
+    HWND const page = frame.Show(Tab::Parameters);
+    HWND const list = ::GetDlgItem(page, IDC_DEVICE);
+
+    EXPECT_THAT(EntriesOf(list), UnorderedElementsAre(L"SimulatedCamera [02-00-00-00-00-01]",
+                                                      L"SimulatedCamera [02-00-00-00-00-03]"));
+    frame.Save(frame.Window(), "frame-parameters-networks");
+
+    const auto entries = EntriesOf(list);
+    const auto chosen = std::ranges::find(entries, L"SimulatedCamera [02-00-00-00-00-01]");
+    ASSERT_NE(chosen, entries.end());
+    ChooseEntry(list, static_cast<int>(chosen - entries.begin()));
+    EXPECT_EQ(frame.Apply(page), S_OK);
+
+    BOOL isConnected = FALSE;
+    EXPECT_EQ(control->SetParameterArray(1), S_OK);
+    EXPECT_EQ(control->IsParameterArrayAvailable(&isConnected), S_OK);
+    EXPECT_TRUE(isConnected) << "the camera's own features are there";
+}
+
+} // namespace
