@@ -63,6 +63,12 @@ HRESULT BrowserPage::OnDeactivate()
     return SourcePage::OnDeactivate();
 }
 
+HRESULT BrowserPage::OnDisconnect()
+{
+    m_refresher.Stop(); // runs still where a frame lets go of a page that it did not deactivate
+    return SourcePage::OnDisconnect();
+}
+
 INT_PTR BrowserPage::OnReceiveMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
@@ -128,7 +134,7 @@ void BrowserPage::BuildTree()
         m_tree.Expand();
     }
     if (!m_refresher.IsRunning())
-        m_refresher.Start(*m_source.Get(), m_hwnd);
+        m_refresher.Start(m_source, m_hwnd);
 }
 
 void BrowserPage::InsertFeatures()

@@ -14,6 +14,7 @@ class BrowserPage final : public pages::SourcePage {
 public:
     explicit BrowserPage(LPUNKNOWN outer);
 
+    HRESULT OnDisconnect() override;
     HRESULT OnActivate() override;
     HRESULT OnDeactivate() override;
     INT_PTR OnReceiveMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) override;

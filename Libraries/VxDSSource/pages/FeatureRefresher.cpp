@@ -48,13 +48,13 @@ void FeatureRefresher::Add(HTREEITEM leaf, FeatureEntry feature)
     m_rows[leaf].feature = std::move(feature);
 }
 
-void FeatureRefresher::Start(IVxDSSource& source, HWND page)
+void FeatureRefresher::Start(VxComPtr<IVxDSSource> source, HWND page)
 {
     m_isStopping = false;
     try {
-        m_thread = std::thread([this, &source, page] {
+        m_thread = std::thread([this, source = std::move(source), page] {
             const VxRunningThread counted;
-            Run(source, page);
+            Run(*source.Get(), page);
         });
     } catch (const std::system_error&) {
         // The system starts no further thread; the next choice of a set tries again.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BaseClasses/VxComPtr.h"
 #include "VxBase/VxMutex.h"
 #include "VxDSSource/filter/IVxDSSource.h"
 
@@ -56,8 +57,8 @@ public:
     void Add(HTREEITEM leaf, FeatureEntry feature);
 
     /// Without memory for a thread the values stay as they are.
-    /// @param source  borrowed until Stop
-    void Start(IVxDSSource& source, HWND page);
+    /// @param source  held until Stop
+    void Start(VxComPtr<IVxDSSource> source, HWND page);
     /// Waits, without limit, for the call to the filter that is under way; 50 ms where there is none.
     void Stop();
     [[nodiscard]] bool IsRunning() const { return m_thread.joinable(); }

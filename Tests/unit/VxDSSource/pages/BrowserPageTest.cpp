@@ -562,6 +562,22 @@ TEST_F(BrowserPageTest, NoThreadReadsAfterThePageIsLeft)
     EXPECT_THAT(source.TakeCalls(), IsEmpty());
 }
 
+TEST_F(BrowserPageTest, PageThatLosesItsFilterWhileItIsShownReadsNoMore)
+{
+    Show();
+    ASSERT_TRUE(WaitForText(L"MACAddress: 02-00-00-00-00-01"));
+
+    EXPECT_EQ(Page().Page().SetObjects(0, nullptr), S_OK);
+
+    EXPECT_EQ(source.References(), 0);
+    source.ForgetCalls();
+    ::Sleep(150);
+    EXPECT_THAT(source.TakeCalls(), IsEmpty());
+    SelectItem(L"MACAddress");
+    ChooseSet(1);
+    EXPECT_THAT(source.TakeCalls(), IsEmpty()) << "and asks no more";
+}
+
 TEST_F(BrowserPageTest, LeavingWaitsForTheCallThatIsUnderWayAndNoLonger)
 {
     constexpr auto kSlow = std::chrono::milliseconds(400); // a camera that takes its time

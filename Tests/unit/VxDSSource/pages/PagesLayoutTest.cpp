@@ -289,6 +289,20 @@ TEST_F(PagesLayoutTest, PagesHaveTheSizesOfTheirTemplates)
     expectSize(NewPage<AboutPage>(), 344, 223);
 }
 
+TEST_F(PagesLayoutTest, PagesHaveTheCommonControlsOfTheManifest)
+{
+    OpenPage page(NewPage<BrowserPage>());
+    Show<BrowserPage>(page);
+
+    // This program has no manifest of its own; only the newer buttons answer this.
+    SIZE size{};
+    EXPECT_TRUE(::SendMessageW(page.Item(IDC_SET), BCM_GETIDEALSIZE, 0, reinterpret_cast<LPARAM>(&size)));
+    HWND const usual = ::CreateWindowExW(0, WC_BUTTONW, L"Usual", WS_CHILD, 0, 0, 10, 10, page.Frame(),
+                                         nullptr, g_hInst, nullptr);
+    EXPECT_FALSE(::SendMessageW(usual, BCM_GETIDEALSIZE, 0, reinterpret_cast<LPARAM>(&size)))
+        << "and the host's other windows keep theirs";
+}
+
 TEST_F(PagesLayoutTest, TheScreenHasTheResolutionThatIsToBeTested)
 {
     constexpr UINT kUsualDpi = 96;
