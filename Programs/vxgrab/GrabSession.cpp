@@ -136,7 +136,7 @@ VxResult GrabSession::ShowPages()
             console::PrintError("warning: " + connected.GetDescription().Narrow() + "\n");
     }
     return ShowPropertyPages(m_filter, m_control ? kFilterName : VxWideFromUtf8(m_deviceName),
-                             m_options.moduleFile.empty() ? nullptr : &m_module, m_stop);
+                             m_options.moduleFile.empty() ? nullptr : &m_module, m_stop.Handle());
 }
 
 VxResult GrabSession::ServeFeatures(const ComPtr<IVxDSSource>& control)

@@ -65,15 +65,15 @@ private:
     std::vector<DWORD> m_cookies;
 };
 
-/// Closes the calling thread's windows when the stop signal comes, for one scope: the system's frame has a
-/// loop of its own, which does not know the signal.
+/// Closes the calling thread's windows when the stop event is set, for one scope: the system's frame has a
+/// loop of its own, which does not know the event.
 ///
 /// Owner:  ShowPropertyPages, by value.
 /// Thread: the calling thread; its own one waits.
 class WindowCloser final {
 public:
-    explicit WindowCloser(const StopSignal& stop)
-        : m_thread([this, &stop, windows = ::GetCurrentThreadId()] { Wait(stop, windows); })
+    explicit WindowCloser(HANDLE stop)
+        : m_thread([this, stop, windows = ::GetCurrentThreadId()] { Wait(stop, windows); })
     {
     }
     ~WindowCloser()
@@ -88,9 +88,9 @@ private:
     // Chosen: a message box over the frame is closed first, the frame with the next try.
     static constexpr DWORD kRetryMs = 250;
 
-    void Wait(const StopSignal& stop, DWORD windows)
+    void Wait(HANDLE stop, DWORD windows)
     {
-        const HANDLE events[] = {m_isOver.Handle(), stop.Handle()};
+        const HANDLE events[] = {m_isOver.Handle(), stop};
         if (::WaitForMultipleObjects(2, events, FALSE, INFINITE) == WAIT_OBJECT_0)
             return;
         do {
@@ -112,7 +112,7 @@ private:
 } // namespace
 
 VxResult ShowPropertyPages(const ComPtr<IBaseFilter>& device, const std::wstring& caption,
-                           const LoadedModule* module, const StopSignal& stop)
+                           const LoadedModule* module, HANDLE stop)
 {
     ComPtr<ISpecifyPropertyPages> pageSource;
     if (FAILED(device.Query(IID_ISpecifyPropertyPages, pageSource)))

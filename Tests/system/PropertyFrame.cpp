@@ -108,7 +108,7 @@ void PropertyFrame::Serve(const vxgrab::LoadedModule& module)
     m_threadId = ::GetCurrentThreadId();
     m_runner = MakeRunner();
     ::SetEvent(m_isReady);
-    const VxResult shown = vxgrab::ShowPropertyPages(m_filter, L"the camera", &module, m_stop);
+    const VxResult shown = vxgrab::ShowPropertyPages(m_filter, L"the camera", &module, m_stop.Handle());
     EXPECT_TRUE(shown.IsOK()) << shown.GetDescription().GetAscii();
     m_result = shown.IsOK() ? S_OK : E_FAIL;
     ::DestroyWindow(m_runner);
@@ -156,6 +156,15 @@ PropertyFrame::Duration PropertyFrame::Close()
 {
     const auto start = std::chrono::steady_clock::now();
     ::PostMessageW(m_frame, WM_CLOSE, 0, 0);
+    m_thread.join();
+    m_frame = nullptr;
+    return std::chrono::steady_clock::now() - start;
+}
+
+PropertyFrame::Duration PropertyFrame::Stop()
+{
+    const auto start = std::chrono::steady_clock::now();
+    m_stop.Set();
     m_thread.join();
     m_frame = nullptr;
     return std::chrono::steady_clock::now() - start;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "vxgrab/ComPtr.h"
+#include "vxgrab/Event.h"
 #include "vxgrab/LoadedModule.h"
-#include "vxgrab/StopSignal.h"
 
 #include <windows.h>
 
@@ -45,6 +45,9 @@ public:
     /// @return  how long that took
     Duration Close();
 
+    /// Closes the frame, and what is over it, as a program's own stop does.
+    Duration Stop();
+
     /// Does something on the frame's thread and waits for it.
     void Run(const std::function<void()>& action) const;
 
@@ -65,7 +68,7 @@ private:
     [[nodiscard]] HWND FindWindowOfThread(const std::function<bool(HWND)>& isMeant) const;
 
     vxgrab::ComPtr<IBaseFilter> m_filter;
-    vxgrab::StopSignal m_stop;
+    vxgrab::Event m_stop{vxgrab::Event::Reset::Manual};
     HANDLE m_isReady;        // event: m_runner is there
     HWND m_runner = nullptr; // takes what Run carries
     DWORD m_threadId = 0;

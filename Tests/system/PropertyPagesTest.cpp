@@ -375,6 +375,21 @@ TEST_F(PropertyPagesTest, ClosingWhileTheCameraIsGoneNeverHangs)
     EXPECT_TRUE(m_module.IsUnused());
 }
 
+TEST_F(PropertyPagesTest, ProgramsStopClosesTheFrameAndTheMessageBoxOverIt)
+{
+    VxSimulatedCamera camera;
+    Start(camera, SmallCamera("Mono8"));
+    PropertyFrame& frame = Open(FilterFor(camera));
+    HWND const page = frame.Show(Tab::Browser);
+    ChooseEntry(Item(page, IDC_FEATURE_SET), 1);
+    TreeReader(Item(page, IDC_FEATURES)).Select(L"Width");
+    Type(page, IDC_VALUE, L"wide");
+    ::PostMessageW(Item(page, IDC_SET), BM_CLICK, 0, 0);
+    ASSERT_NE(frame.WaitForMessageBox(), nullptr);
+
+    EXPECT_LT(frame.Stop(), kPatience);
+}
+
 TEST_F(PropertyPagesTest, TabKeyTravelsThroughThePage)
 {
     PropertyFrame& frame = Open(m_module.CreateFilter());

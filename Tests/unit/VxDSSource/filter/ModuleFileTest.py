@@ -50,6 +50,12 @@ class ModuleFileTest(unittest.TestCase):
         written = os.stat(self.module).st_mtime
         self.assertLess(abs(written - linked), 600, f"linked {text}, written {written}")
 
+    def test_carries_its_manifest(self):
+        with open(self.module, "rb") as file:
+            content = file.read()
+        for text in ("Microsoft.Windows.Common-Controls", "PerMonitorV2"):
+            self.assertIn(text.encode(), content)
+
     def test_carries_its_version(self):
         with open(self.module, "rb") as file:
             content = file.read()
