@@ -11,7 +11,7 @@ namespace control {
 namespace {
 
 // Chosen: room for the answers of many cameras at once; an answer takes about 1 KiB of the system's memory.
-constexpr std::size_t kReceiveBufferBytes = 256 * 1024;
+constexpr std::size_t kReceiveBufferBytes = std::size_t{256} * 1024;
 
 std::vector<transport::Ipv4Endpoint> TargetsOn(const transport::NetworkInterface& described)
 {

@@ -29,6 +29,7 @@ void RunAtOnce(const std::vector<std::function<void()>>& actions)
 {
     Latch all(static_cast<std::ptrdiff_t>(actions.size())); // a few
     std::vector<std::thread> threads;
+    threads.reserve(actions.size());
     for (const auto& action : actions)
         threads.emplace_back([&all, &action] {
             all.count_down();
