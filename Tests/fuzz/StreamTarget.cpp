@@ -19,6 +19,7 @@ void Receive(fuzz::Bytes bytes)
     receive::FakeSink sink(kBuffers, kBufferBytes);
     receive::StreamCounters counters;
     receive::BlockAssembler assembler({}, sink, counters);
+    assembler.SetCameraPicture(receive::PictureShape{0x01080001, 16, 8}); // for chunk data
     receive::BlockAssembler::Time now{};
     for (fuzz::Input input(bytes); !input.IsEmpty();) {
         const unsigned wait = input.Byte();

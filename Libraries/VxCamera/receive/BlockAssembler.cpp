@@ -167,7 +167,7 @@ OpenBlock::Effect BlockAssembler::Take(OpenBlock& block, const gvsp::Packet& pac
     const gvsp::PacketHeader& header = packet.header;
     switch (header.format) {
     case PacketFormat::Leader:
-        return header.packetId == 0 ? block.OnLeader(ReadGeometry(packet.data), now)
+        return header.packetId == 0 ? block.OnLeader(ReadGeometry(packet.data, m_cameraPicture), now)
                                     : OpenBlock::Effect::Malformed;
     case PacketFormat::AllIn:
         return block.OnAllIn(packet.data, now);
@@ -252,6 +252,15 @@ bool BlockAssembler::IsRestart(const gvsp::Packet& packet, std::int64_t step, Ti
     return !isTheFinished && (step < -kLateBlocks || now - m_lastPacketTime >= kRestartPause);
 }
 
+/// Of chunk data only the blocks before tell how much comes behind the picture.
+std::size_t BlockAssembler::WantedBytes(const BlockGeometry& geometry) const
+{
+    if (geometry.code != VxError::Ok)
+        return 0;
+    const bool isChunkData = geometry.payloadType.Type() == gvsp::PayloadType::kChunkData;
+    return isChunkData ? std::max(geometry.imageBytes, m_chunkDataBytes) : geometry.imageBytes;
+}
+
 OpenBlock& BlockAssembler::Open(const gvsp::Packet& packet, Time now)
 {
     if (m_openCount >= m_mostOpen)
@@ -261,8 +270,9 @@ OpenBlock& BlockAssembler::Open(const gvsp::Packet& packet, Time now)
 
     OpenBlock* const block = m_open[m_openCount];
     block->Begin({header.blockId, header.idMode, m_stepBytes, m_lastGeometry, m_lastEndId, now});
-    const BlockGeometry geometry = HasLeader(header.format) ? ReadGeometry(packet.data) : m_lastGeometry;
-    block->SetBuffer(m_sink.TakeFree(geometry.code == VxError::Ok ? geometry.imageBytes : 0));
+    const BlockGeometry geometry =
+        HasLeader(header.format) ? ReadGeometry(packet.data, m_cameraPicture) : m_lastGeometry;
+    block->SetBuffer(m_sink.TakeFree(WantedBytes(geometry)));
 
     // Sorted in: a block that was overtaken comes in front of the one that overtook it.
     std::size_t place = m_openCount++;
@@ -472,6 +482,8 @@ void BlockAssembler::LearnFrom(const OpenBlock& block)
         m_lastGeometry = block.Geometry();
     if (!block.HasLeader() || !block.IsStored() || !block.IsDone())
         return;
+    if (block.Geometry().payloadType.Type() == gvsp::PayloadType::kChunkData)
+        m_chunkDataBytes = block.PayloadBytes();
     m_lastEndId = block.EndId();
     constexpr int kForgetting = 8; // chosen: after some dozen blocks a long pause counts no more
     m_longestPause = std::max(block.LongestPause(), m_longestPause - m_longestPause / kForgetting);

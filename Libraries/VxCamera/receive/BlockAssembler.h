@@ -79,6 +79,9 @@ public:
     /// @param blocks  how many are filled at the same time, at most; 1 to 64
     void SetMostOpen(std::size_t blocks);
 
+    /// @param picture  what the first chunk of chunk data is; none: not known
+    void SetCameraPicture(const std::optional<PictureShape>& picture) { m_cameraPicture = picture; }
+
     /// @param datagram  of the camera
     void OnPacket(std::span<const std::byte> datagram, Time now);
 
@@ -138,6 +141,7 @@ private:
     [[nodiscard]] Time::duration TailTimeout() const;
     void FinishOldest(Time now);
     void LearnFrom(const OpenBlock& block);
+    [[nodiscard]] std::size_t WantedBytes(const BlockGeometry& geometry) const;
     void CountBlock(const BlockInfo& info);
 
     AssemblySettings m_settings;
@@ -155,6 +159,8 @@ private:
     std::uint64_t m_lastTimestamp = 0;           // ticks, of that block
     gvsp::IdMode m_idMode = gvsp::IdMode::Standard;
     BlockGeometry m_lastGeometry;
+    std::optional<PictureShape> m_cameraPicture;
+    std::size_t m_chunkDataBytes = 0; // of the block of chunk data before
     std::size_t m_stepBytes = 0;
     std::uint32_t m_lastEndId = 0;   // of a block that was complete; 0: none was
     Time::duration m_longestPause{}; // inside such blocks, lately

@@ -64,6 +64,15 @@ void TakeImage(BlockGeometry& geometry, std::span<const std::byte> leader)
         geometry.code = VxError::Truncated;
 }
 
+void TakeShape(BlockGeometry& geometry, const PictureShape& shape)
+{
+    gvsp::ImageLeader fields; // as a leader with the same picture would have them
+    fields.pixelFormat = shape.pixelFormat;
+    fields.widthPx = shape.widthPx;
+    fields.heightPx = shape.heightPx;
+    TakeFields(geometry, fields);
+}
+
 void TakeFirstImage(BlockGeometry& geometry, std::span<const std::byte> leader)
 {
     constexpr std::size_t kMostParts = 256; // fixed: packets name their part with 8 bits
@@ -91,7 +100,7 @@ bool IsSameShape(const BlockGeometry& a, const BlockGeometry& b)
     return a == later;
 }
 
-BlockGeometry ReadGeometry(std::span<const std::byte> leader)
+BlockGeometry ReadGeometry(std::span<const std::byte> leader, const std::optional<PictureShape>& ofCamera)
 {
     BlockGeometry geometry;
     const auto start = gvsp::ParseLeaderStart(leader);
@@ -105,6 +114,8 @@ BlockGeometry ReadGeometry(std::span<const std::byte> leader)
         TakeFirstImage(geometry, leader);
     else if (start->payloadType.HasImageLeader())
         TakeImage(geometry, leader);
+    else if (start->payloadType.Type() == gvsp::PayloadType::kChunkData && ofCamera)
+        TakeShape(geometry, *ofCamera);
     else
         geometry.code = VxError::NotAnImage;
     return geometry;

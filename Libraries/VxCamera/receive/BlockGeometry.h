@@ -10,6 +10,15 @@
 
 namespace receive {
 
+/// What the camera's features say of its pictures, for payloads whose leader does not tell.
+struct PictureShape {
+    std::uint32_t pixelFormat = 0;
+    std::uint32_t widthPx = 0;
+    std::uint32_t heightPx = 0;
+
+    bool operator==(const PictureShape&) const = default;
+};
+
 /// The picture that a leader announces, with its sizes checked.
 struct BlockGeometry {
     /// Ok; NotAnImage: a payload of another kind; InvalidData: sizes that no picture can have
@@ -35,10 +44,13 @@ struct BlockGeometry {
 /// Whether both announce pictures that take the same packets.
 [[nodiscard]] bool IsSameShape(const BlockGeometry& a, const BlockGeometry& b);
 
-/// The first image of a multi-part payload is its picture.
+/// The first image of a multi-part payload is its picture; that of chunk data is the first chunk, of which
+/// the leader tells nothing.
 /// @param leader  data of a leader packet
+/// @param ofCamera  for chunk data; none: they count as no image
 /// @return  code Truncated when the leader is cut
-[[nodiscard]] BlockGeometry ReadGeometry(std::span<const std::byte> leader);
+[[nodiscard]] BlockGeometry ReadGeometry(std::span<const std::byte> leader,
+                                         const std::optional<PictureShape>& ofCamera = std::nullopt);
 
 /// The same picture with fewer lines; for trailers that say so.
 /// @param heightPx  1 to geometry's height

@@ -1,6 +1,7 @@
 #include "VxCamera/receive/OpenBlock.h"
 
 #include "VxCamera/wire/gvsp/BlockLayout.h"
+#include "VxCamera/wire/gvsp/ChunkData.h"
 #include "VxCamera/wire/gvsp/ImageLeader.h"
 #include "VxCamera/wire/gvsp/ImageTrailer.h"
 #include "VxCamera/wire/gvsp/MultiPart.h"
@@ -17,8 +18,9 @@ using gvsp::PacketFormat;
 // Chosen: far below what any camera sends. It bounds the number of packets that a buffer can have.
 constexpr std::size_t kSmallestStepBytes = 64;
 
-// Chosen: more than 1 GiB in packets of 1,500 bytes. Parts that are no picture are not bounded by the buffer.
-constexpr std::uint32_t kMostPartPackets = 1 << 20;
+// Chosen: more than 1 GiB in packets of 1,500 bytes. Parts that are no picture, and chunks, are not bounded
+// by the buffer.
+constexpr std::uint32_t kMostPackets = 1 << 20;
 
 } // namespace
 
@@ -143,11 +145,16 @@ OpenBlock::Effect OpenBlock::OnPlainPayload(std::uint32_t packetId, std::span<co
     if (!FitStep(packetId, data.size(), now))
         return Effect::WrongSize;
     const std::uint64_t offset = gvsp::PayloadOffset(packetId, m_stepBytes);
-    if (offset >= Capacity())
+    // Chunks come behind the picture for which the buffer is, and are told by no leader.
+    const bool mayEndOutside = m_hasLeader && m_geometry.payloadType.HasChunks() && packetId <= kMostPackets;
+    if (offset >= Capacity() && !mayEndOutside)
         return Effect::OutOfRange;
     if (!FitLength(packetId, data.size(), now))
         return Effect::WrongSize;
-    Store(static_cast<std::size_t>(offset), data); // below the capacity
+    if (offset < Capacity())
+        Store(static_cast<std::size_t>(offset), data); // below the capacity
+    else
+        m_payloadBytes += data.size();
     Count(packetId, now);
     return Effect::Stored;
 }
@@ -157,7 +164,7 @@ OpenBlock::Effect OpenBlock::OnPartPayload(std::uint32_t packetId, std::span<con
     const auto part = gvsp::ParsePartPayload(data);
     if (!part)
         return Effect::Malformed;
-    if (packetId > kMostPartPackets)
+    if (packetId > kMostPackets)
         return Effect::OutOfRange;
     if (part->partId == *PartId() && part->offsetBytes < Capacity())
         Store(static_cast<std::size_t>(part->offsetBytes), part->data); // below the capacity
@@ -295,8 +302,8 @@ std::uint32_t OpenBlock::EndId() const
     if (!isPlainPicture || m_stepBytes == 0 || m_geometry.payloadType.HasChunks())
         return 0;
     const std::uint64_t packets = gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes);
-    constexpr std::uint64_t kMostPackets = 0xFF'FFFF; // fixed by the standard header; more is no picture
-    return packets < kMostPackets ? static_cast<std::uint32_t>(packets + 1) : 0;
+    constexpr std::uint64_t kMostIds = 0xFF'FFFF; // fixed by the standard header; more is no picture
+    return packets < kMostIds ? static_cast<std::uint32_t>(packets + 1) : 0;
 }
 
 void OpenBlock::ExpectEnd(Time now)
@@ -344,8 +351,21 @@ VxError OpenBlock::Code(const BlockGeometry& sent) const
         return VxError::CameraError;
     if (!m_hasTrailer)
         return IsPictureWhole() ? VxError::Ok : VxError::MissingPackets;
+    const bool isChunkData = m_geometry.payloadType.Type() == gvsp::PayloadType::kChunkData;
+    if (isChunkData && PacketsMissing() == 0)
+        return CodeOfChunkData();
     return PacketsMissing() == 0 && m_payloadBytes >= sent.leastImageBytes ? VxError::Ok
                                                                            : VxError::MissingPackets;
+}
+
+/// Whether the first chunk is the picture that the camera's features announce.
+VxError OpenBlock::CodeOfChunkData() const
+{
+    if (m_payloadBytes > Capacity())
+        return VxError::BufferTooSmall; // the list of chunks is at its end
+    const auto first = gvsp::FirstChunkBytes(m_buffer->memory.first(m_payloadBytes));
+    const bool isPicture = first && *first >= m_geometry.leastImageBytes && *first <= m_geometry.imageBytes;
+    return isPicture ? VxError::Ok : VxError::NotAnImage;
 }
 
 BlockBuffer* OpenBlock::Finish(const BlockGeometry& lastGeometry)
@@ -359,6 +379,8 @@ BlockBuffer* OpenBlock::Finish(const BlockGeometry& lastGeometry)
     info.blockId = m_start.blockId;
     info.timestampTicks = m_geometry.timestampTicks;
     info.geometry = m_hasLeader ? sent : lastGeometry;
+    if (info.code == VxError::BufferTooSmall)
+        info.geometry.memoryBytes = std::max(info.geometry.memoryBytes, m_payloadBytes);
     info.packetsMissing = info.code == VxError::MissingPackets ? PacketsMissing() : 0;
     info.receivedBytes = std::min(m_payloadBytes, Capacity());
     m_buffer = nullptr;

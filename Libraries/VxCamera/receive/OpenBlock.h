@@ -100,6 +100,7 @@ public:
     [[nodiscard]] Time FirstPacketTime() const { return m_start.now; }
     [[nodiscard]] Time LastPacketTime() const { return m_lastPacketTime; }
     [[nodiscard]] std::uint64_t PayloadPackets() const { return m_payloadPackets; }
+    [[nodiscard]] std::size_t PayloadBytes() const { return m_payloadBytes; }
     [[nodiscard]] std::uint32_t HighestId() const { return m_highestId; }
 
     /// When a packet came that no later one had overtaken, and the longest time between two such packets.
@@ -133,6 +134,7 @@ private:
     [[nodiscard]] std::uint64_t PacketsMissing() const;
     [[nodiscard]] BlockGeometry GeometryAsSent() const;
     [[nodiscard]] VxError Code(const BlockGeometry& sent) const;
+    [[nodiscard]] VxError CodeOfChunkData() const;
     void Forget();
 
     Start m_start;

@@ -95,9 +95,20 @@ void StreamReceiver::SetLink(std::shared_ptr<const StreamLink> link)
     {
         const VxLock lock(m_ordersMutex);
         m_orders.link.swap(link); // the one before ends outside of the lock
+        m_orders.cameraPicture.reset();
         m_hasOrders = true;
     }
     m_socket->Wake(); // the way through a firewall is opened at once
+}
+
+void StreamReceiver::SetCameraPicture(const std::optional<PictureShape>& picture)
+{
+    {
+        const VxLock lock(m_ordersMutex);
+        m_orders.cameraPicture = picture;
+        m_hasOrders = true;
+    }
+    m_socket->Wake(); // before the next packet is looked at
 }
 
 bool StreamReceiver::CanResend() const
@@ -117,6 +128,7 @@ void StreamReceiver::TakeOrders()
         orders = m_orders;
     }
     m_assembler.SetSettings(orders.settings);
+    m_assembler.SetCameraPicture(orders.cameraPicture);
     if (orders.link.get() == m_resend.Link())
         return;
     m_resend.SetLink(std::move(orders.link));

@@ -54,6 +54,8 @@ public:
 
     /// @param link  null: this host does not control the camera (any more)
     void SetLink(std::shared_ptr<const StreamLink> link);
+    /// @param picture  what the camera's features say, for chunk data; none: not known. Until another link.
+    void SetCameraPicture(const std::optional<PictureShape>& picture);
     /// Whether packets are asked for again: this host controls the camera, and it offers that.
     [[nodiscard]] bool CanResend() const;
 
@@ -113,6 +115,7 @@ private:
     struct Orders {
         AssemblySettings settings;
         std::shared_ptr<const StreamLink> link; // shared with the thread, see StreamLink
+        std::optional<PictureShape> cameraPicture;
     };
 
     const std::unique_ptr<transport::IUdpSocket> m_socket;

@@ -183,6 +183,8 @@ VxResult GevDevice::StreamEnable(std::uint32_t)
                 if (auto opened = Direct().opened; !opened.IsOK())
                     return opened;
             m_isStreaming = true;
+            if (m_features != nullptr && m_features->Map() != nullptr)
+                m_streamControl.TellPicture(PictureInChunksOf(*m_features->Map()));
         }
         return Lock(true);
     });

@@ -38,3 +38,17 @@ std::uint32_t PayloadSizeOf(genapi::NodeMap& map)
     const std::uint64_t bytes = (width * height * bits + 7) / 8;
     return bytes <= kMostBytes ? static_cast<std::uint32_t>(bytes) : 0;
 }
+
+std::optional<receive::PictureShape> PictureInChunksOf(genapi::NodeMap& map)
+{
+    const auto lock = map.Hold(); // the four belong together
+    const auto active = map.Find("ChunkModeActive");
+    if (!active || !map.GetBoolean(*active).ValueOr(false))
+        return std::nullopt;
+    // All fit: see PositiveValue.
+    const receive::PictureShape picture{static_cast<std::uint32_t>(PositiveValue(map, "PixelFormat")),
+                                        static_cast<std::uint32_t>(PositiveValue(map, "Width")),
+                                        static_cast<std::uint32_t>(PositiveValue(map, "Height"))};
+    const bool isKnown = picture.pixelFormat != 0 && picture.widthPx != 0 && picture.heightPx != 0;
+    return isKnown ? std::optional(picture) : std::nullopt;
+}

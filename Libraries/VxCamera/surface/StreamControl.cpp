@@ -60,6 +60,12 @@ void StreamControl::Connect(const Camera& camera, const transport::Ipv4Endpoint&
     StreamLinks::Connect(receiver, m_link);
 }
 
+void StreamControl::TellPicture(const std::optional<receive::PictureShape>& picture)
+{
+    if (m_link)
+        StreamLinks::TellPicture(m_link, picture);
+}
+
 void StreamControl::Disconnect()
 {
     if (m_link)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VxCamera/control/DeviceSession.h"
+#include "VxCamera/receive/BlockGeometry.h"
 #include "VxCamera/receive/StreamLink.h"
 #include "VxCamera/surface/SmallerPackets.h"
 #include "VxCamera/transport/ISocketFactory.h"
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 /// What a device in control does for the receiver of its stream: tells it whom to ask for lost packets and
 /// where to open a firewall, and sends smaller packets when large ones do not come through.
@@ -32,6 +34,10 @@ public:
     /// @param stepDown  makes packets smaller; called from a thread of its own until Disconnect
     void Connect(const Camera& camera, const transport::Ipv4Endpoint& receiver, std::uint32_t channel,
                  std::function<void()> stepDown);
+
+    /// Tells the receiver what the camera's pictures are like, for payloads whose leader does not. Harmless
+    /// when there is none. As Connect: from one thread at a time.
+    void TellPicture(const std::optional<receive::PictureShape>& picture);
 
     /// The receiver is on its own again. Harmless when there is none.
     void Disconnect();

@@ -5,7 +5,7 @@
 
 namespace {
 
-VxMutex g_mutex; // ends with the module, after every stream
+VxMutex g_mutex;                                                  // ends with the module, after every stream
 constinit VxStreamImpl* g_first VX_GUARDED_BY(g_mutex) = nullptr; // a chain through nextStream
 
 } // namespace
@@ -33,6 +33,14 @@ void StreamLinks::Connect(const transport::Ipv4Endpoint& receiver,
     const VxLock lock(g_mutex);
     for (VxStreamImpl* stream = g_first; stream != nullptr; stream = stream->nextStream)
         stream->TakeLink(receiver, link);
+}
+
+void StreamLinks::TellPicture(const std::shared_ptr<const receive::StreamLink>& link,
+                              const std::optional<receive::PictureShape>& picture)
+{
+    const VxLock lock(g_mutex);
+    for (VxStreamImpl* stream = g_first; stream != nullptr; stream = stream->nextStream)
+        stream->TakePicture(link, picture);
 }
 
 void StreamLinks::Disconnect(const std::shared_ptr<const receive::StreamLink>& link)

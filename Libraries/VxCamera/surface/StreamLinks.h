@@ -1,9 +1,11 @@
 #pragma once
 
+#include "VxCamera/receive/BlockGeometry.h"
 #include "VxCamera/receive/StreamLink.h"
 #include "VxCamera/transport/Ipv4Endpoint.h"
 
 #include <memory>
+#include <optional>
 
 class VxStreamImpl;
 
@@ -22,6 +24,10 @@ public:
     /// joined, when the camera sends to a group.
     static void Connect(const transport::Ipv4Endpoint& receiver,
                         const std::shared_ptr<const receive::StreamLink>& link);
+
+    /// Tells every stream that has the link what the camera's pictures are like, see StreamReceiver.
+    static void TellPicture(const std::shared_ptr<const receive::StreamLink>& link,
+                            const std::optional<receive::PictureShape>& picture);
 
     /// Takes the link from every stream that still has it.
     static void Disconnect(const std::shared_ptr<const receive::StreamLink>& link);

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "VxCamera/control/ControlText.h"
+
 VxResult VxBufferImpl::OperationResult() const
 {
     switch (operationCode) {
@@ -16,7 +18,9 @@ VxResult VxBufferImpl::OperationResult() const
         return {operationCode, "the picture takes " + std::to_string(neededBytes) +
                                    " bytes, the buffer has " + std::to_string(picture.Memory().size())};
     case VxError::NotAnImage:
-        return {operationCode, "block " + std::to_string(blockId) + " carries no image"};
+        return {operationCode, "block " + std::to_string(blockId) + " carries " +
+                                   std::string(carried.Name()) + " (payload type " +
+                                   control::HexText(carried.bits) + ") and no picture that could be found"};
     case VxError::CameraError:
         return {operationCode, "the camera lost data of block " + std::to_string(blockId)};
     case VxError::InvalidData:

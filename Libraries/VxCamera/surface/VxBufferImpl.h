@@ -2,6 +2,7 @@
 
 #include "VxBase/VxResult.h"
 #include "VxCamera/surface/PictureMemory.h"
+#include "VxCamera/wire/gvsp/PayloadType.h"
 #include "VxDSSource/camera/VxBuffer.h"
 
 #include <cstddef>
@@ -13,6 +14,7 @@ struct VxBufferImpl {
     VxError operationCode = VxError::NotInitialized; ///< so until the buffer was filled
     std::uint64_t packetsMissing = 0;                ///< of a block with MissingPackets
     std::size_t neededBytes = 0;                     ///< of a block with BufferTooSmall
+    gvsp::PayloadType carried;                       ///< what its leader says
     PictureMemory picture;
     std::uint64_t blockId = 0;
     std::uint64_t timestampTicks = 0;

@@ -38,6 +38,7 @@ void VxPipelineImpl::Slot::Describe()
     state.operationCode = info.code;
     state.packetsMissing = info.packetsMissing;
     state.neededBytes = info.geometry.memoryBytes;
+    state.carried = info.geometry.payloadType;
     state.payloadType = info.code == VxError::NotAnImage ? VxPayloadType::Other : VxPayloadType::Image;
     const receive::BlockGeometry& geometry = info.geometry;
     const bool hasPicture =

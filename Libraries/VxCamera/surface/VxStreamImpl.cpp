@@ -95,6 +95,14 @@ void VxStreamImpl::DropLink(const std::shared_ptr<const receive::StreamLink>& li
         m_receiver->SetLink(nullptr);
 }
 
+void VxStreamImpl::TakePicture(const std::shared_ptr<const receive::StreamLink>& link,
+                               const std::optional<receive::PictureShape>& picture)
+{
+    const VxLock lock(m_mutex);
+    if (m_link == link && m_receiver != nullptr)
+        m_receiver->SetCameraPicture(picture);
+}
+
 void VxStreamImpl::Close()
 {
     const VxLock lock(m_mutex);

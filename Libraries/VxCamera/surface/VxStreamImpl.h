@@ -47,6 +47,10 @@ public:
                   const std::shared_ptr<const receive::StreamLink>& link);
     void DropLink(const std::shared_ptr<const receive::StreamLink>& link);
 
+    /// Takes what whoever has this link says of the camera's pictures; nothing when it is another's.
+    void TakePicture(const std::shared_ptr<const receive::StreamLink>& link,
+                     const std::optional<receive::PictureShape>& picture);
+
     /// The next one in the chain of StreamLinks, which guards it.
     VxStreamImpl* nextStream = nullptr;
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <string_view>
 
 namespace gvsp {
 
@@ -43,6 +45,18 @@ struct PayloadType {
     [[nodiscard]] constexpr bool HasImageLeader() const
     {
         return Type() == kImage || Type() == kExtendedChunkData;
+    }
+
+    /// @return  what it is in words, for people
+    [[nodiscard]] constexpr std::string_view Name() const
+    {
+        constexpr std::array<std::string_view, 12> kNames{
+            "nothing known",       "an image", "raw data",  "a file", "chunk data",
+            "extended chunk data", "JPEG",     "JPEG 2000", "H.264",  "a multi-zone image",
+            "several parts",       "GenDC"};
+        if (Type() >= kFirstDeviceSpecific)
+            return "what only its maker knows";
+        return kNames[Type() < kNames.size() ? Type() : 0];
     }
 
     bool operator==(const PayloadType&) const = default;

@@ -181,6 +181,81 @@ TEST_F(BlockAssemblerPayloadTest, TheOldExtendedChunkDataHaveAPictureToo)
     EXPECT_EQ(m_sink.delivered[0].info.geometry.heightPx, 40u);
 }
 
+TEST_F(BlockAssemblerPayloadTest, ChunksOfManyPacketsBehindAPictureThatFillsItsBufferDoNoHarm)
+{
+    m_stream.leader.start.payloadType = {gvsp::PayloadType::kImage | gvsp::PayloadType::kChunksFollow};
+    m_stream.payloadBytes = 64 * 48 + 2000; // the buffer ends with the picture
+    SendBlock(1);
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::Ok);
+    EXPECT_EQ(m_sink.delivered[0].info.receivedBytes, 64u * 48);
+    EXPECT_EQ(m_counters.packetsOutOfRange.Value(), 0u);
+}
+
+/// Chunk data with a picture of Mono8, 4 x 2 pixels, and a chunk of three bytes behind it.
+const auto kChunkLeader = bytes::FromHex("0000 0001 01 000000 | 0000 0004 00000000 00000007");
+const auto kChunkPayload = bytes::FromHex("0000 0001 03 000001 | 0102030405060708 | 00000001 00000008 |"
+                                          "AABBCC 00000002 00000003");
+const auto kChunkTrailer = bytes::FromHex("0000 0001 02 000002 | 0000 0004 0000001B");
+constexpr PictureShape kSmallPicture{0x01080001, 4, 2};
+
+TEST_F(BlockAssemblerPayloadTest, ChunkDataBeginWithThePictureThatTheFeaturesAnnounce)
+{
+    m_assembler.SetCameraPicture(kSmallPicture);
+    SendAll({kChunkLeader, kChunkPayload, kChunkTrailer});
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::Ok);
+    EXPECT_EQ(m_sink.delivered[0].info.geometry.widthPx, 4u);
+    EXPECT_EQ(m_sink.delivered[0].info.geometry.heightPx, 2u);
+    EXPECT_EQ(bytes::Copy(bytes::First(m_sink.delivered[0].memory, 8)), bytes::FromHex("0102030405060708"));
+}
+
+TEST_F(BlockAssemblerPayloadTest, ChunkDataWhoseFirstChunkIsNotThatPictureAreNoImage)
+{
+    m_assembler.SetCameraPicture(PictureShape{0x01080001, 4, 3});
+    SendAll({kChunkLeader, kChunkPayload, kChunkTrailer});
+    m_assembler.Abort(); // the same id comes again
+    m_assembler.SetCameraPicture(kSmallPicture);
+    auto broken = kChunkPayload;
+    broken.back() = std::byte{4}; // the list of chunks leads nowhere
+    SendAll({kChunkLeader, broken, kChunkTrailer});
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    EXPECT_EQ(CodeOf(0), VxError::NotAnImage);
+    EXPECT_EQ(CodeOf(1), VxError::NotAnImage);
+    EXPECT_EQ(m_sink.delivered[1].info.geometry.payloadType.bits, gvsp::PayloadType::kChunkData);
+}
+
+TEST_F(BlockAssemblerPayloadTest, ChunkDataWithoutTheirPayloadOrTrailerAreIncomplete)
+{
+    m_assembler.SetCameraPicture(kSmallPicture);
+    SendAll({kChunkLeader, kChunkTrailer});
+    Wait(300ms);
+    m_assembler.Abort();
+    SendAll({kChunkLeader, kChunkPayload});
+    Wait(300ms);
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
+    EXPECT_EQ(CodeOf(1), VxError::MissingPackets);
+}
+
+TEST_F(BlockAssemblerPayloadTest, ChunkDataLargerThanTheBufferSayHowMuchTheyTake)
+{
+    m_assembler.SetCameraPicture(PictureShape{0x01080001, 64, 48}); // fills the buffer
+    m_stream.leader.start.payloadType = {gvsp::PayloadType::kChunkData};
+    m_stream.payloadBytes = 64 * 48 + 2000;
+    SendBlock(1);
+    SendBlock(2);
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    EXPECT_EQ(CodeOf(0), VxError::BufferTooSmall);
+    EXPECT_EQ(m_sink.delivered[0].info.geometry.memoryBytes, 64u * 48 + 2000);
+    EXPECT_EQ(m_sink.wanted, (std::vector<std::size_t>{64 * 48, 64 * 48 + 2000})) << "of the next block";
+}
+
 TEST_F(BlockAssemblerPayloadTest, ChunkDataWithoutALeaderOfAnImageAreNoImage)
 {
     m_stream.leader.start.payloadType = {gvsp::PayloadType::kChunkData};

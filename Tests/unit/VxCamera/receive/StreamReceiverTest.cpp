@@ -236,6 +236,34 @@ TEST_F(StreamReceiverTest, LeadersWithoutPayloadAreTold)
     EXPECT_TRUE(link.isPayloadMissing);
 }
 
+TEST_F(StreamReceiverTest, WhatTheFeaturesSayOfThePictureCountsForTheNextPacketUntilAnotherLink)
+{
+    OneBufferSink sink(1);
+    OneBufferSink later(1);
+    const auto leader = bytes::FromHex("0000 0001 01 000000 | 0000 0004 00000000 00000007");
+    const auto payload = bytes::FromHex("0000 0001 03 000001 | 0102030405060708 | 00000001 00000008");
+    const auto trailer = bytes::FromHex("0000 0001 02 000002 | 0000 0004 00000010");
+    const auto put = [&] {
+        for (const auto* packet : {&leader, &payload, &trailer})
+            m_socket->Put(kCamera, *packet);
+    };
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    m_socket->WaitUntilIdle();
+
+    m_receiver.SetCameraPicture(PictureShape{0x01080001, 4, 2});
+    put();
+    sink.delivered.wait();
+    m_receiver.Stop();
+    m_receiver.SetLink(nullptr);
+    ASSERT_TRUE(m_receiver.Start(later).IsOK());
+    put();
+    later.delivered.wait();
+    m_receiver.Stop();
+
+    EXPECT_EQ(sink.last.code, VxError::Ok);
+    EXPECT_EQ(later.last.code, VxError::NotAnImage);
+}
+
 TEST_F(StreamReceiverTest, SettingsAreTakenOverWhileItRuns)
 {
     AssemblySettings settings = m_receiver.Settings();

@@ -57,4 +57,33 @@ TEST_F(PayloadSizeTest, ReachesUpToWhat32BitsHold)
     EXPECT_EQ(SizeOf("", "65536", "65536", "0x01080001"), 0u);
 }
 
+class PictureInChunksTest : public NodeMapFixture {
+protected:
+    [[nodiscard]] std::optional<receive::PictureShape> PictureOf(const std::string& chunkMode,
+                                                                 const std::string& width)
+    {
+        Load(chunkMode + "<Integer Name=\"Width\"><Value>" + width +
+             "</Value></Integer><Integer Name=\"Height\"><Value>48</Value></Integer>"
+             "<Enumeration Name=\"PixelFormat\"><EnumEntry Name=\"F\"><Value>0x01080001</Value></EnumEntry>"
+             "<Value>0x01080001</Value></Enumeration>");
+        return PictureInChunksOf(*map);
+    }
+    static std::string ChunkMode(const std::string& value)
+    {
+        return "<Boolean Name=\"ChunkModeActive\"><Value>" + value + "</Value></Boolean>";
+    }
+};
+
+TEST_F(PictureInChunksTest, IsWhatTheFeaturesSayWhileChunksAreSent)
+{
+    EXPECT_EQ(PictureOf(ChunkMode("1"), "64"), (receive::PictureShape{0x01080001, 64, 48}));
+}
+
+TEST_F(PictureInChunksTest, IsNoneWithoutChunksOrWithoutASize)
+{
+    EXPECT_EQ(PictureOf(ChunkMode("0"), "64"), std::nullopt);
+    EXPECT_EQ(PictureOf("", "64"), std::nullopt);
+    EXPECT_EQ(PictureOf(ChunkMode("1"), "0"), std::nullopt);
+}
+
 } // namespace

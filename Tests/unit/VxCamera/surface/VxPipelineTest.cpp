@@ -126,6 +126,8 @@ TEST_F(VxPipelineTest, GivesTheOperationResultWhereAskedFor)
     ASSERT_TRUE(m_pipeline.RetrieveNextBuffer(&buffer, kForEverMs, &operation).IsOK());
 
     EXPECT_EQ(operation.Code(), VxError::NotAnImage);
+    EXPECT_EQ(operation.GetDescription(),
+              "block 1 carries JPEG (payload type 0x00000006) and no picture that could be found");
     EXPECT_EQ(buffer->GetPayloadType(), VxPayloadType::Other);
     EXPECT_EQ(buffer->GetImage(), nullptr);
 }
