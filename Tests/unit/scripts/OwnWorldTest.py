@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import signal
 import subprocess
@@ -112,7 +113,8 @@ class OwnWorldTest(unittest.TestCase):
         self.program("wineserver", "exit 0")
         prefix = self.root / "build" / "wine"
         prefix.mkdir(parents=True)
-        (prefix / "vx-version").write_text("1 \n", encoding="utf-8")
+        number = re.search(r'^PREFIX_VERSION="(\d+) ', (PROJECT / "scripts/own-world").read_text(encoding="utf-8"), re.M)
+        (prefix / "vx-version").write_text(f"{number[1]} \n", encoding="utf-8")
         process = subprocess.Popen(["scripts/own-world", "bash", "-c", text], stdout=subprocess.PIPE, text=True,
                                    cwd=self.root,
                                    env={**os.environ, "PATH": f"{self.programs}:{os.environ['PATH']}",
