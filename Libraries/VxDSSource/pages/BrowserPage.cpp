@@ -73,7 +73,8 @@ INT_PTR BrowserPage::OnReceiveMessage(HWND window, UINT message, WPARAM wParam, 
 {
     switch (message) {
     case WM_NOTIFY: {
-        const auto& header = *reinterpret_cast<const NMHDR*>(lParam);
+        const auto& header =
+            *reinterpret_cast<const NMHDR*>(lParam); // NOLINT(performance-no-int-to-ptr): a message
         if (header.idFrom != IDC_FEATURES ||
             (header.code != TVN_SELCHANGEDW && header.code != TVN_SELCHANGEDA))
             break;
@@ -85,7 +86,7 @@ INT_PTR BrowserPage::OnReceiveMessage(HWND window, UINT message, WPARAM wParam, 
             break;
         return TRUE;
     case FeatureRefresher::kRefreshMessage:
-        OnRefresh(reinterpret_cast<HTREEITEM>(lParam));
+        OnRefresh(reinterpret_cast<HTREEITEM>(lParam)); // NOLINT(performance-no-int-to-ptr): a message
         return TRUE;
     default:
         break;

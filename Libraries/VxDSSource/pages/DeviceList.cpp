@@ -56,6 +56,7 @@ std::optional<std::wstring> DeviceList::Chosen(HWND list)
     const LRESULT data = ::SendMessageW(list, CB_GETITEMDATA, static_cast<WPARAM>(entry), 0);
     if (data == CB_ERR || data == 0)
         return std::nullopt;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): messages carry pointers as numbers
     return reinterpret_cast<const VxDeviceInfo*>(data)->GetConnectionID().Wide();
 }
 

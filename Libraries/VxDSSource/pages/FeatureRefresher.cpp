@@ -88,11 +88,11 @@ void FeatureRefresher::Run(IVxDSSource& source, HWND page)
 {
     while (!m_isStopping) {
         const ULONGLONG passStart = ::GetTickCount64();
-        for (auto& [leaf, row] : m_rows) {
+        for (auto& leafAndRow : m_rows) {
             // What cannot be read for want of memory is read again in the next pass.
             std::ignore = AtComEdge([&] {
-                Refresh(source, row);
-                ::PostMessageW(page, kRefreshMessage, 0, reinterpret_cast<LPARAM>(leaf));
+                Refresh(source, leafAndRow.second);
+                ::PostMessageW(page, kRefreshMessage, 0, reinterpret_cast<LPARAM>(leafAndRow.first));
                 return S_OK;
             });
             if (m_isStopping)

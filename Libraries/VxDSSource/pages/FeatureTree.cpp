@@ -77,6 +77,7 @@ HTREEITEM FeatureTree::Append(HTREEITEM parent, const std::wstring& text)
     item.hInsertAfter = TVI_LAST;
     item.item.mask = TVIF_TEXT;
     item.item.pszText = copy.data();
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): messages carry pointers as numbers
     return reinterpret_cast<HTREEITEM>(
         ::SendMessageW(m_tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)));
 }

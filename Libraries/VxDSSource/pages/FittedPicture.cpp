@@ -52,6 +52,7 @@ HBITMAP Scaled(HBITMAP original, SIZE size)
 
 HBITMAP SetImage(HWND control, HBITMAP bitmap)
 {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): messages carry pointers as numbers
     return reinterpret_cast<HBITMAP>(
         ::SendMessageW(control, STM_SETIMAGE, IMAGE_BITMAP, reinterpret_cast<LPARAM>(bitmap)));
 }
