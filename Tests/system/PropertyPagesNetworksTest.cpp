@@ -1,7 +1,8 @@
-#include "system/PropertyFrame.h"
 #include "system/RoadTest.h"
 
 #include "VxDSSource/pages/ResourceIds.h"
+
+#include "support/screen/PropertyFrame.h"
 
 #include <gmock/gmock.h>
 
@@ -17,8 +18,8 @@ TEST_F(PropertyPagesNetworksTest, ListsCamerasOfEveryNetworkButThoseInAWrongSubn
 {
     const auto filter = m_module.CreateFilter();
     const auto control = ControlOf(filter);
-    PropertyFrame frame(filter, m_module.Module());
-    HWND const page = frame.Show(Tab::Parameters);
+    PropertyFrame frame([this, &filter](HANDLE stop) { return ShowPages(m_module, filter, stop); });
+    HWND const page = frame.GoTo(Tab::Parameters);
     HWND const list = ::GetDlgItem(page, IDC_DEVICE);
 
     EXPECT_THAT(EntriesOf(list), UnorderedElementsAre(L"SimulatedCamera [02-00-00-00-00-01]",

@@ -1,7 +1,8 @@
-#include "system/PropertyFrame.h"
 #include "system/RoadTest.h"
 
 #include "VxDSSource/pages/ResourceIds.h"
+
+#include "support/screen/PropertyFrame.h"
 
 #include "vxgrab/ComText.h"
 
@@ -33,7 +34,7 @@ protected:
     PropertyFrame& Open(const ComPtr<IBaseFilter>& filter)
     {
         m_control = ControlOf(filter);
-        m_frame.emplace(filter, m_module.Module());
+        m_frame.emplace([this, filter](HANDLE stop) { return ShowPages(m_module, filter, stop); });
         return *m_frame;
     }
     PropertyFrame::Duration Close()
@@ -118,8 +119,8 @@ TEST_F(PropertyPagesTest, FrameShowsThreePagesAndNoneIsDirty)
 
     EXPECT_THAT(frame.Titles(), ElementsAre(L"Parameters", L"Browser", L"About"));
     for (const Tab tab : {Tab::Parameters, Tab::Browser, Tab::About})
-        EXPECT_FALSE(frame.IsDirty(frame.Show(tab)));
-    HWND const about = frame.Show(Tab::About);
+        EXPECT_FALSE(frame.IsDirty(frame.GoTo(tab)));
+    HWND const about = frame.GoTo(Tab::About);
     EXPECT_THAT(TextOfControl(Item(about, IDC_VERSION)), testing::StartsWith(L"Vexa SDK Version "));
     frame.Save(frame.Window(), "frame-about");
     frame.Save(about, "page-about");
@@ -132,12 +133,12 @@ TEST_F(PropertyPagesTest, FrameShowsThreePagesAndNoneIsDirty)
 TEST_F(PropertyPagesTest, FrameOpensAndClosesWithoutACamera)
 {
     PropertyFrame& frame = Open(m_module.CreateFilter());
-    HWND const parameters = frame.Show(Tab::Parameters);
+    HWND const parameters = frame.GoTo(Tab::Parameters);
     EXPECT_THAT(EntriesOf(Item(parameters, IDC_SOURCE)), IsEmpty());
     frame.Save(frame.Window(), "frame-parameters-no-camera");
-    HWND const browser = frame.Show(Tab::Browser);
+    HWND const browser = frame.GoTo(Tab::Browser);
     EXPECT_THAT(TreeReader(Item(browser, IDC_FEATURES)).Leaves(), IsEmpty());
-    frame.Show(Tab::About);
+    frame.GoTo(Tab::About);
 
     EXPECT_LT(Close(), kStopLimit);
 }
@@ -147,7 +148,7 @@ TEST_F(PropertyPagesTest, UserChoosesACameraAppliesAndSavesTheDefault)
     VxSimulatedCamera camera;
     Start(camera, SmallCamera("Mono8"));
     PropertyFrame& frame = Open(m_module.CreateFilter());
-    HWND const page = frame.Show(Tab::Parameters);
+    HWND const page = frame.GoTo(Tab::Parameters);
     const std::vector<std::wstring> cameras = EntriesOf(Item(page, IDC_DEVICE));
     ASSERT_FALSE(cameras.empty()) << "the camera is not found";
     EXPECT_THAT(cameras[0], testing::StartsWith(L"SimulatedCamera ["));
@@ -186,7 +187,7 @@ TEST_F(PropertyPagesTest, NextFilterBeginsWithTheSavedDefault)
     VxSimulatedCamera camera;
     Start(camera, SmallCamera("Mono8"));
     PropertyFrame& frame = Open(FilterFor(camera));
-    HWND const page = frame.Show(Tab::Parameters);
+    HWND const page = frame.GoTo(Tab::Parameters);
     Type(page, IDC_BUFFER_COUNT, L"11");
     EXPECT_EQ(frame.Apply(page), S_OK);
     Click(page, IDC_USE_CURRENT);
@@ -206,7 +207,7 @@ TEST_F(PropertyPagesTest, BrowserShowsEveryVisibleFeatureOfEverySet)
     VxSimulatedCamera camera;
     Start(camera, SmallCamera("Mono8"));
     PropertyFrame& frame = Open(FilterFor(camera));
-    HWND const page = frame.Show(Tab::Browser);
+    HWND const page = frame.GoTo(Tab::Browser);
     const TreeReader tree(Item(page, IDC_FEATURES));
     const char* const names[] = {"frame-browser-communication", "frame-browser", "frame-browser-stream"};
     for (int set = 0; set < 3; ++set) {
@@ -231,7 +232,7 @@ TEST_F(PropertyPagesTest, LeavesShowWhatTheCameraHasAndFollowIt)
     VxSimulatedCamera camera;
     Start(camera, SmallCamera("Mono8"));
     PropertyFrame& frame = Open(FilterFor(camera));
-    HWND const page = frame.Show(Tab::Browser);
+    HWND const page = frame.GoTo(Tab::Browser);
     ChooseEntry(Item(page, IDC_FEATURE_SET), 1);
     const TreeReader tree(Item(page, IDC_FEATURES));
     EXPECT_TRUE(WaitUntil([&] { return tree.Shows(L"Width", L"320"); }));
@@ -249,7 +250,7 @@ TEST_F(PropertyPagesTest, UserSetsAValueAndChoosesAnEntry)
     VxSimulatedCamera camera;
     Start(camera, SmallCamera("Mono8"));
     PropertyFrame& frame = Open(FilterFor(camera));
-    HWND const page = frame.Show(Tab::Browser);
+    HWND const page = frame.GoTo(Tab::Browser);
     ChooseEntry(Item(page, IDC_FEATURE_SET), 1);
     const TreeReader tree(Item(page, IDC_FEATURES));
 
@@ -279,7 +280,7 @@ TEST_F(PropertyPagesTest, UserExecutesCommands)
     VxSimulatedCamera camera;
     Start(camera, SmallCamera("Mono8"));
     PropertyFrame& frame = Open(FilterFor(camera));
-    HWND const page = frame.Show(Tab::Browser);
+    HWND const page = frame.GoTo(Tab::Browser);
     ChooseEntry(Item(page, IDC_FEATURE_SET), 1);
     const TreeReader tree(Item(page, IDC_FEATURES));
 
@@ -298,7 +299,7 @@ TEST_F(PropertyPagesTest, RefusedValueIsToldInAMessageBox)
     VxSimulatedCamera camera;
     Start(camera, SmallCamera("Mono8"));
     PropertyFrame& frame = Open(FilterFor(camera));
-    HWND const page = frame.Show(Tab::Browser);
+    HWND const page = frame.GoTo(Tab::Browser);
     ChooseEntry(Item(page, IDC_FEATURE_SET), 1);
     TreeReader(Item(page, IDC_FEATURES)).Select(L"Width");
     Type(page, IDC_VALUE, L"wide");
@@ -328,7 +329,7 @@ TEST_F(PropertyPagesTest, SwitchingSetsFiftyTimesWhileStreamingShowsTheLastOne)
     ASSERT_HRESULT_SUCCEEDED(graph.Run());
     ASSERT_TRUE(catcher.WaitForPicture(kPatience));
     PropertyFrame& frame = Open(filter);
-    HWND const page = frame.Show(Tab::Browser);
+    HWND const page = frame.GoTo(Tab::Browser);
     const TreeReader tree(Item(page, IDC_FEATURES));
 
     for (int i = 1; i <= 50; ++i)
@@ -353,7 +354,7 @@ TEST_F(PropertyPagesTest, ClosingDuringASlowCameraCallTakesThatCallAtMost)
     options.faults.answerDelay = kSlow;
     Start(camera, options);
     PropertyFrame& frame = Open(FilterFor(camera));
-    HWND const page = frame.Show(Tab::Browser);
+    HWND const page = frame.GoTo(Tab::Browser);
     ChooseEntry(Item(page, IDC_FEATURE_SET), 1);
     ::Sleep(300); // into the middle of a pass, which takes many answers
 
@@ -366,7 +367,7 @@ TEST_F(PropertyPagesTest, ClosingWhileTheCameraIsGoneNeverHangs)
     VxSimulatedCamera camera;
     Start(camera, SmallCamera("Mono8"));
     PropertyFrame& frame = Open(FilterFor(camera));
-    HWND const page = frame.Show(Tab::Browser);
+    HWND const page = frame.GoTo(Tab::Browser);
     ChooseEntry(Item(page, IDC_FEATURE_SET), 1);
     camera.Vanish();
     ::Sleep(1200); // the next pass is under way and asks in vain
@@ -380,7 +381,7 @@ TEST_F(PropertyPagesTest, ProgramsStopClosesTheFrameAndTheMessageBoxOverIt)
     VxSimulatedCamera camera;
     Start(camera, SmallCamera("Mono8"));
     PropertyFrame& frame = Open(FilterFor(camera));
-    HWND const page = frame.Show(Tab::Browser);
+    HWND const page = frame.GoTo(Tab::Browser);
     ChooseEntry(Item(page, IDC_FEATURE_SET), 1);
     TreeReader(Item(page, IDC_FEATURES)).Select(L"Width");
     Type(page, IDC_VALUE, L"wide");
@@ -393,7 +394,7 @@ TEST_F(PropertyPagesTest, ProgramsStopClosesTheFrameAndTheMessageBoxOverIt)
 TEST_F(PropertyPagesTest, TabKeyTravelsThroughThePage)
 {
     PropertyFrame& frame = Open(m_module.CreateFilter());
-    HWND const page = frame.Show(Tab::Parameters);
+    HWND const page = frame.GoTo(Tab::Parameters);
     frame.Run([&] { ::SetFocus(Item(page, IDC_BUFFER_COUNT)); });
     const auto focus = [&] {
         HWND window = nullptr;
@@ -414,8 +415,8 @@ TEST_F(PropertyPagesTest, OpeningAndClosingLeavesNothingBehind)
     Start(camera, SmallCamera("Mono8"));
     ExpectNothingIsLeftBy([&] {
         PropertyFrame& frame = Open(FilterFor(camera));
-        frame.Show(Tab::Browser);
-        frame.Show(Tab::About);
+        frame.GoTo(Tab::Browser);
+        frame.GoTo(Tab::About);
         Close();
     });
 }

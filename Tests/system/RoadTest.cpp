@@ -4,6 +4,7 @@
 
 #include "vxgrab/ComText.h"
 #include "vxgrab/Picture.h"
+#include "vxgrab/PropertyPages.h"
 
 using vxgrab::ComPtr;
 
@@ -99,6 +100,13 @@ void Connect(const ComPtr<IBaseFilter>& filter, const std::string& deviceId)
     ASSERT_TRUE(control);
     EXPECT_HRESULT_SUCCEEDED(control->SetDeviceId(vxgrab::ComText(deviceId).Get()));
     EXPECT_HRESULT_SUCCEEDED(control->Connect());
+}
+
+HRESULT ShowPages(const ModuleUnderTest& module, const ComPtr<IBaseFilter>& filter, HANDLE stop)
+{
+    const VxResult shown = vxgrab::ShowPropertyPages(filter, L"the camera", &module.Module(), stop);
+    EXPECT_TRUE(shown.IsOK()) << shown.GetDescription().GetAscii();
+    return shown.IsOK() ? S_OK : E_FAIL;
 }
 
 simulator::PictureView ViewOf(const CaughtFrame& frame, const vxgrab::FrameFormat& format)

@@ -77,6 +77,11 @@ void Start(VxSimulatedCamera& camera, const VxSimulatorOptions& options);
 /// Sets a filter's camera and connects it.
 void Connect(const vxgrab::ComPtr<IBaseFilter>& filter, const std::string& deviceId);
 
+/// Shows a filter's property pages until they are closed, for PropertyFrame; a failure is a failure of the
+/// test.
+[[nodiscard]] HRESULT ShowPages(const ModuleUnderTest& module, const vxgrab::ComPtr<IBaseFilter>& filter,
+                                HANDLE stop);
+
 /// @return  the frame as a picture; borrows its bytes
 [[nodiscard]] simulator::PictureView ViewOf(const CaughtFrame& frame, const vxgrab::FrameFormat& format);
 

@@ -1,6 +1,4 @@
-#include "system/PropertyFrame.h"
-
-#include "vxgrab/PropertyPages.h"
+#include "support/screen/PropertyFrame.h"
 
 #include "VxDSSource/pages/ResourceIds.h"
 
@@ -79,10 +77,10 @@ bool HasClass(HWND window, const wchar_t* name)
 
 } // namespace
 
-PropertyFrame::PropertyFrame(vxgrab::ComPtr<IBaseFilter> filter, const vxgrab::LoadedModule& module)
-    : m_filter(std::move(filter)),
+PropertyFrame::PropertyFrame(Show show)
+    : m_stop(::CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       m_isReady(::CreateEventW(nullptr, TRUE, FALSE, nullptr)),
-      m_thread([this, &module] { Serve(module); })
+      m_thread([this, show = std::move(show)] { Serve(show); })
 {
     ::WaitForSingleObject(m_isReady, INFINITE);
     EXPECT_TRUE(WaitUntil([this] {
@@ -92,7 +90,7 @@ PropertyFrame::PropertyFrame(vxgrab::ComPtr<IBaseFilter> filter, const vxgrab::L
         });
         return m_frame != nullptr || m_result != E_PENDING;
     }));
-    EXPECT_NE(m_frame, nullptr) << "the property frame did not open: " << std::hex << m_result;
+    EXPECT_NE(m_frame, nullptr) << "the property frame did not open: " << std::hex << m_result.load();
 }
 
 PropertyFrame::~PropertyFrame()
@@ -100,17 +98,17 @@ PropertyFrame::~PropertyFrame()
     if (m_thread.joinable())
         Close();
     ::CloseHandle(m_isReady);
+    ::CloseHandle(m_stop);
 }
 
-void PropertyFrame::Serve(const vxgrab::LoadedModule& module)
+void PropertyFrame::Serve(const Show& show)
 {
     EXPECT_HRESULT_SUCCEEDED(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     m_threadId = ::GetCurrentThreadId();
     m_runner = MakeRunner();
     ::SetEvent(m_isReady);
-    const VxResult shown = vxgrab::ShowPropertyPages(m_filter, L"the camera", &module, m_stop.Handle());
-    EXPECT_TRUE(shown.IsOK()) << shown.GetDescription().GetAscii();
-    m_result = shown.IsOK() ? S_OK : E_FAIL;
+    m_result = show(m_stop);
+    EXPECT_HRESULT_SUCCEEDED(m_result.load());
     ::DestroyWindow(m_runner);
     ::CoUninitialize();
 }
@@ -139,7 +137,7 @@ std::vector<std::wstring> PropertyFrame::Titles() const
     return titles;
 }
 
-HWND PropertyFrame::Show(Tab tab)
+HWND PropertyFrame::GoTo(Tab tab)
 {
     ::SendMessageW(m_frame, PSM_SETCURSEL, static_cast<WPARAM>(tab), 0);
     HWND page = nullptr;
@@ -164,7 +162,7 @@ PropertyFrame::Duration PropertyFrame::Close()
 PropertyFrame::Duration PropertyFrame::Stop()
 {
     const auto start = std::chrono::steady_clock::now();
-    m_stop.Set();
+    ::SetEvent(m_stop);
     m_thread.join();
     m_frame = nullptr;
     return std::chrono::steady_clock::now() - start;

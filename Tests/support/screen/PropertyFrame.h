@@ -1,15 +1,10 @@
 #pragma once
 
-#include "vxgrab/ComPtr.h"
-#include "vxgrab/Event.h"
-#include "vxgrab/LoadedModule.h"
-
 #include <windows.h>
-
-#include <strmif.h>
 
 #include <commctrl.h>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <string>
@@ -27,8 +22,12 @@ public:
 
     enum class Tab { Parameters, Browser, About };
 
+    /// Shows the frame and returns when it is closed; the event asks it to close.
+    using Show = std::function<HRESULT(HANDLE stop)>;
+
     /// Opens the frame; a failure is a failure of the test.
-    PropertyFrame(vxgrab::ComPtr<IBaseFilter> filter, const vxgrab::LoadedModule& module);
+    /// @param show  called on the frame's thread, which has a COM apartment of its own
+    explicit PropertyFrame(Show show);
     /// Closes it.
     ~PropertyFrame();
     PropertyFrame(const PropertyFrame&) = delete;
@@ -39,7 +38,7 @@ public:
 
     /// Goes to a tab.
     /// @return  the page's window
-    HWND Show(Tab tab);
+    HWND GoTo(Tab tab);
 
     /// Closes the frame as its close button does, and waits for its end.
     /// @return  how long that took
@@ -64,15 +63,14 @@ public:
     void Save(HWND window, const std::string& name) const;
 
 private:
-    void Serve(const vxgrab::LoadedModule& module);
+    void Serve(const Show& show);
     [[nodiscard]] HWND FindWindowOfThread(const std::function<bool(HWND)>& isMeant) const;
 
-    vxgrab::ComPtr<IBaseFilter> m_filter;
-    vxgrab::Event m_stop{vxgrab::Event::Reset::Manual};
+    HANDLE m_stop;           // event
     HANDLE m_isReady;        // event: m_runner is there
     HWND m_runner = nullptr; // takes what Run carries
     DWORD m_threadId = 0;
-    HRESULT m_result = E_PENDING;
+    std::atomic<HRESULT> m_result = E_PENDING;
     HWND m_frame = nullptr;
     std::thread m_thread; // last: uses all of the above
 };
