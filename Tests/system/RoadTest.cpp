@@ -21,6 +21,17 @@ ComPtr<IBaseFilter> RoadTest::FilterFor(const VxSimulatedCamera& camera)
     return FilterFor(camera.ControlEndpoint().address.ToString());
 }
 
+bool RoadTest::BecomesTrue(const std::function<bool()>& holds)
+{
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (!holds()) {
+        if (std::chrono::steady_clock::now() >= deadline)
+            return false;
+        ::Sleep(1);
+    }
+    return true;
+}
+
 void RoadTest::GrabOnePicture(const VxSimulatedCamera& camera)
 {
     FrameCatcher catcher;

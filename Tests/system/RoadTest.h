@@ -32,6 +32,10 @@ protected:
     [[nodiscard]] vxgrab::ComPtr<IBaseFilter> FilterFor(const std::string& deviceId);
     [[nodiscard]] vxgrab::ComPtr<IBaseFilter> FilterFor(const VxSimulatedCamera& camera);
 
+    /// Waits until something holds that nobody reports.
+    /// @return  false when the time is over
+    [[nodiscard]] static bool BecomesTrue(const std::function<bool()>& holds);
+
     /// Builds a graph for RGB24, runs it, waits for a picture, stops and takes everything apart.
     void GrabOnePicture(const VxSimulatedCamera& camera);
 

@@ -27,6 +27,25 @@ HRESULT CreateEmptyGraph(ComPtr<IGraphBuilder>& graph)
                               graph.PutVoid());
 }
 
+/// @param[out] type  the one that a pin offers with this subtype, but with its uppermost row first
+HRESULT TopDownType(IPin& output, const GUID& subtype, vxgrab::MediaType& type)
+{
+    ComPtr<IEnumMediaTypes> offered;
+    const HRESULT result = output.EnumMediaTypes(offered.Put());
+    if (FAILED(result))
+        return result;
+    AM_MEDIA_TYPE* each = nullptr;
+    while (offered->Next(1, &each, nullptr) == S_OK) {
+        type.Adopt(each);
+        if (type.Get().subtype != subtype || type.Get().formattype != FORMAT_VideoInfo)
+            continue;
+        auto& header = *reinterpret_cast<VIDEOINFOHEADER*>(type.Get().pbFormat);
+        header.bmiHeader.biHeight = -header.bmiHeader.biHeight;
+        return S_OK;
+    }
+    return VFW_E_TYPE_NOT_ACCEPTED;
+}
+
 } // namespace
 
 std::map<unsigned, std::size_t> HandlesLostByAnEmptyGraph()
@@ -68,11 +87,11 @@ ComPtr<IPin> FirstPin(IBaseFilter& filter, PIN_DIRECTION direction)
 }
 
 GrabberGraph::GrabberGraph(ComPtr<IBaseFilter> source, const GUID& subtype, ISampleGrabberCB& tap,
-                           Clock clock)
+                           Clock clock, Rows rows)
     : m_source(std::move(source))
 {
     ++builtUntilNow;
-    const HRESULT result = Build(subtype, tap, clock);
+    const HRESULT result = Build(subtype, tap, clock, rows);
     EXPECT_HRESULT_SUCCEEDED(result) << "the graph cannot be built";
     m_isBuilt = SUCCEEDED(result);
 }
@@ -87,7 +106,7 @@ GrabberGraph::~GrabberGraph()
         m_graph->RemoveFilter(m_source.Get());
 }
 
-HRESULT GrabberGraph::Build(const GUID& subtype, ISampleGrabberCB& tap, Clock clock)
+HRESULT GrabberGraph::Build(const GUID& subtype, ISampleGrabberCB& tap, Clock clock, Rows rows)
 {
     if (!m_source)
         return E_POINTER;
@@ -106,7 +125,7 @@ HRESULT GrabberGraph::Build(const GUID& subtype, ISampleGrabberCB& tap, Clock cl
         result = m_graph->AddFilter(grabber.Get(), L"Grabber");
     const ComPtr<IPin> input = FirstPin(*grabber.Get(), PINDIR_INPUT);
     if (SUCCEEDED(result))
-        result = input ? Connect(*input.Get(), subtype) : E_UNEXPECTED;
+        result = input ? Connect(*input.Get(), subtype, rows) : E_UNEXPECTED;
     if (SUCCEEDED(result))
         result = m_grabber->SetCallback(&tap, 0); // 0: whole samples
     ComPtr<IMediaFilter> asFilter;
@@ -117,16 +136,19 @@ HRESULT GrabberGraph::Build(const GUID& subtype, ISampleGrabberCB& tap, Clock cl
     return result;
 }
 
-HRESULT GrabberGraph::Connect(IPin& grabberInput, const GUID& subtype)
+HRESULT GrabberGraph::Connect(IPin& grabberInput, const GUID& subtype, Rows rows)
 {
     AM_MEDIA_TYPE wanted{};
     wanted.majortype = MEDIATYPE_Video;
     wanted.subtype = subtype;
     HRESULT result = m_grabber->SetMediaType(&wanted);
     const ComPtr<IPin> output = FirstPin(*m_source.Get(), PINDIR_OUTPUT);
-    if (SUCCEEDED(result))
-        result = output ? m_graph->ConnectDirect(output.Get(), &grabberInput, nullptr) : E_UNEXPECTED;
     vxgrab::MediaType type;
+    if (SUCCEEDED(result) && output && rows == Rows::TopDown)
+        result = TopDownType(*output.Get(), subtype, type);
+    const AM_MEDIA_TYPE* const asked = rows == Rows::TopDown ? &type.Get() : nullptr;
+    if (SUCCEEDED(result))
+        result = output ? m_graph->ConnectDirect(output.Get(), &grabberInput, asked) : E_UNEXPECTED;
     if (SUCCEEDED(result))
         result = m_grabber->GetConnectedMediaType(type.Put());
     if (FAILED(result))

@@ -21,12 +21,14 @@
 class GrabberGraph final {
 public:
     enum class Clock { SystemClock, None };
+    /// How the rows of the pictures are asked for: as the source offers them, or the uppermost first.
+    enum class Rows { AsOffered, TopDown };
 
     /// Builds the graph; a failure is a failure of the test.
     /// @param subtype  the only format that the grabber takes
     /// @param tap      gets every frame; must outlive the graph
     GrabberGraph(vxgrab::ComPtr<IBaseFilter> source, const GUID& subtype, ISampleGrabberCB& tap,
-                 Clock clock = Clock::SystemClock);
+                 Clock clock = Clock::SystemClock, Rows rows = Rows::AsOffered);
     ~GrabberGraph();
     GrabberGraph(const GrabberGraph&) = delete;
     GrabberGraph& operator=(const GrabberGraph&) = delete;
@@ -50,8 +52,8 @@ public:
     [[nodiscard]] static std::size_t BuiltUntilNow();
 
 private:
-    HRESULT Build(const GUID& subtype, ISampleGrabberCB& tap, Clock clock);
-    HRESULT Connect(IPin& grabberInput, const GUID& subtype);
+    HRESULT Build(const GUID& subtype, ISampleGrabberCB& tap, Clock clock, Rows rows);
+    HRESULT Connect(IPin& grabberInput, const GUID& subtype, Rows rows);
 
     vxgrab::ComPtr<IBaseFilter> m_source;
     vxgrab::ComPtr<IGraphBuilder> m_graph;

@@ -4,7 +4,7 @@
 
 #include "CanarySample.h"
 #include "PinFixture.h"
-#include "ReferencePictures.h"
+#include "support/picture/ReferencePictures.h"
 
 #include <gtest/gtest.h>
 

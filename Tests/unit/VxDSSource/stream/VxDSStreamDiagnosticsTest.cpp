@@ -5,7 +5,7 @@
 
 #include "CanarySample.h"
 #include "PinFixture.h"
-#include "ReferencePictures.h"
+#include "support/picture/ReferencePictures.h"
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>

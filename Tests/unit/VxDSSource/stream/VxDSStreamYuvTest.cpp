@@ -40,22 +40,6 @@ ReferencePicture ColoursOf(const ScriptedPicture& picture, int code)
     return colours;
 }
 
-/// The output's formula, pixel by pixel.
-std::vector<std::uint8_t> AsYuy2(const ReferencePicture& picture)
-{
-    std::vector<std::uint8_t> bytes;
-    for (std::size_t i = 0; i < picture.pixels.size(); ++i) {
-        const auto& [blue, green, red] = picture.pixels[i];
-        const auto luma = static_cast<float>(0.299 * red + 0.587 * green + 0.114 * blue);
-        const double chroma = i % picture.width % 2 == 0
-                                  ? static_cast<double>(static_cast<float>(blue) - luma) * 0.565 + 128
-                                  : static_cast<double>(static_cast<float>(red) - luma) * 0.713 + 128;
-        bytes.push_back(static_cast<std::uint8_t>(luma));
-        bytes.push_back(static_cast<std::uint8_t>(chroma));
-    }
-    return bytes;
-}
-
 TEST_F(VxDSStreamYuvTest, WritesYuy2FromBothLayouts)
 {
     Stream(8, 4);
