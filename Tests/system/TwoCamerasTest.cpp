@@ -1,6 +1,10 @@
 #include "system/RoadTest.h"
 
 #include "VxSimulator/picture/FrameNumberStrip.h"
+#include "VxSimulator/picture/PictureFormat.h"
+#include "VxSimulator/picture/TestPicture.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -26,6 +30,28 @@ protected:
             return false;
         const auto colour = view.At(view.widthPx * 3 / 16, 4);
         return colour.red != colour.blue;
+    }
+
+    /// @return  whether the frame is, pixel for pixel, what a camera of this format and the other camera's
+    /// size
+    ///          sends as this number
+    static bool IsPictureOf(const char* pixelFormat, std::uint32_t number, const CaughtFrame& frame,
+                            const vxgrab::FrameFormat& format)
+    {
+        const auto view = ViewOf(frame, format);
+        const auto sent = simulator::TestPictureBgr(number, kOtherWidthPx, kOtherHeightPx,
+                                                    simulator::FindPictureFormat(pixelFormat)->code);
+        const std::size_t rowBytes = std::size_t{kOtherWidthPx} * 3;
+        if (sent.size() != view.pixels.size() || view.strideBytes != rowBytes)
+            return false;
+        for (std::uint32_t y = 0; y < kOtherHeightPx; ++y) {
+            const std::size_t row =
+                view.rowOrder == simulator::RowOrder::BottomUp ? kOtherHeightPx - 1 - y : y;
+            if (!std::ranges::equal(view.pixels.subspan(row * rowBytes, rowBytes),
+                                    std::span(sent).subspan(y * rowBytes, rowBytes)))
+                return false;
+        }
+        return true;
     }
 };
 
@@ -81,6 +107,48 @@ TEST_F(TwoCamerasTest, ChangesToAnotherCameraWhileStreaming)
     EXPECT_FALSE(first.ControlOwner()) << "the first camera is not given back";
     EXPECT_FALSE(first.IsAcquiring());
     EXPECT_LT(graph.TimedStop(), kStopLimit);
+}
+
+TEST_F(TwoCamerasTest, EveryFrameOfAChangeWhileStreamingIsOfOneCamera)
+{
+    VxSimulatedCamera first;
+    VxSimulatorOptions options = SmallCamera("Mono8");
+    options.widthPx = kOtherWidthPx;
+    options.heightPx = kOtherHeightPx;
+    Start(first, options);
+    constexpr std::size_t kAllFrames = 1000; // of a few seconds
+    FrameCatcher catcher(kAllFrames);
+    GrabberGraph graph(FilterFor(first), MEDIASUBTYPE_RGB24, catcher);
+    ASSERT_TRUE(graph.IsBuilt());
+    ASSERT_HRESULT_SUCCEEDED(graph.Run());
+    ASSERT_TRUE(BecomesTrue([&] { return catcher.Count() >= 10; }));
+
+    Connect(ComPtr<IBaseFilter>::Share(&graph.Source()), CameraOfTheDriver());
+
+    EXPECT_FALSE(first.IsAcquiring());
+    const std::uint64_t sent = first.FramesSent();
+    const std::uint64_t atChange = catcher.Count();
+    ASSERT_TRUE(BecomesTrue([&] { return catcher.Count() >= atChange + 20; }));
+    EXPECT_LT(graph.TimedStop(), kStopLimit);
+    EXPECT_EQ(first.FramesSent(), sent) << "the first camera went on";
+    ASSERT_LE(catcher.Count(), kAllFrames);
+    std::uint32_t ofFirst = 0;
+    std::uint32_t ofSecond = 0;
+    while (const auto frame = catcher.Next(std::chrono::seconds(0))) {
+        if (!frame->mediaTime) {
+            EXPECT_TRUE(frame->IsZero()) << "frame " << frame->number;
+            continue;
+        }
+        const auto number = ReadFrameNumber(ViewOf(*frame, graph.Format()));
+        ASSERT_TRUE(number) << "frame " << frame->number << " shows no number";
+        const bool isOfSecond = IsPictureOf("BGR8", *number, *frame, graph.Format());
+        EXPECT_NE(isOfSecond, IsPictureOf("Mono8", *number, *frame, graph.Format()))
+            << "frame " << frame->number << " is of neither camera";
+        EXPECT_TRUE(isOfSecond || ofSecond == 0) << "frame " << frame->number << " comes too late";
+        ++(isOfSecond ? ofSecond : ofFirst);
+    }
+    EXPECT_GE(ofFirst, 8u);
+    EXPECT_GE(ofSecond, 10u);
 }
 
 TEST_F(TwoCamerasTest, ChangingToAndFroWhileStreamingLeavesNothingBehind)

@@ -5,9 +5,6 @@
 
 namespace {
 
-// Chosen: a test that looks at every frame in order is never that far behind; the oldest is forgotten first.
-constexpr std::size_t kFramesKept = 64;
-
 CaughtFrame ReadSample(IMediaSample& sample)
 {
     CaughtFrame frame;
@@ -87,7 +84,7 @@ HRESULT FrameCatcher::SampleCB(double, IMediaSample* sample)
     CaughtFrame frame = ReadSample(*sample);
     const std::lock_guard lock(m_mutex);
     frame.number = m_count++;
-    if (m_frames.size() >= kFramesKept)
+    if (m_frames.size() >= m_framesKept)
         m_frames.pop_front();
     m_frames.push_back(std::move(frame));
     m_arrived.notify_all();

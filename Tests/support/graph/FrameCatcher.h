@@ -38,6 +38,12 @@ class FrameCatcher final : public TestObject<ISampleGrabberCB> {
 public:
     using Duration = std::chrono::steady_clock::duration;
 
+    // Chosen: a test that looks at every frame in order is never that far behind.
+    static constexpr std::size_t kUsualFramesKept = 64;
+
+    /// @param framesKept  as many wait for the test; of more the oldest is forgotten
+    explicit FrameCatcher(std::size_t framesKept = kUsualFramesKept) : m_framesKept(framesKept) {}
+
     /// Waits for the next frame that has not been asked for yet.
     /// @return  the oldest such frame; nothing when none came in time
     [[nodiscard]] std::optional<CaughtFrame> Next(Duration patience);
@@ -61,6 +67,7 @@ public:
     STDMETHODIMP BufferCB(double startSeconds, BYTE* bytes, LONG length) override;
 
 private:
+    const std::size_t m_framesKept;
     mutable std::mutex m_mutex;
     std::condition_variable m_arrived;
     std::deque<CaughtFrame> m_frames; // guarded by m_mutex
