@@ -1,8 +1,11 @@
+#include "system/CameraHolder.h"
 #include "system/GraphFile.h"
 #include "system/LateRelease.h"
 
 #include "VxDSSource/filter/IVxDSSource.h"
 #include "VxDSSource/filter/Identifiers.h"
+
+#include "VxBase/VxString.h"
 
 #include "support/directshow/ComApartment.h"
 #include "support/graph/FrameCatcher.h"
@@ -26,6 +29,7 @@
 //   load-receiver FILE  loads it and tells what came back
 //   leave-behind      starts another process that inherits everything, tells its number, and ends
 //   linger            does nothing for a minute
+//   hold-camera CAMERA ADDRESS PORT  controls a camera that streams to somebody else, until it is ended
 //   end before|after  ends with a filter that waits for frames; a module of the host, loaded before or after
 //   the
 //                     filter's, lets it go while the process ends
@@ -218,6 +222,12 @@ bool LeaveBehind(const std::wstring& program)
     return true;
 }
 
+/// @param text  ASCII: an address
+std::string Narrow(const std::wstring& text)
+{
+    return VxString(text).Narrow();
+}
+
 bool Do(const std::wstring& program, const std::vector<std::wstring>& arguments)
 {
     if (arguments == std::vector<std::wstring>{L"leave-behind"})
@@ -227,6 +237,9 @@ bool Do(const std::wstring& program, const std::vector<std::wstring>& arguments)
         ::Sleep(kMinuteMs); // whoever left it behind has ended; the test ends it earlier
         return true;
     }
+    if (arguments.size() == 4 && arguments[0] == L"hold-camera")
+        return HoldCamera(Narrow(arguments[1]), Narrow(arguments[2]),
+                          static_cast<std::uint16_t>(std::stoul(arguments[3])));
     const ComApartment apartment;
     if (arguments.size() == 2 && arguments[0] == L"save-graph")
         return SaveGraphInto(arguments[1]);
@@ -242,7 +255,7 @@ bool Do(const std::wstring& program, const std::vector<std::wstring>& arguments)
         return EndProcessAndReleaseFilter(HostModule::After);
     std::puts(
         "usage: save-graph FILE | load-graph FILE | save-receiver FILE | load-receiver FILE | leave-behind | "
-        "linger | end before|after");
+        "linger | hold-camera CAMERA ADDRESS PORT | end before|after");
     return false;
 }
 
