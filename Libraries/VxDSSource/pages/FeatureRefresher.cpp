@@ -117,7 +117,6 @@ void FeatureRefresher::Refresh(IVxDSSource& source, Row& row)
 
     const VxLock lock(m_mutex);
     row.value = std::move(value);
-    row.access = access;
 }
 
 void FeatureRefresher::WaitForNextPass(ULONGLONG passStart) const

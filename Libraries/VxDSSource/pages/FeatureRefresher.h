@@ -71,8 +71,7 @@ public:
 private:
     struct Row {
         FeatureEntry feature; // never changes while the thread runs
-        std::wstring value;   // guarded by m_mutex, as is access
-        FeatureAccess access;
+        std::wstring value;   // guarded by m_mutex
     };
 
     void Run(IVxDSSource& source, HWND page);
@@ -80,7 +79,7 @@ private:
     void WaitForNextPass(ULONGLONG passStart) const;
 
     std::map<HTREEITEM, Row> m_rows;
-    VxMutex m_mutex; // the values and flags of all rows
+    VxMutex m_mutex; // the values of all rows
     std::atomic<bool> m_isStopping = false;
     std::thread m_thread; // last: uses all of the above
 };

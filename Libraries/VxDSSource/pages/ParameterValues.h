@@ -50,9 +50,8 @@ private:
     void LoadSources(IVxDSSource& filter);
 };
 
-/// @return  entry of the list "0", "3", "5" that stands for a size, even ones counting as the next smaller;
-/// nothing
-///          where there is none
+/// @return  entry of the list "0", "3", "5" that stands for a size; even ones count as the next smaller.
+///          Nothing where there is none
 [[nodiscard]] std::optional<std::size_t> KernelEntryOf(std::int32_t kernelSize);
 
 /// @return  kernel size of an entry of that list

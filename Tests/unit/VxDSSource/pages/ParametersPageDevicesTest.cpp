@@ -189,15 +189,15 @@ TEST_F(ParametersPageDevicesTest, ClearTakesTheDefaultOutOfTheRegistry)
     EXPECT_EQ(Page().Text(IDC_DEFAULT_SUMMARY), L"");
 }
 
-TEST_F(ParametersPageDevicesTest, ReachesTheFilterThroughTheClassTable)
+TEST_F(ParametersPageDevicesTest, LooksForNothingWhenItIsOnlyMadeAndConnected)
 {
-    VxComPtr<IUnknown> noOuter;
-    HRESULT result = S_OK;
-    CUnknown* const page = pages::CreatePage<ParametersPage>(nullptr, &result);
-    ASSERT_NE(page, nullptr);
-    page->NonDelegatingAddRef();
-    EXPECT_EQ(page->NonDelegatingRelease(), 0u);
-    EXPECT_THAT(Done(), IsEmpty()) << "a page that is only made looks for nothing";
+    Control();
+    Done();
+
+    OpenPage page(NewPage<ParametersPage>());
+    ASSERT_EQ(page.Connect(Control()), S_OK);
+
+    EXPECT_THAT(Done(), IsEmpty());
 }
 
 } // namespace
