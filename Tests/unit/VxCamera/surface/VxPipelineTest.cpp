@@ -1,6 +1,7 @@
 #include "VxDSSource/camera/VxPipeline.h"
 
 #include "VxBase/VxClock.h"
+#include "VxCamera/surface/StreamLinks.h"
 #include "VxCamera/surface/VxStreamImpl.h"
 #include "VxDSSource/camera/VxBuffer.h"
 #include "VxDSSource/camera/VxGenInteger.h"
@@ -12,6 +13,7 @@
 #include "unit/VxCamera/receive/QueueSocket.h"
 #include "unit/VxCamera/receive/StreamPackets.h"
 
+#include "support/Bytes.h"
 #include "support/Latch.h"
 
 #include <gtest/gtest.h>
@@ -130,6 +132,35 @@ TEST_F(VxPipelineTest, GivesTheOperationResultWhereAskedFor)
               "block 1 carries JPEG (payload type 0x00000006) and no picture that could be found");
     EXPECT_EQ(buffer->GetPayloadType(), VxPayloadType::Other);
     EXPECT_EQ(buffer->GetImage(), nullptr);
+}
+
+TEST_F(VxPipelineTest, ThePictureOfChunkDataIsWhatTheHolderOfTheLinkSays)
+{
+    const auto link = std::make_shared<const receive::StreamLink>();
+    const auto another = std::make_shared<const receive::StreamLink>();
+    const auto putBlock = [this](const std::string& id) {
+        for (const char* rest :
+             {"01 000000 | 0000 0004 00000000 00000007", "03 000001 | 0102030405060708 | 00000001 00000008",
+              "02 000002 | 0000 0004 00000010"})
+            m_stream.socket->Put(kCamera, bytes::FromHex("0000" + id + rest));
+    };
+    StreamLinks::Connect(m_stream.socket->LocalEndpoint(), link);
+    Start();
+    m_stream.socket->WaitUntilIdle();
+
+    StreamLinks::TellPicture(link, receive::PictureShape{0x01080001, 4, 2});
+    StreamLinks::TellPicture(another, receive::PictureShape{0x01080001, 2, 2});
+    putBlock("0001");
+    VxBuffer* const shown = Next();
+    StreamLinks::Disconnect(link);
+    putBlock("0002");
+    VxBuffer* const later = Next();
+
+    EXPECT_TRUE(shown->GetOperationResult().IsOK()) << shown->GetOperationResult().GetDescription().Narrow();
+    ASSERT_NE(shown->GetImage(), nullptr);
+    EXPECT_EQ(shown->GetImage()->GetWidth(), 4u);
+    EXPECT_EQ(shown->GetImage()->GetDataPointer()[7], 8);
+    EXPECT_EQ(later->GetOperationResult().Code(), VxError::NotAnImage);
 }
 
 TEST_F(VxPipelineTest, NothingThereIsATimeout)
