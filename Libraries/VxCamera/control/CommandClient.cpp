@@ -31,6 +31,10 @@ constexpr int kBusyTries = 50;
 // known, saving all settings to flash memory, takes seconds.
 constexpr auto kLongestCommand = 60s;
 
+// Chosen: all commands of one access to memory together. A camera needs milliseconds for a command, so this
+// is enough for megabytes; and others wait for whoever reads a feature.
+constexpr auto kLongestMemoryAccess = 10s;
+
 // Chosen: after a command that was never answered the camera is probably gone. The next ones find out
 // quickly, so that stopping and closing do not add up to many seconds.
 constexpr CommandSettings kAfterSilence{100ms, 0};
@@ -113,11 +117,12 @@ VxResult CommandClient::ReadMemory(std::uint32_t address, std::span<std::byte> b
 {
     if (!IsAddressable(address, bytes.size()))
         return {VxError::InvalidParameter, "memory beyond 32-bit addresses: " + HexText(address)};
+    const auto end = m_clock.Now() + kLongestMemoryAccess;
     std::array<std::byte, gvcp::kMaxMemoryBytes> memory;
     while (!bytes.empty()) {
         const MemoryBlock block = FirstBlock(address, bytes.size());
         const auto aligned = std::span(memory).first(block.bytes);
-        if (auto read = ReadBlock(block.address, aligned); !read.IsOK())
+        if (auto read = ReadBlock(block.address, aligned, end); !read.IsOK())
             return read;
         std::ranges::copy(aligned.subspan(block.skipBytes, block.wantedBytes), bytes.begin());
         bytes = bytes.subspan(block.wantedBytes);
@@ -126,8 +131,10 @@ VxResult CommandClient::ReadMemory(std::uint32_t address, std::span<std::byte> b
     return VxResult::Ok();
 }
 
-VxResult CommandClient::ReadBlock(std::uint32_t address, std::span<std::byte> bytes)
+VxResult CommandClient::ReadBlock(std::uint32_t address, std::span<std::byte> bytes, IVxClock::Time end)
 {
+    if (auto late = CheckTime("read memory", address, end); !late.IsOK())
+        return late;
     const gvcp::ReadMemCommand command{address,
                                        static_cast<std::uint16_t>(bytes.size())}; // a block: at most 512
     const Request request{"read memory", address, gvcp::Ack::ReadMem,
@@ -148,16 +155,17 @@ VxResult CommandClient::WriteMemory(std::uint32_t address, std::span<const std::
 {
     if (!IsAddressable(address, bytes.size()))
         return {VxError::InvalidParameter, "memory beyond 32-bit addresses: " + HexText(address)};
+    const auto end = m_clock.Now() + kLongestMemoryAccess;
     std::array<std::byte, gvcp::kMaxMemoryBytes> memory;
     while (!bytes.empty()) {
         const MemoryBlock block = FirstBlock(address, bytes.size());
         const auto aligned = std::span(memory).first(block.bytes);
         if (block.wantedBytes != block.bytes) {
-            if (auto read = ReadBlock(block.address, aligned); !read.IsOK())
+            if (auto read = ReadBlock(block.address, aligned, end); !read.IsOK())
                 return read;
         }
         std::ranges::copy(bytes.first(block.wantedBytes), aligned.subspan(block.skipBytes).begin());
-        if (auto written = WriteBlock(block.address, aligned); !written.IsOK())
+        if (auto written = WriteBlock(block.address, aligned, end); !written.IsOK())
             return written;
         bytes = bytes.subspan(block.wantedBytes);
         address += static_cast<std::uint32_t>(block.wantedBytes); // at most 512; wraps to 0 only at the end
@@ -165,8 +173,11 @@ VxResult CommandClient::WriteMemory(std::uint32_t address, std::span<const std::
     return VxResult::Ok();
 }
 
-VxResult CommandClient::WriteBlock(std::uint32_t address, std::span<const std::byte> bytes)
+VxResult CommandClient::WriteBlock(std::uint32_t address, std::span<const std::byte> bytes,
+                                   IVxClock::Time end)
 {
+    if (auto late = CheckTime("write memory", address, end); !late.IsOK())
+        return late;
     if (m_canWriteMemory) {
         const gvcp::WriteMemCommand command{address, bytes};
         const Request request{
@@ -177,11 +188,23 @@ VxResult CommandClient::WriteBlock(std::uint32_t address, std::span<const std::b
     }
     for (std::size_t i = 0; i < bytes.size(); i += gvcp::kAlignment) {
         const auto word = VxLoadBe<std::uint32_t>(bytes.subspan(i).first<sizeof(std::uint32_t)>());
-        // A block has at most 512 bytes.
-        if (auto written = WriteRegister(address + static_cast<std::uint32_t>(i), word); !written.IsOK())
+        const auto at = address + static_cast<std::uint32_t>(i); // a block has at most 512 bytes
+        if (auto late = CheckTime("write memory", at, end); !late.IsOK())
+            return late;
+        if (auto written = WriteRegister(at, word); !written.IsOK())
             return written;
     }
     return VxResult::Ok();
+}
+
+/// @param end  of the whole access to memory; the command under way then is not broken off
+VxResult CommandClient::CheckTime(const char* verb, std::uint32_t address, IVxClock::Time end) const
+{
+    if (m_clock.Now() < end)
+        return VxResult::Ok();
+    return {VxError::Timeout, Describe(verb, address) + ": the camera has not come further within " +
+                                  std::to_string(std::chrono::seconds(kLongestMemoryAccess).count()) +
+                                  " s; it answers too slowly: ask for less at once, or check the network"};
 }
 
 VxResult CommandClient::Execute(const Request& request, const CommandSettings& settings)
@@ -280,7 +303,12 @@ VxResult CommandClient::Unanswered(const Request& request, const CommandSettings
 
 std::string CommandClient::Describe(const Request& request) const
 {
-    return "camera " + m_device.address.ToString() + ", " + request.verb + " " + HexText(request.address);
+    return Describe(request.verb, request.address);
+}
+
+std::string CommandClient::Describe(const char* verb, std::uint32_t address) const
+{
+    return "camera " + m_device.address.ToString() + ", " + verb + " " + HexText(address);
 }
 
 void CommandClient::End(const VxResult& reason)

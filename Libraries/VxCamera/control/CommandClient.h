@@ -45,10 +45,12 @@ public:
     VxResult WriteRegister(std::uint32_t address, std::uint32_t value);
     VxResult WriteRegister(std::uint32_t address, std::uint32_t value, const CommandSettings& settings);
 
-    /// Any address and length; what is not aligned is read as part of what is.
+    /// Any address and length; what is not aligned is read as part of what is. TIMEOUT also where all of it
+    /// together takes longer than 10 s; the command under way then is not broken off.
     VxResult ReadMemory(std::uint32_t address, std::span<std::byte> bytes);
 
-    /// Any address and length; words of which only a part is written are read before.
+    /// Any address and length; words of which only a part is written are read before. TIMEOUT like
+    /// ReadMemory: what comes first is written then.
     VxResult WriteMemory(std::uint32_t address, std::span<const std::byte> bytes);
 
     /// Fails every command from now on, also the one under way, with this result. The first call counts.
@@ -100,10 +102,12 @@ private:
         VX_REQUIRES(m_mutex);
     VxResult Judge(const gvcp::AckPacket& answer, const Request& request) const;
     VxResult Unanswered(const Request& request, const CommandSettings& settings) VX_REQUIRES(m_mutex);
-    VxResult ReadBlock(std::uint32_t address, std::span<std::byte> bytes);
-    VxResult WriteBlock(std::uint32_t address, std::span<const std::byte> bytes);
+    VxResult ReadBlock(std::uint32_t address, std::span<std::byte> bytes, IVxClock::Time end);
+    VxResult WriteBlock(std::uint32_t address, std::span<const std::byte> bytes, IVxClock::Time end);
+    [[nodiscard]] VxResult CheckTime(const char* verb, std::uint32_t address, IVxClock::Time end) const;
     [[nodiscard]] bool HasEnded();
     [[nodiscard]] std::string Describe(const Request& request) const;
+    [[nodiscard]] std::string Describe(const char* verb, std::uint32_t address) const;
 
     const std::unique_ptr<transport::IUdpSocket> m_socket;
     const transport::Ipv4Endpoint m_device;

@@ -14,7 +14,7 @@ constexpr std::size_t kBudgetSteps = 2'000'000;
 
 // Chosen: far above the longest feature of a slow camera, which needs some hundred accesses of a few
 // milliseconds; and short enough for others who wait for the map. The access in which it passes is not broken
-// off: the port bounds that one.
+// off: the port bounds that one by a time of its own, however large the register is.
 constexpr std::chrono::seconds kLongestOperation{10};
 
 } // namespace

@@ -396,5 +396,52 @@ TEST_F(CommandClientTest, MemoryThatIsWrittenInPartOnlyIsAnError)
               "camera 192.168.1.20, write memory 0x00001000: the camera wrote only 4 of 8 bytes");
 }
 
+constexpr std::size_t kLargeRegister = 16 * 1024 * 1024;
+
+TEST_F(CommandClientTest, ALargeRegisterThatComesTooSlowlyIsGivenUp)
+{
+    m_camera.memory.resize(kLargeRegister);
+    m_camera.delay = 190ms; // just below the time-out of a command
+    std::vector<std::byte> bytes(kLargeRegister);
+
+    const auto read = m_client.ReadMemory(0, bytes);
+
+    EXPECT_EQ(read.Code(), VxError::Timeout);
+    // 53 blocks of 512 bytes take 10.07 s.
+    EXPECT_TRUE(read.GetDescription().Narrow().starts_with("camera 192.168.1.20, read memory 0x00006A00: "))
+        << read.GetDescription().Narrow();
+    EXPECT_LT(Elapsed(), 11s);
+}
+
+TEST_F(CommandClientTest, ALargeRegisterThatIsTakenTooSlowlyIsGivenUp)
+{
+    for (const bool canWriteMemory : {true, false}) {
+        m_start = m_clock.Now();
+        m_client.SetWriteMemorySupported(canWriteMemory);
+        m_camera.memory.resize(kLargeRegister);
+        m_camera.delay = 190ms;
+        m_camera.lastCommandOfController = m_clock.Now();
+        const std::vector<std::byte> bytes(kLargeRegister);
+
+        const auto written = m_client.WriteMemory(0x10000, std::span(bytes).first(bytes.size() / 2));
+
+        EXPECT_EQ(written.Code(), VxError::Timeout) << written.GetDescription().Narrow();
+        EXPECT_LT(Elapsed(), 11s) << canWriteMemory;
+    }
+}
+
+TEST_F(CommandClientTest, ALargeRegisterOfAQuickCameraIsReadWhole)
+{
+    m_camera.memory.resize(kLargeRegister);
+    m_camera.memory.back() = std::byte{7};
+    m_camera.delay = 200us;
+    std::vector<std::byte> bytes(kLargeRegister);
+
+    const auto read = m_client.ReadMemory(0, bytes);
+
+    ASSERT_TRUE(read.IsOK()) << read.GetDescription().Narrow();
+    EXPECT_EQ(bytes.back(), std::byte{7});
+}
+
 } // namespace
 } // namespace control
