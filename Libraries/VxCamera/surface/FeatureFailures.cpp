@@ -25,7 +25,7 @@ void FeatureFailures::Note(std::string_view feature, const VxResult& result)
 
 void FeatureFailures::NoteUnreached(std::string_view feature)
 {
-    if (std::ranges::find(m_unreached, feature) == m_unreached.end())
+    if (m_known.emplace(feature).second)
         m_unreached.emplace_back(feature);
 }
 

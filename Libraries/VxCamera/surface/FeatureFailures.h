@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace surface {
@@ -40,7 +41,8 @@ public:
 
 private:
     std::vector<VxResult> m_failures;
-    std::vector<std::string> m_unreached; // each once
+    std::vector<std::string> m_unreached;    // each once, in the order of the notes
+    std::unordered_set<std::string> m_known; // what is in m_unreached; a description can have very many
     std::size_t m_tried = 0;
 };
 
