@@ -60,7 +60,7 @@ struct Setup {
 
 class SlowConsumerTest : public RoadTest, public testing::WithParamInterface<Setup> {
 protected:
-    static constexpr DWORD kWorkMs = 5; // chosen: five times of what the camera takes for a frame
+    static constexpr DWORD kWorkMs = 10; // chosen: ten times of what the camera takes for a frame
 
     /// @return  a number that the stream's receiver shows
     std::uint64_t Statistic(const char* name)
