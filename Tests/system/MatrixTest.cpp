@@ -65,18 +65,18 @@ void PrintTo(const Road& road, std::ostream* out)
 std::vector<Road> Roads()
 {
     const bool isComplete = !EnvironmentText(L"VX_LONG_TESTS").empty();
+    const auto cameras = simulator::PictureFormats();
+    constexpr std::array kRows{Rows::AsOffered, Rows::TopDown};
     std::vector<Road> roads;
-    for (std::size_t camera = 0; camera < simulator::PictureFormats().size(); ++camera) {
-        for (std::size_t output = 0; output < kOutputs.size(); ++output) {
-            for (std::size_t size = 0; size < kSizes.size(); ++size) {
-                for (std::size_t rows = 0; rows < 2; ++rows) {
-                    if (isComplete ||
-                        (size == (camera + output) % kSizes.size() && rows == (camera + output / 2) % 2))
-                        roads.push_back({simulator::PictureFormats()[camera], kOutputs[output], kSizes[size],
-                                         rows == 0 ? Rows::AsOffered : Rows::TopDown});
-                }
-            }
-        }
+    for (std::size_t i = 0; i < cameras.size() * kOutputs.size() * kSizes.size() * kRows.size(); ++i) {
+        const std::size_t rows = i % kRows.size();
+        const std::size_t size = i / kRows.size() % kSizes.size();
+        const std::size_t output = i / kRows.size() / kSizes.size() % kOutputs.size();
+        const std::size_t camera = i / kRows.size() / kSizes.size() / kOutputs.size();
+        const bool isOfPairs =
+            size == (camera + output) % kSizes.size() && rows == (camera + output / 2) % kRows.size();
+        if (isComplete || isOfPairs)
+            roads.push_back({cameras[camera], kOutputs[output], kSizes[size], kRows[rows]});
     }
     return roads;
 }
