@@ -1,5 +1,6 @@
 #include "MedianTable.h"
 
+#include "VxDSSource/camera/VxStreamGEV.h"
 #include "VxDSSource/overlay/GdiPlusSession.h"
 #include "VxDSSource/overlay/OverlayText.h"
 #include "VxDSSource/overlay/StatusSummary.h"
@@ -64,9 +65,11 @@ constexpr Work kWorks[] = {
 /// Times of single frames, of all runs.
 std::map<std::string, std::vector<Clock::duration>> g_frameTimes;
 
-vxds::SummaryValues UsualValues()
+/// @param stream  whose statistics are read for every text, as a pin's are
+vxds::SummaryValues UsualValues(VxStreamGEV& stream)
 {
     vxds::SummaryValues values;
+    values.statistics = stream.GetParameters();
     values.deviceId = L"02-00-00-00-00-01";
     values.renderWidthPx = kWidthPx;
     values.renderHeightPx = kHeightPx;
@@ -105,7 +108,8 @@ Clock::duration TimeToDraw(vxds::GdiPlusSession& session, const vxds::SummaryVal
 void MeasureOurs(benchmark::State& state, const Work& work)
 {
     auto session = std::make_unique<vxds::GdiPlusSession>();
-    const vxds::SummaryValues values = UsualValues();
+    VxStreamGEV stream;
+    const vxds::SummaryValues values = UsualValues(stream);
     CanarySample sample(BytesOf(work));
     const vxds::OverlayFrame frame = FrameOver(sample, work);
     std::vector<Clock::duration>& times = g_frameTimes[work.name];
@@ -128,7 +132,8 @@ void PrintFirstOfAll()
 {
     vxds::GdiPlusSession session;
     CanarySample sample(BytesOf(kWorks[0]));
-    const Clock::duration time = TimeToDraw(session, UsualValues(), FrameOver(sample, kWorks[0]));
+    VxStreamGEV stream;
+    const Clock::duration time = TimeToDraw(session, UsualValues(stream), FrameOver(sample, kWorks[0]));
     std::cout << "First frame in this process: "
               << std::chrono::duration_cast<std::chrono::microseconds>(time).count() << " us\n";
 }
