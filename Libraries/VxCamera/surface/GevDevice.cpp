@@ -177,6 +177,8 @@ VxResult GevDevice::Lock(bool isLocked)
 VxResult GevDevice::StreamEnable(std::uint32_t)
 {
     return NoThrow([this] {
+        if (auto ended = m_session->Client().EndReason(); !ended.IsOK())
+            return ended;
         {
             const VxLock lock(m_streamMutex);
             if (m_isPacketSizeNew) // what was set while the camera was streaming
@@ -197,6 +199,8 @@ VxResult GevDevice::StreamDisable(std::uint32_t)
             const VxLock lock(m_streamMutex);
             m_isStreaming = false;
         }
+        if (auto ended = m_session->Client().EndReason(); !ended.IsOK())
+            return ended;
         return Lock(false);
     });
 }

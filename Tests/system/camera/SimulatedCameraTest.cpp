@@ -157,6 +157,8 @@ TEST_F(SimulatedCameraTest, ACameraThatVanishesIsNoticedAndEverythingEnds)
     StartAll();
     ASSERT_TRUE(m_link.Features().SetIntegerValue("GevHeartbeatTimeout", 500).IsOK());
     ASSERT_NE(m_link.Next(), nullptr);
+    std::int64_t width = 0;
+    ASSERT_TRUE(m_link.Features().GetIntegerValue("Width", width).IsOK());
 
     m_camera.Vanish();
     const auto vanished = Clock::now();
@@ -165,9 +167,11 @@ TEST_F(SimulatedCameraTest, ACameraThatVanishesIsNoticedAndEverythingEnds)
 
     EXPECT_LT(Since(vanished), 1000ms); // its heartbeat time-out, and as much again for a busy machine
     const auto start = Clock::now();
-    std::int64_t width = 0;
     EXPECT_EQ(m_link.Features().ExecuteCommand("AcquisitionStop").Code(), VxError::LinkLost);
-    std::ignore = m_link.Features().GetIntegerValue("Width", width);
+    EXPECT_TRUE(m_link.Features().GetIntegerValue("Width", width).IsOK()) << "a value that is kept";
+    EXPECT_EQ(width, 640);
+    EXPECT_EQ(m_link.device->StreamDisable(0).Code(), VxError::LinkLost);
+    EXPECT_EQ(m_link.device->StreamEnable(0).Code(), VxError::LinkLost);
     EXPECT_LT(Since(start), 100ms);
     VxBuffer* buffer = nullptr;
     while (m_link.pipeline->RetrieveNextBuffer(&buffer, 100).IsOK())
@@ -180,6 +184,16 @@ TEST_F(SimulatedCameraTest, ACameraThatVanishesIsNoticedAndEverythingEnds)
     EXPECT_TRUE(m_link.device->Disconnect().IsOK());
     m_link.device.reset();
     EXPECT_LT(Since(start), 1500ms);
+}
+
+TEST_F(SimulatedCameraTest, ADeviceThatIsDisconnectedNeitherStartsNorStopsStreaming)
+{
+    StartCamera();
+    m_link.Connect(kAddress);
+    ASSERT_TRUE(m_link.device->Disconnect().IsOK());
+
+    EXPECT_EQ(m_link.device->StreamEnable(0).Code(), VxError::NotConnected);
+    EXPECT_EQ(m_link.device->StreamDisable(0).Code(), VxError::NotConnected);
 }
 
 TEST_F(SimulatedCameraTest, StoppingRightAfterItVanishedTakesLessThanTwoSeconds)
