@@ -32,7 +32,8 @@ void FeatureFailures::NoteUnreached(std::string_view feature)
 VxResult FeatureFailures::TimeIsOver(std::chrono::seconds limit)
 {
     return {VxError::Timeout,
-            "the time for all features together, " + std::to_string(limit.count()) + " s, was over"};
+            "the time for all features together, " + std::to_string(limit.count()) +
+                " s, was over: the camera answers too slowly; check the network and try again"};
 }
 
 VxResult FeatureFailures::Summary(std::string_view what) const
