@@ -13,6 +13,15 @@ namespace {
 // end when nothing is left to write; a value that never stays must not make them endless.
 constexpr int kMaxRounds = 8;
 
+// Chosen: as many selectors as a feature that is stored can depend on; a text that nests more must not make
+// the end of a restore a long one.
+constexpr std::size_t kMaxPutBack = 16;
+
+bool IsSelectOf(const ConfigurationStep& step, const std::string& selector)
+{
+    return step.kind == ConfigurationStep::Kind::Select && step.name == selector;
+}
+
 } // namespace
 
 FeatureRestorer::FeatureRestorer(VxGenParameterArray& array, const std::vector<ConfigurationStep>& steps,
@@ -36,6 +45,7 @@ VxResult FeatureRestorer::Restore()
 bool FeatureRestorer::Round()
 {
     bool hasWritten = false;
+    m_open.clear();
     // A selector that refused: what depends on it would reach another feature.
     const ConfigurationStep* lost = nullptr;
     for (std::size_t i = 0; i < m_steps.size(); ++i) {
@@ -50,9 +60,14 @@ bool FeatureRestorer::Round()
                                                    "\" could not be set to \"" + lost->value + "\"");
             continue;
         }
+        CloseBefore(step);
         const Outcome outcome = Apply(i);
-        if (outcome == Outcome::Ended)
+        if (outcome == Outcome::OutOfTime)
+            PutSelectorsBack(i);
+        if (outcome == Outcome::OutOfTime || outcome == Outcome::Gone)
             return false;
+        if (isSelect && outcome != Outcome::Refused)
+            m_open.push_back(i);
         if (isSelect && outcome == Outcome::Refused)
             lost = &step;
         hasWritten = hasWritten || (!isSelect && outcome == Outcome::Written);
@@ -66,7 +81,7 @@ auto FeatureRestorer::Apply(std::size_t index) -> Outcome
     if (m_clock.Now() >= m_end) {
         if (!m_results[index]) // else why it was refused in an earlier round says more
             m_results[index] = FeatureFailures::TimeIsOver(kLongestTransfer);
-        return Outcome::Ended;
+        return Outcome::OutOfTime;
     }
     VxGenParameter* const parameter = m_array.Get(VxString(step.name));
     if (parameter == nullptr) {
@@ -81,7 +96,44 @@ auto FeatureRestorer::Apply(std::size_t index) -> Outcome
     m_results[index] = parameter->FromString(VxString(step.value));
     if (m_results[index]->IsOK())
         return Outcome::Written;
-    return IsGone(*m_results[index]) ? Outcome::Ended : Outcome::Refused;
+    return IsGone(*m_results[index]) ? Outcome::Gone : Outcome::Refused;
+}
+
+void FeatureRestorer::CloseBefore(const ConfigurationStep& next)
+{
+    while (!m_open.empty()) {
+        const ConfigurationStep& last = m_steps[m_open.back()];
+        if (last.level < next.level || (last.level == next.level && IsSelectOf(next, last.name)))
+            return;
+        m_open.pop_back();
+    }
+}
+
+/// The last step of a selector in its group brings back the value that it had when the features were
+/// collected.
+void FeatureRestorer::PutSelectorsBack(std::size_t reached)
+{
+    for (std::size_t tried = 0; !m_open.empty() && tried < kMaxPutBack; ++tried) {
+        const ConfigurationStep& selector = m_steps[m_open.back()];
+        std::size_t last = m_open.back();
+        for (std::size_t i = reached; i < m_steps.size() && m_steps[i].level >= selector.level; ++i) {
+            if (m_steps[i].level > selector.level)
+                continue;
+            if (!IsSelectOf(m_steps[i], selector.name))
+                break;
+            last = i;
+        }
+        while (!m_open.empty() && m_steps[m_open.back()].level == selector.level)
+            m_open.pop_back(); // earlier values of the same one
+        VxGenParameter* const parameter = m_array.Get(VxString(selector.name));
+        if (parameter == nullptr)
+            continue;
+        const VxResult put = parameter->FromString(VxString(m_steps[last].value));
+        if (last != reached && !put.IsOK()) // else that the time was over says more
+            m_results[last] = put;
+        if (IsGone(put))
+            return;
+    }
 }
 
 VxResult FeatureRestorer::Summary() const

@@ -28,12 +28,15 @@ private:
         Unchanged,
         Written,
         Refused,
-        Ended, ///< the camera is gone, or the time over; no further step is tried
+        OutOfTime, ///< not tried; no further step is
+        Gone,      ///< the camera is gone; no further step is tried
     };
 
     /// @return  whether a feature was written, so that another round may help
     bool Round();
     [[nodiscard]] Outcome Apply(std::size_t index);
+    void CloseBefore(const ConfigurationStep& next);
+    void PutSelectorsBack(std::size_t reached);
     [[nodiscard]] VxResult Summary() const;
 
     VxGenParameterArray& m_array;                  // borrowed: outlives the call
@@ -41,6 +44,7 @@ private:
     const IVxClock& m_clock;                       // borrowed: outlives the call
     const IVxClock::Time m_end;
     std::vector<std::optional<VxResult>> m_results; // of each step when it was tried last; none: never
+    std::vector<std::size_t> m_open;                // selector steps that hold now, outer ones first
 };
 
 } // namespace surface

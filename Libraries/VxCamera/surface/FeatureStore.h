@@ -13,7 +13,8 @@ namespace surface {
 
 // Chosen: collecting and restoring are ended then, whatever is left; others wait for the features meanwhile.
 // Cameras with a thousand features behind selectors take a few seconds. The access in which the time ends is
-// not broken off, and selectors get their values back: each of these is bounded by itself.
+// not broken off, and selectors get their values back unless the camera is gone: each of these is bounded by
+// itself.
 inline constexpr std::chrono::seconds kLongestTransfer{30};
 
 /// What was read of a camera or a receiver.
@@ -30,7 +31,8 @@ struct CollectedFeatures {
 [[nodiscard]] CollectedFeatures CollectFeatures(VxGenParameterArray& array, const IVxClock& clock);
 
 /// Writes collected values back. Some can only be written when others have been, so what was refused or has
-/// changed since is tried again for as long as that helps.
+/// changed since is tried again for as long as that helps. When the time is over, selectors get the collected
+/// values all the same.
 /// @return  OK, or the code of the first feature that refused to the end, with a description of all that did
 ///          and of all that were not reached
 [[nodiscard]] VxResult RestoreFeatures(VxGenParameterArray& array,
