@@ -21,17 +21,19 @@ using transport::NetworkInterface;
 // ms.
 constexpr auto kAmbiguityGrace = 50ms;
 
-// Chosen: far more than anybody has; an answer can be forged, and memory must not be filled with them.
+// Chosen: far more than anybody has; an answer can be forged, and memory must not be filled with them. Those
+// that match what is looked for have as much room of their own, so that nobody crowds it out.
 constexpr std::size_t kMostCameras = 1000;
 
 /// Cameras found so far, each once per interface.
 class Findings {
 public:
-    void Add(const FoundCamera& found)
+    void Add(const FoundCamera& found, bool isWanted)
     {
         const Key key{found.via.address, ConnectionId::Of(found.camera), found.camera.ipAddress};
-        if (m_cameras.size() < kMostCameras)
-            m_cameras.emplace(key, found);
+        std::size_t& count = isWanted ? m_wantedCount : m_otherCount;
+        if (count < kMostCameras && m_cameras.emplace(key, found).second)
+            ++count;
     }
 
     /// All cameras in the order of interface address and connection id.
@@ -46,6 +48,8 @@ public:
 private:
     using Key = std::tuple<transport::Ipv4Address, std::string, std::uint32_t>;
     std::map<Key, FoundCamera> m_cameras;
+    std::size_t m_wantedCount = 0;
+    std::size_t m_otherCount = 0;
 };
 
 /// A camera that answers at several addresses of an interface is one camera, reached from the address in
@@ -115,6 +119,13 @@ VxResult WrongConfiguration(const ConnectionId& id, const FoundCamera& found)
     }
 }
 
+VxResult SeveralFound(const ConnectionId& id, const FoundCamera& one, const FoundCamera& other)
+{
+    return {VxError::Ambiguous, "several cameras are called \"" + id.Text() +
+                                    "\": " + ConnectionId::Of(one.camera) + " and " +
+                                    ConnectionId::Of(other.camera) + "; name one by its MAC address"};
+}
+
 VxExpected<FoundCamera> Choose(const ConnectionId& id, const std::vector<ScannedInterface>& interfaces)
 {
     std::optional<FoundCamera> chosen;
@@ -123,9 +134,7 @@ VxExpected<FoundCamera> Choose(const ConnectionId& id, const std::vector<Scanned
             if (!id.Matches(found.camera))
                 continue;
             if (chosen && ConnectionId::Of(chosen->camera) != ConnectionId::Of(found.camera))
-                return VxResult(VxError::Ambiguous, "several cameras are called \"" + id.Text() +
-                                                        "\": " + ConnectionId::Of(chosen->camera) + " and " +
-                                                        ConnectionId::Of(found.camera));
+                return SeveralFound(id, *chosen, found);
             if (!chosen || (!chosen->IsConfigurationValid() && found.IsConfigurationValid()))
                 chosen = found; // a camera can answer on several interfaces
         }
@@ -161,6 +170,15 @@ VxExpected<std::vector<ScannedInterface>> CameraFinder::FindAll(std::chrono::mil
 VxExpected<std::vector<ScannedInterface>> CameraFinder::FindUntil(std::chrono::milliseconds timeout,
                                                                   const Enough& enough)
 {
+    return Search(timeout, [&](const FoundCamera& found) {
+        const auto rest = enough(found);
+        return Verdict{rest.has_value(), rest};
+    });
+}
+
+VxExpected<std::vector<ScannedInterface>> CameraFinder::Search(std::chrono::milliseconds timeout,
+                                                               const Judge& judge)
+{
     const auto interfaces = Interfaces();
     if (!interfaces)
         return interfaces.Error();
@@ -173,11 +191,12 @@ VxExpected<std::vector<ScannedInterface>> CameraFinder::FindUntil(std::chrono::m
                          [&](const NetworkInterface& described) { return scans.AddEverybody(described); });
     Findings findings;
     scans.Run(m_network.clock.Now() + timeout, [&](const FoundCamera& found, InterfaceScans::Asked) {
-        findings.Add(found);
+        const Verdict verdict = judge(found);
+        findings.Add(found, verdict.isWanted);
         if (IsInSubnetOf(found.via, found.Address()))
             Remember(found);
-        if (const auto rest = enough(found))
-            scans.EndAt(m_network.clock.Now() + *rest);
+        if (verdict.rest)
+            scans.EndAt(m_network.clock.Now() + *verdict.rest);
     });
     return Group(usable, findings.Take());
 }
@@ -199,25 +218,25 @@ VxExpected<FoundCamera> CameraFinder::FindByAddress(const ConnectionId& id, std:
     if (!sockets)
         return sockets.Error();
     InterfaceScans scans(**sockets, m_network.clock);
-    bool isLocal = false;
-    for (const NetworkInterface& described : *interfaces) {
-        if (IsInSubnetOf(described, id.IpAddress()))
-            isLocal = scans.AddOne(described, id.IpAddress()) || isLocal;
-    }
-
+    const std::size_t localCount = AddLocal(*interfaces, id.IpAddress(), scans);
+    // Behind another interface, another camera may have the same address.
+    const auto grace = localCount > 1 ? kAmbiguityGrace : 0ms;
     std::optional<FoundCamera> found;
+    std::optional<FoundCamera> other;
     Findings heard;
     const auto onCamera = [&](const FoundCamera& answer, InterfaceScans::Asked asked) {
         if (answer.device.address != id.IpAddress())
             return;
-        heard.Add(answer);
+        heard.Add(answer, true);
         const bool isReachable = asked == InterfaceScans::Asked::ItAlone;
         if (isReachable && !found)
             found = answer;
-        scans.EndAt(m_network.clock.Now() + (isReachable ? 0ms : kAmbiguityGrace));
+        if (isReachable && ConnectionId::Of(answer.camera) != ConnectionId::Of(found->camera))
+            other = answer;
+        scans.EndAt(m_network.clock.Now() + (isReachable ? grace : kAmbiguityGrace));
     };
     const auto start = m_network.clock.Now();
-    if (isLocal)
+    if (localCount > 0)
         scans.Run(start + timeout / 2, onCamera);
     else
         AddRouted(id.IpAddress(), scans);
@@ -226,10 +245,28 @@ VxExpected<FoundCamera> CameraFinder::FindByAddress(const ConnectionId& id, std:
             scans.AddEverybody(described);
         scans.Run(start + timeout, onCamera);
     }
+    if (other)
+        return SeveralFound(id, *found, *other);
     auto chosen = found ? VxExpected<FoundCamera>(*found) : Choose(id, Group(*interfaces, heard.Take()));
     if (chosen)
         Remember(*chosen);
     return chosen;
+}
+
+/// Asks the address alone on each interface in whose subnet it is.
+/// @return  the number of interfaces on which it is asked
+std::size_t CameraFinder::AddLocal(const std::vector<NetworkInterface>& interfaces,
+                                   transport::Ipv4Address camera, InterfaceScans& scans)
+{
+    std::size_t count = 0;
+    std::uint32_t last = 0; // one interface can have several addresses in the subnet; 0: nobody's number
+    for (const NetworkInterface& described : interfaces) {
+        if (!IsInSubnetOf(described, camera) || !scans.AddOne(described, camera))
+            continue;
+        count += described.index == 0 || described.index != last ? 1 : 0;
+        last = described.index;
+    }
+    return count;
 }
 
 /// An address in nobody's subnet may be behind a router.
@@ -242,10 +279,11 @@ void CameraFinder::AddRouted(transport::Ipv4Address camera, InterfaceScans& scan
 VxExpected<FoundCamera> CameraFinder::FindByScan(const ConnectionId& id, std::chrono::milliseconds timeout)
 {
     const bool isUnique = id.GetKind() == ConnectionId::Kind::MacAddress;
-    const auto scanned = FindUntil(timeout, [&](const FoundCamera& found) {
+    const auto scanned = Search(timeout, [&](const FoundCamera& found) {
         // One that answers where it cannot be reached may also answer where it can.
-        const bool isIt = id.Matches(found.camera) && IsInSubnetOf(found.via, found.Address());
-        return isIt ? std::optional(isUnique ? 0ms : kAmbiguityGrace) : std::nullopt;
+        const bool isWanted = id.Matches(found.camera);
+        const bool isIt = isWanted && IsInSubnetOf(found.via, found.Address());
+        return Verdict{isWanted, isIt ? std::optional(isUnique ? 0ms : kAmbiguityGrace) : std::nullopt};
     });
     return scanned ? Choose(id, *scanned) : scanned.Error();
 }

@@ -8,6 +8,7 @@
 #include "VxCamera/transport/IUdpSocketGroup.h"
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -45,7 +46,8 @@ public:
                                                                       const Enough& enough);
 
     /// Finds one camera and ends as soon as it has answered. For an IP address in the subnet of an interface
-    /// only that address is asked; the interface on which it answers is the one to use. Without an answer in
+    /// only that address is asked; the interface on which it answers is the one to use. Where it is in the
+    /// subnets of several, another camera with this address has a moment to show itself. Without an answer in
     /// half of the time everybody is asked as well: the camera may be connected to another interface.
     /// @return  NOT_FOUND, AMBIGUOUS (several cameras have this name), INVALID_CONFIGURATION,
     ///          INVALID_PARAMETER for an empty id
@@ -59,6 +61,16 @@ public:
 private:
     [[nodiscard]] VxExpected<std::vector<transport::NetworkInterface>> Interfaces();
     void Remember(const FoundCamera& found);
+    /// What an answer means for the search.
+    struct Verdict {
+        bool isWanted;                                 ///< kept, however many others answer
+        std::optional<std::chrono::milliseconds> rest; ///< see Enough
+    };
+    using Judge = std::function<Verdict(const FoundCamera&)>;
+    [[nodiscard]] VxExpected<std::vector<ScannedInterface>> Search(std::chrono::milliseconds timeout,
+                                                                   const Judge& judge);
+    [[nodiscard]] static std::size_t AddLocal(const std::vector<transport::NetworkInterface>& interfaces,
+                                              transport::Ipv4Address camera, InterfaceScans& scans);
     void AddRouted(transport::Ipv4Address camera, InterfaceScans& scans);
     [[nodiscard]] VxExpected<FoundCamera> FindByAddress(const ConnectionId& id,
                                                         std::chrono::milliseconds timeout);

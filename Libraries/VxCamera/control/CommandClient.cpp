@@ -298,7 +298,8 @@ VxResult CommandClient::Unanswered(const Request& request, const CommandSettings
 {
     m_isSilent = true;
     return {VxError::Timeout, Describe(request) + ": no answer to " + std::to_string(settings.retries + 1) +
-                                  " tries of " + std::to_string(settings.ackTimeout.count()) + " ms"};
+                                  " tries of " + std::to_string(settings.ackTimeout.count()) +
+                                  " ms; check its power, its cable and this machine's firewall"};
 }
 
 std::string CommandClient::Describe(const Request& request) const

@@ -228,7 +228,10 @@ TEST_F(CameraFinderTest, TwoCamerasOfOneNameAreAmbiguous)
 
     ASSERT_FALSE(found);
     EXPECT_EQ(found.Error().Code(), VxError::Ambiguous);
-    EXPECT_NE(found.Error().GetDescription().Narrow().find("02-00-00-00-00-02"), std::string::npos);
+    EXPECT_EQ(
+        found.Error().GetDescription().Narrow(),
+        "several cameras are called \"left\": 02-00-00-00-00-01 and 02-00-00-00-00-02; name one by its MAC "
+        "address");
 }
 
 TEST_F(CameraFinderTest, ACameraOutsideTheSubnetIsListedAsInvalid)
@@ -494,6 +497,74 @@ TEST_F(CameraFinderTest, ASearchWithoutTimeAsksOnce)
 
     EXPECT_EQ(m_asked.size(), 2u) << "one question to the subnet, one to everybody";
     EXPECT_EQ(Elapsed(), 0ms);
+}
+
+TEST_F(CameraFinderTest, TheCameraThatIsLookedForIsKeptHoweverManyOthersAnswer)
+{
+    FakeSocketFactory sockets(m_clock, [&](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                           const transport::Ipv4Endpoint& destination) {
+        FakeCamera forged(m_clock);
+        forged.identity.serialNumber = "SN-2";
+        for (int i = 0; i < 1000; ++i) {
+            forged.identity.mac = {
+                0x06, 0, 0, 0, static_cast<std::uint8_t>(i / 256), static_cast<std::uint8_t>(i % 256)};
+            forged.OnDatagram(socket, datagram, destination);
+        }
+        m_camera.delay = 1ms; // after all of them
+        m_camera.OnDatagram(socket, datagram, destination);
+    });
+    m_camera.identity.ipAddress = Ipv4Address(192, 168, 1, 33).Value(); // shared with none of them
+
+    const auto found = CameraFinder({sockets, m_interfaces, m_clock}).Find(ConnectionId("SN-1"), 400ms);
+
+    ASSERT_TRUE(found) << found.Result().GetDescription().Narrow();
+    EXPECT_EQ(ConnectionId::Of(found->camera), "02-00-00-00-00-01");
+}
+
+/// Two interfaces into subnets of the same addresses, with a camera of the same address behind each.
+class SameSubnetTest : public CameraFinderTest {
+protected:
+    SameSubnetTest()
+    {
+        m_interfaces.interfaces.push_back(Interface("eth1", {192, 168, 1, 2}, {255, 255, 255, 0}));
+        m_interfaces.interfaces.back().index = 8;
+        m_other.endpoint = m_camera.endpoint;
+        m_other.identity.ipAddress = m_camera.identity.ipAddress;
+        m_other.isGone = false;
+        m_other.delay = 5ms;
+    }
+    FakeSocketFactory m_two{m_clock, [this](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                            const transport::Ipv4Endpoint& destination) {
+                                const bool isFirst =
+                                    socket.LocalEndpoint().address == Ipv4Address(192, 168, 1, 1);
+                                (isFirst ? m_camera : m_other).OnDatagram(socket, datagram, destination);
+                            }};
+};
+
+TEST_F(SameSubnetTest, ByIpAddressTwoCamerasOfOneAddressAreAmbiguous)
+{
+    const auto found = CameraFinder({m_two, m_interfaces, m_clock}).Find(ConnectionId("192.168.1.20"), 400ms);
+
+    ASSERT_FALSE(found);
+    EXPECT_EQ(found.Error().Code(), VxError::Ambiguous);
+    EXPECT_NE(found.Error().GetDescription().Narrow().find("name one by its MAC address"), std::string::npos);
+    EXPECT_LT(Elapsed(), 100ms);
+}
+
+TEST_F(SameSubnetTest, ByIpAddressTheOnlyCameraIsFoundAfterAMoment)
+{
+    for (const bool isBehindBoth : {false, true}) {
+        m_other.isGone = !isBehindBoth;
+        m_other.identity = m_camera.identity;
+        const auto start = m_clock.Now();
+
+        const auto found =
+            CameraFinder({m_two, m_interfaces, m_clock}).Find(ConnectionId("192.168.1.20"), 400ms);
+
+        ASSERT_TRUE(found) << isBehindBoth;
+        EXPECT_EQ(found->via.name, "eth0") << "where it has answered first";
+        EXPECT_LT(m_clock.Now() - start, 100ms);
+    }
 }
 
 } // namespace

@@ -109,7 +109,8 @@ TEST_F(CommandClientTest, ACameraThatIsGoneIsATimeoutThatNamesIt)
     ASSERT_FALSE(value);
     EXPECT_EQ(value.Error().Code(), VxError::Timeout);
     EXPECT_EQ(value.Error().GetDescription().Narrow(),
-              "camera 192.168.1.20, read register 0xABCD1230: no answer to 4 tries of 200 ms");
+              "camera 192.168.1.20, read register 0xABCD1230: no answer to 4 tries of 200 ms; check its "
+              "power, its cable and this machine's firewall");
     EXPECT_EQ(Elapsed(), 800ms);
     EXPECT_EQ(m_sent.size(), 4u);
 }
