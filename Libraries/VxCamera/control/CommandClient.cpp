@@ -210,15 +210,20 @@ VxResult CommandClient::CheckTime(const char* verb, std::uint32_t address, IVxCl
 VxResult CommandClient::Execute(const Request& request, const CommandSettings& settings)
 {
     const VxLock lock(m_mutex);
-    const auto end = m_clock.Now() + kLongestCommand;
+    const auto end = std::min<IVxClock::Time>(m_clock.Now() + kLongestCommand, Limit());
     for (int busy = 0; busy < kBusyTries && m_clock.Now() < end; ++busy) {
         if (HasEnded())
             return EndReason();
         auto result = SendAndAwait(request, m_isSilent ? kAfterSilence : settings, end);
+        if (result.Code() == VxError::Timeout && m_clock.Now() >= Limit())
+            break;
         if (result.Code() != VxError::Busy)
             return result;
         Pause(kBusyDelay);
     }
+    if (m_clock.Now() >= Limit())
+        return {VxError::Timeout,
+                Describe(request) + ": the camera lets itself be waited for too long; switch it off and on"};
     return {VxError::Busy, Describe(request) + ": the camera is busy; try again later"};
 }
 
@@ -346,6 +351,12 @@ VxResult CommandClient::EndReason() const
 {
     const VxLock lock(m_endMutex);
     return m_endReason;
+}
+
+void CommandClient::PostponeLimit(IVxClock::Time::duration duration)
+{
+    if (Limit() != kNoLimit)
+        LimitUntil(Limit() + duration);
 }
 
 void CommandClient::Pause(std::chrono::milliseconds duration)

@@ -60,6 +60,13 @@ public:
     /// counts.
     void EndAt(IVxClock::Time time, const VxResult& reason);
 
+    /// Fails every command with TIMEOUT from this time on, also the one under way. See CommandLimit.
+    void LimitUntil(IVxClock::Time time) { m_limit = time.time_since_epoch(); }
+    void LiftLimit() { LimitUntil(kNoLimit); }
+    /// Without a limit nothing happens.
+    void PostponeLimit(IVxClock::Time::duration duration);
+    [[nodiscard]] IVxClock::Time Limit() const { return IVxClock::Time(m_limit.load()); }
+
     /// @param onDenied  called, from any thread, when the camera refuses a write with ACCESS_DENIED; must
     ///                  neither wait nor use the client. Set before others use the client.
     void SetDenialListener(std::function<void()> onDenied) { m_onDenied = std::move(onDenied); }
@@ -86,6 +93,8 @@ public:
     [[nodiscard]] transport::Ipv4Endpoint Local() const { return m_socket->LocalEndpoint(); }
 
 private:
+    static constexpr IVxClock::Time kNoLimit = IVxClock::Time::max();
+
     /// A command before it has its request id.
     struct Request {
         const char* verb; ///< for messages: "read register"
@@ -115,7 +124,8 @@ private:
     std::atomic<bool> m_canWriteMemory = true;
     std::atomic<IVxClock::Time::duration> m_lastAnswer;
     std::atomic<IVxClock::Time::duration> m_endTime{IVxClock::Time::duration::max()}; // see EndAt
-    std::function<void()> m_onDenied;                                                 // may be empty
+    std::atomic<IVxClock::Time::duration> m_limit{kNoLimit.time_since_epoch()};
+    std::function<void()> m_onDenied; // may be empty
 
     VxMutex m_mutex; // one command at a time
     std::uint16_t m_requestId VX_GUARDED_BY(m_mutex) = 0;
@@ -125,6 +135,18 @@ private:
     CommandSettings m_settings VX_GUARDED_BY(m_endMutex);
     VxResult m_endReason VX_GUARDED_BY(m_endMutex) = VxResult::Ok();
     VxResult m_lateReason VX_GUARDED_BY(m_endMutex) = VxResult::Ok(); // m_endReason from m_endTime on
+};
+
+/// Bounds the time of all commands of a client for one scope.
+class CommandLimit final {
+public:
+    CommandLimit(CommandClient& client, IVxClock::Time end) : m_client(client) { client.LimitUntil(end); }
+    ~CommandLimit() { m_client.LiftLimit(); }
+    CommandLimit(const CommandLimit&) = delete;
+    CommandLimit& operator=(const CommandLimit&) = delete;
+
+private:
+    CommandClient& m_client; // borrowed: outlives the scope
 };
 
 } // namespace control

@@ -83,8 +83,9 @@ VxResult ControlPrivilege::RetryUntilHeartbeatEnds(VxResult refusal)
 {
     const auto heartbeat = m_client.ReadRegister(bootstrap::kHeartbeatTimeout);
     const std::chrono::milliseconds timeout(heartbeat ? *heartbeat : 0);
-    const auto end =
-        m_clock.Now() + std::min<std::chrono::milliseconds>(timeout + kGraceAfterHeartbeat, kLongestWait);
+    const auto wait = std::min<std::chrono::milliseconds>(timeout + kGraceAfterHeartbeat, kLongestWait);
+    const auto end = m_clock.Now() + wait;
+    m_client.PostponeLimit(wait);
     while (refusal.Code() == VxError::AccessDenied && m_clock.Now() < end) {
         m_client.Pause(kRetryInterval);
         refusal = TryTake();

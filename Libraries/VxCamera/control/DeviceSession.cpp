@@ -26,6 +26,13 @@ constexpr std::size_t kRegisterBytes = 4;
 // Fixed by the protocol: where the registers of more channels would be, others begin.
 constexpr std::uint32_t kMostStreamChannels = 512;
 
+// Chosen: more than a slow camera with the largest description needs. Each command may last long by itself,
+// and a connect has many. The wait for a predecessor comes on top.
+constexpr auto kLongestConnect = 45s;
+
+// Chosen: a camera that is well takes it within milliseconds.
+constexpr auto kLongestRelease = 2s;
+
 /// Whether it is the link that failed, and not the camera that refused.
 bool IsLinkFailure(const VxResult& result)
 {
@@ -71,13 +78,16 @@ DeviceSession::~DeviceSession() = default;
 VxResult DeviceSession::TakeControl()
 {
     ControlPrivilege privilege(m_client, m_network.sockets, m_network.clock);
+    const CommandLimit limit(m_client, m_network.clock.Now() + kLongestConnect);
     if (auto taken = privilege.Take(); !taken.IsOK())
         return taken;
     if (auto read = ReadFacts(); !read.IsOK()) {
+        m_client.LimitUntil(m_network.clock.Now() + kLongestRelease);
         std::ignore = privilege.Release(); // nobody must wait for a time-out, should the camera hear it
         return read;
     }
     m_ownIdentity = privilege.Owner();
+    m_connectEnd = m_client.Limit();
     m_isCheckDue = false; // refusals before control was taken mean nothing
     return m_client.EndReason();
 }

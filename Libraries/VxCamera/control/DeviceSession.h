@@ -70,6 +70,9 @@ public:
     /// Gives control back; from then on every operation fails with NOT_CONNECTED.
     VxResult Release();
 
+    /// When all that belongs to connecting must be done.
+    [[nodiscard]] IVxClock::Time ConnectEnd() const { return m_connectEnd; }
+
     [[nodiscard]] CommandClient& Client() { return m_client; }
     [[nodiscard]] const DeviceFacts& Facts() const { return m_facts; }
     [[nodiscard]] std::chrono::milliseconds HeartbeatTimeout() const { return m_heartbeatTimeout.load(); }
@@ -103,6 +106,7 @@ private:
     const Network m_network;
     CommandClient m_client;
     DeviceFacts m_facts;                       // set by Connect, constant afterwards
+    IVxClock::Time m_connectEnd;               // set by Connect, constant afterwards
     std::optional<ControlOwner> m_ownIdentity; // how the camera sees us; set by Connect
     std::atomic<std::chrono::milliseconds> m_heartbeatTimeout{};
     std::atomic<std::chrono::milliseconds> m_wantedInterval{}; // 0: the usual

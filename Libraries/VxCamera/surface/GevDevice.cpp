@@ -83,6 +83,7 @@ VxResult GevDevice::TakeControl(const control::FoundCamera& found)
 
 VxResult GevDevice::LoadFeatures(const std::string& ownFile)
 {
+    const control::CommandLimit limit(m_session->Client(), m_session->ConnectEnd());
     std::shared_ptr<const genapi::Description> description;
     const auto use = [&](const std::string& file) {
         auto read = KnownDescriptions().Get(file);

@@ -444,5 +444,31 @@ TEST_F(CommandClientTest, ALargeRegisterOfAQuickCameraIsReadWhole)
     EXPECT_EQ(bytes.back(), std::byte{7});
 }
 
+TEST_F(CommandClientTest, ALimitEndsTheCommandUnderWayAndThoseAfterItUntilItIsLifted)
+{
+    {
+        const CommandLimit limit(m_client, m_clock.Now() + 3s);
+        m_camera.pendingMs = {9000};
+        EXPECT_EQ(m_client.ReadRegister(kAddress).Result().Code(), VxError::Timeout);
+        EXPECT_EQ(Elapsed(), 3s);
+        EXPECT_EQ(m_client.ReadRegister(kAddress).Result().Code(), VxError::Timeout);
+        EXPECT_EQ(Elapsed(), 3s);
+        EXPECT_EQ(m_sent.size(), 1u);
+    }
+
+    m_clock.Advance(10s);
+    EXPECT_TRUE(m_client.ReadRegister(kAddress));
+}
+
+TEST_F(CommandClientTest, ALimitEndsAskingABusyCamera)
+{
+    const CommandLimit limit(m_client, m_clock.Now() + 100ms);
+    m_camera.busy = 1000;
+
+    EXPECT_EQ(m_client.ReadRegister(kAddress).Result().Code(), VxError::Timeout);
+
+    EXPECT_LT(Elapsed(), 150ms);
+}
+
 } // namespace
 } // namespace control

@@ -223,6 +223,34 @@ TEST_F(DeviceSessionTest, AConnectThatFailsGivesControlBack)
     EXPECT_FALSE(m_camera.controller);
 }
 
+TEST_F(DeviceSessionTest, AConnectToACameraThatAlwaysAsksForPatienceEnds)
+{
+    FakeSocketFactory sockets(m_clock, [&](FakeUdpSocket& socket, std::span<const std::byte> datagram,
+                                           const transport::Ipv4Endpoint& destination) {
+        m_camera.pendingMs = {9000, 9000};
+        m_camera.OnDatagram(socket, datagram, destination);
+    });
+    const auto start = m_clock.Now();
+
+    const auto session = DeviceSession::Connect({sockets, m_clock}, m_camera.endpoint, Via());
+
+    ASSERT_FALSE(session);
+    EXPECT_EQ(session.Error().Code(), VxError::Timeout);
+    EXPECT_GE(m_clock.Now() - start, 45s);
+    EXPECT_LE(m_clock.Now() - start, 47s) << "with control given back";
+}
+
+TEST_F(DeviceSessionTest, TheWaitForAPredecessorLengthensTheConnect)
+{
+    HoldBy({kHost, 5000});
+    const auto start = m_clock.Now();
+
+    const auto session = Connect();
+
+    ASSERT_TRUE(session);
+    EXPECT_EQ((*session)->ConnectEnd() - start, 45s + 4s) << "its time-out of 3 s and a second";
+}
+
 TEST_F(DeviceSessionTest, WhoeverDisconnectsDoesNotWaitForACameraThatAsksForPatience)
 {
     const auto session = Connected();

@@ -24,6 +24,13 @@ TEST(FeatureFailuresTest, AFeatureThatWasNotReachedIsNamedOnce)
               "1 of 1 features could not be read: Width: gone; not reached: Gain, Gamma");
 }
 
+TEST(FeatureFailuresTest, TheEndOfTheTimeSaysWhatCanBeDone)
+{
+    const auto text = FeatureFailures::TimeIsOver(30s).GetDescription().Narrow();
+
+    EXPECT_TRUE(text.ends_with("; check the network and try again")) << text;
+}
+
 TEST(FeatureFailuresTest, VeryManyFeaturesThatWereNotReachedAreNotedInShortTime)
 {
     FeatureFailures failures;
