@@ -24,13 +24,15 @@ TEST_F(PropertyPagesNetworksTest, ListsCamerasOfEveryNetworkButThoseInAWrongSubn
 
     EXPECT_THAT(EntriesOf(list), UnorderedElementsAre(L"SimulatedCamera [02-00-00-00-00-01]",
                                                       L"SimulatedCamera [02-00-00-00-00-03]"));
-    frame.Save(frame.Window(), "frame-parameters-networks");
 
     const auto entries = EntriesOf(list);
     const auto chosen = std::ranges::find(entries, L"SimulatedCamera [02-00-00-00-00-01]");
     ASSERT_NE(chosen, entries.end());
     ChooseEntry(list, static_cast<int>(chosen - entries.begin()));
     EXPECT_EQ(frame.Apply(page), S_OK);
+    ::SendMessageW(list, CB_SHOWDROPDOWN, TRUE, 0);
+    frame.Save(frame.Window(), "frame-parameters-networks");
+    ::SendMessageW(list, CB_SHOWDROPDOWN, FALSE, 0);
 
     BOOL isConnected = FALSE;
     EXPECT_EQ(control->SetParameterArray(1), S_OK);

@@ -200,9 +200,10 @@ void BrowserPage::FillValueList()
     const ComString feature(name);
     UINT count = 0;
     m_source->GetEnumEntryCount(feature.Get(), &count);
-    for (UINT index = 0; index < count; ++index) {
+    const auto entries = static_cast<INT>(count); // signed: a count that no feature has is none
+    for (INT index = 0; index < entries; ++index) {
         ComString entry;
-        if (SUCCEEDED(m_source->GetEnumEntryName(feature.Get(), index, entry.Put())))
+        if (SUCCEEDED(m_source->GetEnumEntryName(feature.Get(), static_cast<UINT>(index), entry.Put())))
             ::SendMessageW(box, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(entry.Text().c_str()));
     }
 }

@@ -57,7 +57,7 @@ void FeatureRefresher::Start(VxComPtr<IVxDSSource> source, HWND page)
             Run(*source.Get(), page);
         });
     } catch (const std::system_error&) {
-        // The system starts no further thread; the next choice of a set tries again.
+        // The system starts no further thread; the next choice of another set tries again.
     }
 }
 

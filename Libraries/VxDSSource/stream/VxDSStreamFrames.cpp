@@ -54,6 +54,14 @@ void WaitOutFrame(std::chrono::steady_clock::time_point began, HANDLE command)
         ::WaitForSingleObject(command, static_cast<DWORD>((kNominalFrameTime - taken).count())); // 33 at most
 }
 
+/// An allocator may hand out a sample with what it said of an earlier frame.
+void RemoveStamps(IMediaSample& sample)
+{
+    sample.SetTime(nullptr, nullptr);
+    sample.SetMediaTime(nullptr, nullptr);
+    sample.SetSyncPoint(FALSE);
+}
+
 } // namespace
 
 HRESULT VxDSStream::OnThreadCreate()
@@ -96,8 +104,11 @@ HRESULT VxDSStream::FillBuffer(IMediaSample* sample)
     } catch (const std::exception&) {
         std::ranges::fill(memory, std::uint8_t{0}); // no memory
     }
-    if (!hasPicture) // without the mutex: whoever wants to connect a camera need not wait for this
+    if (!hasPicture) {
+        RemoveStamps(*sample);
+        // Without the mutex: whoever wants to connect a camera need not wait for this.
         WaitOutFrame(began, GetRequestHandle());
+    }
     return S_OK;
 }
 

@@ -67,13 +67,14 @@ TEST_F(BrowserPageTest, FeaturesOfOneCategoryShareItsNode)
 
 TEST_F(BrowserPageTest, HidesInvisibleFeaturesOnly)
 {
-    source.features[0] = {{L"Beginner"}, {L"Expert"}, {L"Guru"}, {L"Invisible"}, {L"Beyond"}};
+    source.features[0] = {{L"Beginner"}, {L"Expert"}, {L"Guru"}, {L"Invisible"}, {L"Beyond"}, {L"Negative"}};
     for (UINT level = 0; level < 5; ++level)
         source.features[0][level].visibility = level;
+    source.features[0][5].visibility = 0xFFFFFFFF; // counts as -1
 
     Show();
 
-    EXPECT_THAT(Lines(), ElementsAre(L"Beginner", L"Expert", L"Guru"));
+    EXPECT_THAT(Lines(), ElementsAre(L"Beginner", L"Expert", L"Guru", L"Negative"));
 }
 
 TEST_F(BrowserPageTest, OpensEveryCategoryAndShowsTheFirst)

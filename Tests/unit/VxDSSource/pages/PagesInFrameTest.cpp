@@ -245,10 +245,12 @@ TEST_F(PagesInFrameTest, BrowserShowsCategoriesPlaceholdersAndVisibleFeatures)
 
 TEST_F(PagesInFrameTest, RefusalIsToldWithItsReasonOrAlone)
 {
-    m_source.features[0] = {{L"A", L"root"}, {L"B", L"root"}};
+    m_source.features[0] = {{L"A", L"root"}, {L"B", L"root"}, {L"C", L"root", L"Command"}};
     m_source.features[0][0].writing = E_FAIL;
     m_source.features[0][0].reason = L"Out of range.";
     m_source.features[0][1].writing = E_FAIL;
+    m_source.features[0][2].writing = E_FAIL;
+    m_source.features[0][2].reason = L"Not now.";
     HWND const page = OpenBrowser();
     const TreeReader tree(Item(page, IDC_FEATURES));
 
@@ -256,6 +258,8 @@ TEST_F(PagesInFrameTest, RefusalIsToldWithItsReasonOrAlone)
     EXPECT_EQ(RefusalOf(page, IDC_SET), L"Operation failed.Out of range.");
     tree.Select(L"B");
     EXPECT_EQ(RefusalOf(page, IDC_SET), L"Operation failed.");
+    tree.Select(L"C");
+    EXPECT_EQ(RefusalOf(page, IDC_EXECUTE), L"Operation failed.Not now.");
 }
 
 TEST_F(PagesInFrameTest, ChoosingTheSetThatIsShownRebuildsNothing)

@@ -62,7 +62,9 @@ public:
     STDMETHODIMP GetTime(REFERENCE_TIME*, REFERENCE_TIME*) override { return E_NOTIMPL; }
     STDMETHODIMP SetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override
     {
-        time = {*start, *stop};
+        time.reset();
+        if (start != nullptr && stop != nullptr)
+            time = {*start, *stop};
         return S_OK;
     }
     STDMETHODIMP IsSyncPoint() override { return isSyncPoint ? S_OK : S_FALSE; }
@@ -88,7 +90,9 @@ public:
     STDMETHODIMP GetMediaTime(LONGLONG*, LONGLONG*) override { return E_NOTIMPL; }
     STDMETHODIMP SetMediaTime(LONGLONG* start, LONGLONG* stop) override
     {
-        mediaTime = {*start, *stop};
+        mediaTime.reset();
+        if (start != nullptr && stop != nullptr)
+            mediaTime = {*start, *stop};
         return S_OK;
     }
 

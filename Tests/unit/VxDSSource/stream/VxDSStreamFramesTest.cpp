@@ -386,6 +386,24 @@ TEST_F(VxDSStreamFramesTest, DoesNotCountZeroFrames)
     EXPECT_EQ(second.mediaTime, std::pair(1LL, 2LL));
 }
 
+TEST_F(VxDSStreamFramesTest, TakesTheStampsOfAnEarlierPictureOffAZeroFrame)
+{
+    Stream(4, 2);
+    UseType(0, 4, 2);
+    QueueEmptyPicture();
+    CanarySample sample(24);
+    Fill(sample);
+    ASSERT_TRUE(sample.mediaTime);
+    ASSERT_TRUE(sample.isSyncPoint);
+
+    sample.time = {1, 2}; // as with a clock
+    Fill(sample);
+
+    EXPECT_FALSE(sample.time);
+    EXPECT_FALSE(sample.mediaTime);
+    EXPECT_FALSE(sample.isSyncPoint);
+}
+
 TEST_F(VxDSStreamFramesTest, GivesTheBufferBackAfterThePicture)
 {
     Stream(4, 2);
