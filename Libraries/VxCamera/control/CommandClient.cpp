@@ -323,6 +323,7 @@ void CommandClient::End(const VxResult& reason)
         const VxLock lock(m_endMutex);
         if (m_endReason.IsOK())
             m_endReason = reason;
+        m_isEnded = !m_endReason.IsOK();
     }
     m_socket->Wake();
 }
@@ -344,7 +345,8 @@ bool CommandClient::HasEnded()
     const VxLock lock(m_endMutex);
     if (m_endReason.IsOK() && m_clock.Now().time_since_epoch() >= m_endTime.load())
         m_endReason = m_lateReason;
-    return !m_endReason.IsOK();
+    m_isEnded = !m_endReason.IsOK();
+    return m_isEnded;
 }
 
 VxResult CommandClient::EndReason() const

@@ -73,6 +73,8 @@ public:
 
     /// OK, or what End was given.
     [[nodiscard]] VxResult EndReason() const;
+    /// Whether EndReason is not OK; costs no lock.
+    [[nodiscard]] bool IsEnded() const { return m_isEnded; }
 
     /// Lets time pass; datagrams that arrive meanwhile are dropped. Not while others use the client.
     void Pause(std::chrono::milliseconds duration);
@@ -131,6 +133,7 @@ private:
     std::uint16_t m_requestId VX_GUARDED_BY(m_mutex) = 0;
     bool m_isSilent VX_GUARDED_BY(m_mutex) = false; // the last command got no answer at all
 
+    std::atomic<bool> m_isEnded = false; // whether m_endReason is not OK
     mutable VxMutex m_endMutex;
     CommandSettings m_settings VX_GUARDED_BY(m_endMutex);
     VxResult m_endReason VX_GUARDED_BY(m_endMutex) = VxResult::Ok();

@@ -49,6 +49,10 @@ public:
                   const transport::Ipv4Endpoint& device);
     ~DeviceSession() override;
 
+    /// False once control is lost or given back: like IsAlive, for the features.
+    [[nodiscard]] bool IsOpen() const override { return IsAlive(); }
+    [[nodiscard]] VxResult CloseReason() const override { return m_client.EndReason(); }
+
     /// Reads and writes anywhere; registers of 4 bytes by register access, anything else by memory access.
     [[nodiscard]] VxResult Read(std::uint64_t address, std::span<std::byte> bytes) override;
     [[nodiscard]] VxResult Write(std::uint64_t address, std::span<const std::byte> bytes) override;
@@ -61,7 +65,7 @@ public:
     [[nodiscard]] std::optional<IVxClock::Time> Beat();
 
     /// Whether we control the camera as far as is known.
-    [[nodiscard]] bool IsAlive() const { return m_client.EndReason().IsOK(); }
+    [[nodiscard]] bool IsAlive() const { return !m_client.IsEnded(); }
 
     /// Fails every command that takes longer than this from now on, also the one under way, with
     /// NOT_CONNECTED: for whoever disconnects and must not wait for a camera that asks for patience.

@@ -26,6 +26,13 @@ public:
     IRegisterPort& operator=(const IRegisterPort&) = delete;
     virtual ~IRegisterPort() = default;
 
+    /// Whether it still leads to a camera. Asked at each use of a feature, of one whose value is kept as
+    /// well, so it must cost next to nothing.
+    [[nodiscard]] virtual bool IsOpen() const { return true; }
+
+    /// @return  why it leads to no camera any more; OK while it does
+    [[nodiscard]] virtual VxResult CloseReason() const { return VxResult::Ok(); }
+
     /// Fills `bytes` with the registers from `address` on, in the order of the camera's memory.
     /// @param bytes  never empty; address + size never exceeds 2^64. Content is unspecified on failure.
     [[nodiscard]] virtual VxResult Read(std::uint64_t address, std::span<std::byte> bytes) = 0;

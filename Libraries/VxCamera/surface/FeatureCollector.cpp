@@ -124,6 +124,10 @@ bool FeatureCollector::MayTry(genapi::NodeId next)
 {
     if (m_isEnded)
         return false;
+    if (const VxResult gone = m_map.CloseReason(); !gone.IsOK()) {
+        End(next, gone);
+        return false;
+    }
     if (m_clock.Now() >= m_end) {
         End(next, FeatureFailures::TimeIsOver(kLongestTransfer));
         return false;

@@ -10,7 +10,8 @@ class VxGenParameterArray;
 /// A camera under this host's control.
 ///
 /// Owner:  made by CreateAndConnect, given back with Free and in no other way.
-/// Thread: any; serialised inside. A lost link is noticed within the camera's heartbeat time-out; from then on
+/// Thread: any; serialised inside. A lost link is noticed within the camera's heartbeat time-out; from then
+/// on
 ///         IsConnected is false and every operation fails at once.
 class VxDevice {
 public:
@@ -22,8 +23,8 @@ public:
     /// @param connectionId  MAC address (either separator, any case), dotted IP address, serial number or
     ///                      user-defined name
     /// @param[out] result   OK, or why not: NOT_FOUND (no camera answered), AMBIGUOUS, ACCESS_DENIED (another
-    ///                      application controls it), INVALID_CONFIGURATION, INVALID_DATA (its description), ...;
-    ///                      must not be null
+    ///                      application controls it), INVALID_CONFIGURATION, INVALID_DATA (its description),
+    ///                      ...; must not be null
     /// @return  a VxDeviceGEV or VxDeviceU3V, or null. One whose result is not OK must still be freed.
     [[nodiscard]] static VxDevice* CreateAndConnect(const VxString& connectionId, VxResult* result);
 
@@ -35,13 +36,16 @@ public:
     /// Gives control back; the object and its arrays stay valid until Free.
     virtual VxResult Disconnect() = 0;
 
-    /// The camera's feature tree; borrowed, never null.
+    /// The camera's feature tree; borrowed, never null. Once the device is not connected any more, which
+    /// features there are can still be asked; each read and write of one fails with the reason, whether its
+    /// value is known or not.
     [[nodiscard]] virtual VxGenParameterArray* GetParameters() = 0;
 
-    /// Features of the link (time-outs, retries, heartbeat); borrowed, never null, usable without a connection.
+    /// Features of the link (time-outs, retries, heartbeat); borrowed, never null, usable without a
+    /// connection.
     [[nodiscard]] virtual VxGenParameterArray* GetCommunicationParameters() = 0;
 
-    /// @return  bytes of one image as the camera reports them; 0 when it cannot be read
+    /// @return  bytes of one image as the camera reports them; 0 when it cannot be read, as of a lost camera
     [[nodiscard]] virtual std::uint32_t GetPayloadSize() = 0;
 
     /// Locks the features that must not change while streaming ("TLParamsLocked"), where the camera has them.

@@ -18,6 +18,9 @@
 /// Thread: one.
 class FakeRegisterPort final : public genapi::IRegisterPort {
 public:
+    [[nodiscard]] bool IsOpen() const override { return !closed; }
+    [[nodiscard]] VxResult CloseReason() const override { return closed ? *closed : VxResult::Ok(); }
+
     VxResult Read(std::uint64_t address, std::span<std::byte> bytes) override
     {
         ++reads;
@@ -76,6 +79,7 @@ public:
     std::size_t lastWriteSize = 0;
     std::function<void()> onAccess;  ///< called by every access, if set
     std::optional<VxResult> failure; ///< what every access returns, if set
+    std::optional<VxResult> closed;  ///< why there is no camera any more, if set
 
 private:
     std::map<std::uint64_t, std::byte> m_memory;

@@ -16,8 +16,9 @@ template <typename Function>
 auto Read(NodeMapImpl& map, NodeId id, Function function) -> decltype(function(map.At(id)))
 {
     const Guard guard(map.m_mutex);
-    map.m_context.BeginOperation();
     Node& node = map.At(id);
+    if (!map.Begin())
+        return map.Closed(node);
     if (const VxResult access = map.CheckReadable(node); !access.IsOK())
         return map.Failed(node, access);
     auto value = function(node);
@@ -31,8 +32,9 @@ template <typename Function>
 VxResult Write(NodeMapImpl& map, NodeId id, Function function)
 {
     const Guard guard(map.m_mutex);
-    map.m_context.BeginOperation();
     Node& node = map.At(id);
+    if (!map.Begin())
+        return map.Closed(node);
     if (const VxResult access = map.CheckWritable(node); !access.IsOK())
         return map.Failed(node, access);
     return map.Failed(node, function(node));
@@ -43,8 +45,9 @@ template <typename Function>
 auto Ask(NodeMapImpl& map, NodeId id, Function function) -> decltype(function(map.At(id)))
 {
     const Guard guard(map.m_mutex);
-    map.m_context.BeginOperation();
     Node& node = map.At(id);
+    if (!map.Begin())
+        return map.Closed(node);
     auto value = function(node);
     if (!value)
         return map.Failed(node, value.Error());
@@ -148,11 +151,16 @@ std::unique_lock<std::recursive_mutex> NodeMap::Hold() const
     return std::unique_lock(m_impl->m_mutex);
 }
 
+VxResult NodeMap::CloseReason() const
+{
+    const Guard guard(m_impl->m_mutex);
+    return m_impl->m_context.Device().CloseReason();
+}
+
 AccessMode NodeMap::Access(NodeId node)
 {
     const Guard guard(m_impl->m_mutex);
-    m_impl->m_context.BeginOperation();
-    return m_impl->At(node).Access();
+    return m_impl->Begin() ? m_impl->At(node).Access() : AccessMode::NotAvailable;
 }
 
 VxExpected<std::int64_t> NodeMap::GetInteger(NodeId id)

@@ -46,6 +46,8 @@ struct Chunk {
 /// A node that is broken in the description (a reference to a node that is not there, a number that is none)
 /// is not implemented, and a notice says why; the rest of the map works.
 ///
+/// A port that is closed ends the use of all features; what the description says of them remains.
+///
 /// Values are kept as the description says (Cachable, PollingTime, invalidators): one whose polling time has
 /// passed is read from the camera again when it is asked for.
 ///
@@ -95,13 +97,19 @@ public:
     /// belong together, such as a selector and what it selects.
     [[nodiscard]] std::unique_lock<std::recursive_mutex> Hold() const;
 
-    /// Access in the present state of the camera; reads what the description makes it depend on.
+    /// @return  why no feature can be used any more, for instance LINK_LOST; OK while the port leads to a
+    /// camera
+    [[nodiscard]] VxResult CloseReason() const;
+
+    /// Access in the present state of the camera; reads what the description makes it depend on. Of a camera
+    /// that is gone nothing is available.
     [[nodiscard]] AccessMode Access(NodeId node);
 
-    // Values. NOT_AVAILABLE, NOT_READABLE, NOT_WRITABLE, OUT_OF_RANGE, TYPE_MISMATCH or INVALID_DATA with a
-    // sentence that names the feature and says what would be accepted, or the port's result. An integer can
-    // be read from and written to booleans (0, 1), enumerations (the entry's number) and floats (rounded) as
-    // well, a float the same way.
+    // Values. Once the port is closed, all of these fail at once with its reason, for values that are kept
+    // and for those without a register as well. Else NOT_AVAILABLE, NOT_READABLE, NOT_WRITABLE, OUT_OF_RANGE,
+    // TYPE_MISMATCH or INVALID_DATA with a sentence that names the feature and says what would be accepted,
+    // or the port's result. An integer can be read from and written to booleans (0, 1), enumerations (the
+    // entry's number) and floats (rounded) as well, a float the same way.
 
     [[nodiscard]] VxExpected<std::int64_t> GetInteger(NodeId node);
     [[nodiscard]] VxResult SetInteger(NodeId node, std::int64_t value);

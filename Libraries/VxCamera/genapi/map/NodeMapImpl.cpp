@@ -232,6 +232,17 @@ void NodeMapImpl::AttachEvent(std::uint64_t id, std::span<const std::byte> bytes
             node->DropCache();
 }
 
+bool NodeMapImpl::Begin()
+{
+    m_context.BeginOperation();
+    return m_context.Device().IsOpen();
+}
+
+VxResult NodeMapImpl::Closed(const Node& node)
+{
+    return Named(node, m_context.Device().CloseReason());
+}
+
 VxResult NodeMapImpl::CheckReadable(Node& node)
 {
     if (node.CanBeRead())

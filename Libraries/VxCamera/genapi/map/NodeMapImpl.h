@@ -30,6 +30,11 @@ public:
 
     [[nodiscard]] Node& At(NodeId node) const { return *m_nodes[static_cast<std::size_t>(node)]; }
 
+    /// Starts an operation of a user.
+    /// @return  false when the port leads to no camera any more: then the answer is what Closed says
+    [[nodiscard]] bool Begin();
+    [[nodiscard]] VxResult Closed(const Node& node);
+
     /// OK when the node can be read or written now, else a result that says why not.
     [[nodiscard]] VxResult CheckReadable(Node& node);
     [[nodiscard]] VxResult CheckWritable(Node& node);

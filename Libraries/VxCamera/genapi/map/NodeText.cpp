@@ -33,6 +33,8 @@ VxResult SetEntryFromText(NodeMap& map, NodeMapImpl& impl, NodeId id, std::strin
 VxExpected<std::string> NodeMap::ToText(NodeId id)
 {
     const auto lock = Hold();
+    if (!m_impl->Begin())
+        return m_impl->Closed(m_impl->At(id));
     const NodeInfo& info = Info(id);
     const auto convert = [](const auto& value, auto function) -> VxExpected<std::string> {
         return value ? VxExpected<std::string>(function(*value)) : VxExpected<std::string>(value.Error());
@@ -66,6 +68,8 @@ VxResult NodeMap::FromText(NodeId id, std::string_view text)
 {
     const auto lock = Hold();
     const Node& node = m_impl->At(id);
+    if (!m_impl->Begin())
+        return m_impl->Closed(node); // whatever the text is
     switch (node.Info().type) {
     case ValueType::Integer: {
         const auto value = IntegerFromText(text);

@@ -77,6 +77,8 @@ TEST_F(DeviceSessionTest, TakesControlFromTheAddressOfTheInterface)
     EXPECT_EQ(m_camera.controller->address, kHost);
     EXPECT_EQ(m_sockets.opened.front().interfaceIndex, 2u);
     EXPECT_TRUE(session->IsAlive());
+    EXPECT_TRUE(session->IsOpen());
+    EXPECT_TRUE(session->CloseReason().IsOK());
 }
 
 TEST_F(DeviceSessionTest, LearnsWhatTheCameraCanDo)
@@ -432,6 +434,8 @@ TEST_F(DeviceSessionTest, ALostLinkIsNoticedWithinTheHeartbeatTimeout)
     ASSERT_TRUE(noticed);
     EXPECT_LE(*noticed, 3000ms);
     EXPECT_FALSE(session->IsAlive());
+    EXPECT_FALSE(session->IsOpen());
+    EXPECT_EQ(session->CloseReason().Code(), VxError::LinkLost);
 }
 
 TEST_F(DeviceSessionTest, ALostLinkIsNoticedInTimeAlsoWhenAnApplicationWaitsForAnAnswer)

@@ -444,6 +444,25 @@ std::string FiveRegisters()
     return "<Category Name=\"Root\">" + tree + "</Category>" + nodes;
 }
 
+TEST_F(FeatureStoreTest, EndsWhenTheCameraIsGoneMeanwhile)
+{
+    Load(FiveRegisters());
+    const auto steps = CollectFeatures(*array, clock).steps;
+    Load(FiveRegisters());
+    port.onAccess = [this] { port.closed = VxResult(VxError::LinkLost, "it is gone"); };
+
+    const auto collected = CollectFeatures(*array, clock);
+    const VxResult restored = RestoreFeatures(*array, steps, clock);
+
+    EXPECT_EQ(collected.result.Code(), VxError::LinkLost);
+    EXPECT_THAT(collected.result.GetDescription().Narrow(), EndsWith("B: it is gone; not reached: C, D, E"));
+    EXPECT_EQ(collected.steps.size(), 1u) << "which had been read before";
+    EXPECT_EQ(restored.Code(), VxError::LinkLost);
+    EXPECT_THAT(restored.GetDescription().Narrow(), EndsWith("A: it is gone; not reached: B, C, D, E"));
+    port.onAccess = nullptr;
+    port.closed.reset();
+}
+
 TEST_F(FeatureStoreTest, EndsWhenTheCameraIsGone)
 {
     Load(FiveRegisters());
