@@ -17,6 +17,9 @@ VX_LOGS=$VX_BUILD/logs
 
 # Process groups started by start_group and not ended yet.
 VX_GROUPS=()
+# Whether a group is being started that is not in the list yet, and the exit code of a signal that came meanwhile.
+VX_STARTING=''
+VX_SIGNALLED=''
 
 # Chosen: often enough to see that it lives, seldom enough for a log file.
 VX_PROGRESS_SECONDS=15
@@ -36,11 +39,14 @@ fail() {
 # Starts a command or a function as a process group of its own (which is what job control does), so
 # that it can be ended together with whatever it started. The group's id is left in VX_STARTED.
 start_group() {
+    VX_STARTING=1
     set -m
     "$@" &
     VX_STARTED=$!
     set +m
     VX_GROUPS+=("$VX_STARTED")
+    VX_STARTING=''
+    [ -z "$VX_SIGNALLED" ] || exit "$VX_SIGNALLED"
 }
 
 forget_group() {
@@ -79,8 +85,13 @@ stop_all_groups() {
 at_end() {
     # shellcheck disable=SC2064  # the name is wanted now, not when the signal comes
     trap "$1" EXIT
-    trap 'exit 130' INT
-    trap 'exit 143' TERM HUP
+    trap 'end_by_signal 130' INT
+    trap 'end_by_signal 143' TERM HUP
+}
+
+# A group that starts just now is ended, too: its start is finished first, or it would be in no list.
+end_by_signal() {
+    if [ -n "$VX_STARTING" ]; then VX_SIGNALLED=$1; else exit "$1"; fi
 }
 
 # The newest "[done/total]" of a build log, or nothing.

@@ -135,6 +135,19 @@ class ShellLibraryTest(unittest.TestCase):
                 self.assertEqual(process.wait(30), code)
                 self.assert_ended(int(grandchild))
 
+    def test_a_signal_while_a_group_starts_ends_it_as_well(self):
+        # The signal comes with the group started and not in the list yet: start_group leaves job control just then.
+        process, grandchild = self.start_script('''
+            set() { builtin set "$@"; if [ "$1" = +m ]; then sleep 0.2; kill -TERM $$; fi; }
+            at_end stop_all_groups
+            parent() { sleep 1000 & echo $!; wait; }
+            start_group parent
+            echo not reached''')
+
+        self.assertEqual(process.wait(30), 143)
+        self.assert_ended(int(grandchild))
+        self.assertEqual(process.stdout.read(), "")
+
     def test_a_group_that_ignores_the_polite_signal_is_ended_anyway(self):
         process, stubborn = self.start_script('''
             VX_STOP_SECONDS=1
