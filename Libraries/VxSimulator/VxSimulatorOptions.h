@@ -36,6 +36,7 @@ struct VxSimulatorFaults {
     std::chrono::milliseconds answerDelay{0}; ///< each answer comes so much later
     /// Each write takes so long, which a PENDING_ACK announces; 0: none does. At most 65535.
     std::chrono::milliseconds pendingTime{0};
+    std::optional<std::uint32_t> pendingAddress{}; ///< register whose writing takes so long; none: every one
     std::optional<std::uint32_t>
         refusedAddress{}; ///< register whose reading and writing is refused; none: no one
     gvcp::Status refusal = gvcp::Status::AccessDenied; ///< how it is refused

@@ -30,7 +30,8 @@ CollectedFeatures FeatureCollector::Collect()
             NoteUnreached(group, group.selectors.empty() ? m_reached : 0);
     }
     VxResult result = m_failures.Summary("could not be read");
-    return {std::move(m_steps), std::move(result)};
+    const VxResult gone = m_map.CloseReason();
+    return {std::move(m_steps), gone.IsOK() || !result.IsOK() ? std::move(result) : gone, !gone.IsOK()};
 }
 
 bool FeatureCollector::IsStored(genapi::NodeId node) const

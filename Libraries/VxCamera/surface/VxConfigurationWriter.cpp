@@ -26,6 +26,8 @@ VxResult VxConfigurationWriter::Store(VxDevice* device, const VxString& name)
         return VxResult(VxError::NotConnected, "the device cannot be stored: it is not connected");
     return NoThrow([&]() -> VxResult {
         auto collected = surface::CollectFeatures(*device->GetParameters(), VxSteadyClock());
+        if (collected.isGone)
+            return collected.result;
         if (!device->IsConnected())
             return VxResult(VxError::LinkLost, "the camera was lost while its configuration was read");
         m_impl->configuration.devices.push_back({name, std::move(collected.steps)});

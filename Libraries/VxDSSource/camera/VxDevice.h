@@ -28,12 +28,15 @@ public:
     /// @return  a VxDeviceGEV or VxDeviceU3V, or null. One whose result is not OK must still be freed.
     [[nodiscard]] static VxDevice* CreateAndConnect(const VxString& connectionId, VxResult* result);
 
-    /// Disconnects if needed and disposes of the device; null is allowed.
+    /// Disconnects if needed and disposes of the device; null is allowed. Nobody else may use the device or
+    /// its arrays any more: where another thread may be in a call, Disconnect first, which ends that call,
+    /// and wait for the thread.
     static void Free(VxDevice* device);
 
     [[nodiscard]] virtual bool IsConnected() const = 0;
 
-    /// Gives control back; the object and its arrays stay valid until Free.
+    /// Gives control back, within two seconds whatever the camera does; calls of other threads that are under
+    /// way fail with NOT_CONNECTED then. The object and its arrays stay valid until Free.
     virtual VxResult Disconnect() = 0;
 
     /// The camera's feature tree; borrowed, never null. Once the device is not connected any more, which

@@ -30,11 +30,14 @@ bool IsWrite(const gvcp::CommandPacket& command)
     return command.header.command == Command::WriteReg || command.header.command == Command::WriteMem;
 }
 
-bool HasAddress(const gvcp::CommandPacket& command)
+/// @return  the first register that is to be read or written; nothing for other commands
+std::optional<std::uint32_t> AddressOf(const gvcp::CommandPacket& command)
 {
-    return (IsWrite(command) || command.header.command == Command::ReadReg ||
-            command.header.command == Command::ReadMem) &&
-           command.payload.size() >= sizeof(std::uint32_t);
+    const bool isAccess = IsWrite(command) || command.header.command == Command::ReadReg ||
+                          command.header.command == Command::ReadMem;
+    if (!isAccess || command.payload.size() < sizeof(std::uint32_t))
+        return std::nullopt;
+    return VxLoadBe<std::uint32_t>(command.payload.first<sizeof(std::uint32_t)>());
 }
 
 } // namespace
@@ -51,13 +54,16 @@ bool ControlFaults::LosesCommand(const gvcp::CommandPacket& command)
 
 std::optional<gvcp::Datagram> ControlFaults::Refusal(const gvcp::CommandPacket& command) const
 {
-    if (!m_faults.refusedAddress || !HasAddress(command))
-        return std::nullopt;
-    const auto address = VxLoadBe<std::uint32_t>(command.payload.first<sizeof(std::uint32_t)>());
-    if (address != *m_faults.refusedAddress)
+    if (!m_faults.refusedAddress || AddressOf(command) != m_faults.refusedAddress)
         return std::nullopt;
     return gvcp::MakeEmptyAck(m_faults.refusal, gvcp::AckOf(command.header.command),
                               command.header.requestId);
+}
+
+bool ControlFaults::TakesLong(const gvcp::CommandPacket& command) const
+{
+    return IsWrite(command) && m_faults.pendingTime.count() > 0 &&
+           (!m_faults.pendingAddress || AddressOf(command) == m_faults.pendingAddress);
 }
 
 std::vector<TimedAnswer> ControlFaults::Pass(const gvcp::CommandPacket& command, const gvcp::Datagram& answer,
@@ -67,7 +73,7 @@ std::vector<TimedAnswer> ControlFaults::Pass(const gvcp::CommandPacket& command,
         return {{now, answer}};
     std::vector<TimedAnswer> sent;
     auto due = now + m_faults.answerDelay;
-    if (IsWrite(command) && m_faults.pendingTime.count() > 0) {
+    if (TakesLong(command)) {
         sent.push_back({due, gvcp::MakePendingAck(command.header.requestId, {m_faults.pendingTime})});
         due += m_faults.pendingTime;
     }

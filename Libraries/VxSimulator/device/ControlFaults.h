@@ -38,6 +38,7 @@ public:
                                                 const gvcp::Datagram& answer, IVxClock::Time now);
 
 private:
+    [[nodiscard]] bool TakesLong(const gvcp::CommandPacket& command) const;
     [[nodiscard]] gvcp::Datagram WithLengthError(const gvcp::Datagram& answer) const;
 
     const VxSimulatorFaults m_faults;

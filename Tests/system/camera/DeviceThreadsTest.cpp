@@ -1,8 +1,12 @@
 #include "CameraLink.h"
 
+#include "VxCamera/wire/registers/BootstrapRegisters.h"
+#include "VxDSSource/camera/VxConfigurationReader.h"
+#include "VxDSSource/camera/VxConfigurationWriter.h"
 #include "VxDSSource/camera/VxGenParameter.h"
 #include "VxDSSource/camera/VxGenParameterArray.h"
 #include "VxSimulator/VxSimulatedCamera.h"
+#include "VxSimulator/device/SimulatedRegisters.h"
 #include "support/Latch.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +16,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <string>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -132,6 +137,107 @@ TEST_F(DeviceThreadsTest, SettingsOfTheLinkMadeAtOnceAreAllKept)
         EXPECT_EQ(number("PacketSize"), 1000 + i);
         EXPECT_EQ(mode, i % 2 == 0 ? "Fixed" : "Camera");
     }
+}
+
+/// A camera that needs long for writing one register, and says so.
+class PatientDeviceTest : public DeviceThreadsTest {
+protected:
+    void Start(std::uint32_t slowAddress, std::uint32_t widthPx = 640)
+    {
+        VxSimulatorOptions options;
+        options.widthPx = widthPx;
+        options.faults.pendingTime = kLong;
+        options.faults.pendingAddress = slowAddress;
+        DeviceThreadsTest::Start(options);
+        // So that the next command that arrives is that of the test.
+        VxGenParameterArray& link = *m_link.device->GetCommunicationParameters();
+        ASSERT_TRUE(link.Get("HeartbeatEnabled")->FromString("false").IsOK());
+    }
+
+    /// Disconnects while another thread is in a call that waits for the camera, and joins that one.
+    /// @return  what the call answers
+    VxResult DisconnectDuring(const std::function<VxResult()>& call)
+    {
+        const auto before = m_camera.Counters().commandsReceived;
+        VxResult answer;
+        std::thread caller([&] { answer = call(); });
+        while (m_camera.Counters().commandsReceived == before)
+            std::this_thread::yield();
+
+        const auto start = Clock::now();
+        EXPECT_TRUE(m_link.device->Disconnect().IsOK());
+        caller.join();
+        const auto duration = Clock::now() - start;
+
+        EXPECT_GT(duration, kDisconnectTime / 2) << "nobody waited for the camera";
+        EXPECT_LT(duration, kDisconnectTime + std::chrono::milliseconds(500)); // as much for a busy machine
+        EXPECT_FALSE(m_link.device->IsConnected());
+        return answer;
+    }
+
+    static constexpr std::chrono::milliseconds kLong{9000};           // the longest that is believed is 10 s
+    static constexpr std::chrono::milliseconds kDisconnectTime{2000}; // see Docs/Threads.md
+};
+
+TEST_F(PatientDeviceTest, ADisconnectEndsTheWriteThatAnotherThreadWaitsFor)
+{
+    Start(simulator::kWidth);
+
+    const VxResult written =
+        DisconnectDuring([&] { return m_link.Features().SetIntegerValue("Width", 320); });
+
+    EXPECT_EQ(written.Code(), VxError::NotConnected);
+    EXPECT_EQ(written.GetDescription().Narrow().find("Width: "), 0u) << written.GetDescription().Narrow();
+}
+
+TEST_F(PatientDeviceTest, ADisconnectEndsTheStoringOfAConfiguration)
+{
+    Start(simulator::kTriggerSelector);
+    VxConfigurationWriter writer;
+
+    const VxResult stored = DisconnectDuring([&] { return writer.Store(m_link.device.get(), VxString()); });
+
+    EXPECT_EQ(stored.Code(), VxError::NotConnected) << stored.GetDescription().Narrow();
+    VxString text;
+    ASSERT_TRUE(writer.SaveToString(text).IsOK());
+    VxConfigurationReader reader;
+    ASSERT_TRUE(reader.LoadFromString(text).IsOK());
+    EXPECT_EQ(reader.GetDeviceCount(), 0u) << "a half of a configuration";
+}
+
+TEST_F(PatientDeviceTest, ADisconnectEndsTheRestoringOfAConfiguration)
+{
+    Start(simulator::kWidth, 640);
+    VxConfigurationWriter writer;
+    ASSERT_TRUE(writer.Store(m_link.device.get(), VxString()).IsOK());
+    VxString text;
+    ASSERT_TRUE(writer.SaveToString(text).IsOK());
+    VxConfigurationReader reader;
+    ASSERT_TRUE(reader.LoadFromString(text).IsOK());
+    m_link.device.reset();
+    m_camera.Stop();
+    Start(simulator::kWidth, 320); // so that the width is written
+
+    const VxResult restored =
+        DisconnectDuring([&] { return reader.Restore(std::size_t{0}, m_link.device.get()); });
+
+    EXPECT_EQ(restored.Code(), VxError::NotConnected);
+    EXPECT_NE(restored.GetDescription().Narrow().find("not reached: "), std::string::npos)
+        << restored.GetDescription().Narrow();
+}
+
+TEST_F(PatientDeviceTest, ADeviceIsFreedThoughItsCameraNeedsLongToGiveControlBack)
+{
+    VxSimulatorOptions options;
+    options.faults.pendingTime = kDisconnectTime + std::chrono::milliseconds(200);
+    options.faults.pendingAddress = bootstrap::kControlChannelPrivilege;
+    DeviceThreadsTest::Start(options);
+    const auto start = Clock::now();
+
+    m_link.device.reset();
+
+    EXPECT_GT(Clock::now() - start, kDisconnectTime / 2) << "it did not wait for the camera";
+    EXPECT_LT(Clock::now() - start, kDisconnectTime + std::chrono::milliseconds(500));
 }
 
 } // namespace

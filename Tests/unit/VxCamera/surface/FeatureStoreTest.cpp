@@ -456,6 +456,7 @@ TEST_F(FeatureStoreTest, EndsWhenTheCameraIsGoneMeanwhile)
 
     EXPECT_EQ(collected.result.Code(), VxError::LinkLost);
     EXPECT_THAT(collected.result.GetDescription().Narrow(), EndsWith("B: it is gone; not reached: C, D, E"));
+    EXPECT_TRUE(collected.isGone);
     EXPECT_EQ(collected.steps.size(), 1u) << "which had been read before";
     EXPECT_EQ(restored.Code(), VxError::LinkLost);
     EXPECT_THAT(restored.GetDescription().Narrow(), EndsWith("A: it is gone; not reached: B, C, D, E"));

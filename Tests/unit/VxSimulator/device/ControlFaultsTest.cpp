@@ -86,6 +86,18 @@ TEST(ControlFaultsTest, AWriteThatTakesLongIsAnnounced)
     EXPECT_EQ(faults.Pass(Packet(kReadReg), gvcp::Datagram(kAnswer), kNow).size(), 1u) << "reading is quick";
 }
 
+TEST(ControlFaultsTest, OneRegisterTakesLong)
+{
+    ControlFaults faults({.pendingTime = 1000ms, .pendingAddress = 0x0A00});
+
+    EXPECT_EQ(faults.Pass(Packet(kWriteReg), gvcp::Datagram(kAnswer), kNow).size(), 2u);
+    EXPECT_EQ(faults.Pass(Packet(FromHex("42 01 00 82 00 08 00 05 | 00 00 0A 04 00 00 00 01")),
+                          gvcp::Datagram(kAnswer), kNow)
+                  .size(),
+              1u)
+        << "others are quick";
+}
+
 TEST(ControlFaultsTest, OneRegisterIsRefused)
 {
     const ControlFaults faults({.refusedAddress = 0x0A00, .refusal = gvcp::Status::WriteProtect});
