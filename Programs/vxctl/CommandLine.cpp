@@ -31,7 +31,8 @@ constexpr const char* kFooter =
     "  vxctl features 192.168.0.10\n"
     "  vxctl set \"left camera\" ExposureAuto=Off ExposureTime=5000\n"
     "  vxctl save 192.168.0.10 camera.xml\n"
-    "'vxctl COMMAND --help' explains a command.\n"
+    "'vxctl COMMAND --help' explains a command and lists its options, which may stand before it as well:\n"
+    "  vxctl --xml own.xml features 192.168.0.10\n"
     "A camera is named by its MAC address, IP address, serial number or user-defined name.\n"
     "Exit codes: 0 done; 1 the camera refused; 2 the command line is wrong; 3 the camera cannot be reached "
     "or\n"
@@ -252,6 +253,39 @@ Request Understand(const Raw& raw)
     return request;
 }
 
+/// The option of that name of any command; null when none has it.
+const CLI::Option* FindOption(const CLI::App& app, const std::string& name)
+{
+    for (const CLI::App* const command : app.get_subcommands({}))
+        if (const CLI::Option* const option = command->get_option_no_throw(name); option != nullptr)
+            return option;
+    return nullptr;
+}
+
+/// Brings the command before options of commands that were typed before it: there the parser looks for it.
+/// Where there is no command, nothing is left, and of an unknown one nothing but its name.
+std::vector<std::string> WithCommandFirst(const CLI::App& app, std::vector<std::string> arguments)
+{
+    std::size_t place = 0;
+    while (place < arguments.size() && arguments[place].starts_with("--")) {
+        const std::size_t sign = arguments[place].find('=');
+        const CLI::Option* const option = FindOption(app, arguments[place].substr(0, sign));
+        if (option == nullptr)
+            return arguments; // the program's own, or unknown: the parser knows what to say
+        const bool isValueNext = option->get_items_expected_min() > 0 && sign == std::string::npos;
+        place += isValueNext ? 2 : 1;
+    }
+    if (place == 0)
+        return arguments;
+    if (place >= arguments.size())
+        return arguments.front() == "--help" ? arguments : std::vector<std::string>();
+    const auto command = arguments.begin() + static_cast<std::ptrdiff_t>(place);
+    if (app.get_subcommand_no_throw(*command) == nullptr)
+        return {*command};
+    std::rotate(arguments.begin(), command, command + 1);
+    return arguments;
+}
+
 CommandLineResult Wrong(const std::string& sentence, const std::string& command)
 {
     return {std::nullopt,
@@ -274,6 +308,7 @@ CommandLineResult ReadCommandLine(std::vector<std::string> arguments)
     AddFiles(app, raw);
     app.footer(kFooter);
 
+    arguments = WithCommandFirst(app, std::move(arguments));
     const std::string typed = arguments.empty() ? std::string() : arguments.front();
     const auto command = [&] {
         return app.get_subcommands().empty() ? std::string() : app.get_subcommands()[0]->get_name();

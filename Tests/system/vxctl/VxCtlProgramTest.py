@@ -307,6 +307,7 @@ class DescriptionTest(CtlTest):
         own = self.write("own.xml", DESCRIPTION)
         with camera():
             tree = self.assert_done(vxctl("features", "127.0.0.1", "--xml", own))
+            self.assertEqual(self.assert_done(vxctl("--xml", own, "features", "127.0.0.1")), tree)
             self.assert_done(vxctl("get", "127.0.0.1", "OwnFeature", "OwnVersion", "--xml", own),
                              f"OwnFeature=42\nOwnVersion={2 << 16}\n")
         self.assertEqual(len(tree.splitlines()), 2, tree)

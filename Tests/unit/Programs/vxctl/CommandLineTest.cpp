@@ -150,6 +150,40 @@ TEST(CommandLineTest, SavesAndLoads)
     EXPECT_EQ(load.file, "-");
 }
 
+TEST(CommandLineTest, TakesOptionsBeforeTheCommandLikeThoseAfterIt)
+{
+    const Request features =
+        Read({"--xml", "a.xml", "--no-cache", "--registers=big", "features", "cam", "Width"});
+    EXPECT_EQ(features.action, Action::Features);
+    EXPECT_EQ(features.camera, "cam");
+    EXPECT_EQ(features.names, std::vector<std::string>{"Width"});
+    EXPECT_EQ(features.xml, "a.xml");
+    EXPECT_EQ(features.registers, "BigEndian");
+    EXPECT_FALSE(features.isCaching);
+
+    EXPECT_EQ(Read({"--xml", "a.xml", "get", "cam", "--json", "Width"}).form, Form::Json);
+    EXPECT_EQ(Read({"--json", "list"}).form, Form::Json);
+    EXPECT_EQ(Read({"--timeout", "250", "list"}).patience, std::chrono::milliseconds(250));
+    EXPECT_EQ(Read({"--timeout", "250", "execute", "cam", "C"}).patience, std::chrono::milliseconds(250));
+    EXPECT_EQ(Read({"--link", "get", "cam", "PacketSize"}).subject, Subject::Link);
+    EXPECT_EQ(Read({"--visibility", "beginner", "features", "cam"}).visibility, VxGenVisibility::Beginner);
+    EXPECT_EQ(Read({"--mask", "255.0.0.0", "force-ip", "cam", "10.0.0.1"}).forced.mask.ToString(),
+              "255.0.0.0");
+    EXPECT_EQ(Read({"--xml", "list", "save", "cam", "f"}).xml, "list") << "a file of that name";
+}
+
+TEST(CommandLineTest, RefusesOptionsBeforeACommandThatDoesNotHaveThem)
+{
+    EXPECT_THAT(Complaint({"--xml", "a.xml", "list"}), HasSubstr("--xml"));
+    EXPECT_THAT(Complaint({"--xml", "a.xml", "list"}), HasSubstr("see vxctl list --help"));
+    EXPECT_THAT(Complaint({"--xml", "a.xml", "features", "cam", "--xml", "b.xml"}), HasSubstr("--xml"));
+    EXPECT_THAT(Complaint({"--wrong", "list"}), HasSubstr("--wrong"));
+    EXPECT_THAT(Complaint({"--json"}), HasSubstr("a command is missing"));
+    EXPECT_THAT(Complaint({"--xml"}), HasSubstr("a command is missing"));
+    EXPECT_THAT(Complaint({"--xml", "features"}), HasSubstr("a command is missing"));
+    EXPECT_THAT(Complaint({"--xml", "features", "cam"}), HasSubstr("'cam' is no command"));
+}
+
 TEST(CommandLineTest, AsksForACommand)
 {
     EXPECT_THAT(Complaint({}), HasSubstr("a command is missing"));
@@ -167,6 +201,9 @@ TEST(CommandLineTest, ExplainsItself)
 {
     for (const auto& [arguments, text] : std::vector<std::pair<std::vector<std::string>, const char*>>{
              {{"--help"}, "Exit codes: 0 done"},
+             {{"--help"}, "vxctl --xml own.xml features 192.168.0.10"},
+             {{"--help", "list"}, "wrong subnet"},
+             {{"--json", "--help", "list"}, "wrong subnet"},
              {{"list", "--help"}, "wrong subnet"},
              {{"force-ip", "--help"}, "until it is switched off"},
              {{"features", "--help"}, "--visibility"},
