@@ -23,10 +23,10 @@ std::wstring ReadText(IPropertyBag& bag, const wchar_t* property)
     return text;
 }
 
-simulator::PictureView ViewOf(const HostSample& sample, const BITMAPINFOHEADER& header)
+simulator::PictureView ViewOf(std::span<const std::byte> bytes, const BITMAPINFOHEADER& header)
 {
     simulator::PictureView view;
-    view.pixels = sample.bytes;
+    view.pixels = bytes;
     view.widthPx = static_cast<std::uint32_t>(header.biWidth);
     view.heightPx = static_cast<std::uint32_t>(std::abs(header.biHeight));
     view.bytesPerPixel = header.biBitCount / 8U;
@@ -63,16 +63,18 @@ CMediaType BuiltType(const GUID& subtype, WORD bitCount, DWORD compression, std:
     return type;
 }
 
-HostTest::HostTest()
+HostTest::HostTest(HostCamera camera)
 {
-    VxSimulatorOptions options = SmallCamera("BGR8");
+    VxSimulatorOptions options = SmallCamera(camera.pixelFormat);
     options.widthPx = kWidthPx;
     options.heightPx = kHeightPx;
+    options.userDefinedName =
+        std::string(kCameraName, kCameraName + std::char_traits<wchar_t>::length(kCameraName));
     Start(simulated, options);
     m_module = ::LoadLibraryW(ModuleUnderTest::File().c_str());
     EXPECT_NE(m_module, nullptr) << "the variable VX_MODULE has to name the module";
     EXPECT_EQ(CallModule("DllRegisterServer"), S_OK);
-    SaveCameraAsDefault();
+    SaveCameraAsDefault(camera.outputPixelType);
 }
 
 HostTest::~HostTest()
@@ -94,7 +96,7 @@ HRESULT HostTest::CallModule(const char* function) const
     return call != nullptr ? call() : E_NOTIMPL;
 }
 
-void HostTest::SaveCameraAsDefault()
+void HostTest::SaveCameraAsDefault(UINT outputPixelType)
 {
     VxComPtr<IVxDSSource> control;
     ASSERT_EQ(::CoCreateInstance(CLSID_VxDSSource, nullptr, CLSCTX_INPROC_SERVER, IID_IVxDSSource,
@@ -104,6 +106,7 @@ void HostTest::SaveCameraAsDefault()
     BSTR const deviceId = ::SysAllocString(std::wstring(address.begin(), address.end()).c_str());
     EXPECT_EQ(control->SetDeviceId(deviceId), S_OK);
     ::SysFreeString(deviceId);
+    EXPECT_EQ(control->SetOutputPixelType(outputPixelType), S_OK);
     EXPECT_EQ(control->SaveDefault(), S_OK);
 }
 
@@ -216,28 +219,37 @@ void HostTest::ExpectPictures(std::size_t atLeast)
 {
     const CMediaType type = sink.Type();
     const BITMAPINFOHEADER& header = HeaderOf(type);
-    ASSERT_EQ(header.biWidth, static_cast<LONG>(kWidthPx));
-    ASSERT_EQ(std::abs(header.biHeight), static_cast<LONG>(kHeightPx));
     const std::vector<HostSample> samples = sink.Samples();
     ASSERT_GE(samples.size(), atLeast);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         SCOPED_TRACE("frame " + std::to_string(i));
-        ASSERT_EQ(samples[i].bytes.size(), header.biSizeImage);
         ASSERT_EQ(samples[i].timed, S_OK);
         ASSERT_LE(samples[i].start, samples[i].stop);
         ASSERT_FALSE(samples[i].hasNewType);
-        const simulator::PictureView picture = ViewOf(samples[i], header);
-        const auto number = simulator::ReadFrameNumber(picture);
-        ASSERT_TRUE(number) << "the picture does not show its number";
-        const auto sent = simulator::TestPictureBgr(*number, kWidthPx, kHeightPx, 0x02180015 /* BGR8 */);
-        for (std::uint32_t y = 0; y < kHeightPx; ++y) {
-            for (std::uint32_t x = 0; x < kWidthPx; ++x) {
-                const simulator::Colour pixel = picture.At(x, y);
-                const std::byte* const expected = &sent[(std::size_t{y} * kWidthPx + x) * 3];
-                ASSERT_TRUE(std::byte{pixel.blue} == expected[0] && std::byte{pixel.green} == expected[1] &&
-                            std::byte{pixel.red} == expected[2])
-                    << "at " << x << ", " << y;
-            }
+        ASSERT_NO_FATAL_FAILURE(ExpectPicture(samples[i].bytes, header));
+    }
+}
+
+void HostTest::ExpectPicture(std::span<const std::byte> bytes, const BITMAPINFOHEADER& header)
+{
+    ASSERT_EQ(header.biWidth, static_cast<LONG>(kWidthPx));
+    ASSERT_EQ(std::abs(header.biHeight), static_cast<LONG>(kHeightPx));
+    ASSERT_EQ(bytes.size(), header.biSizeImage);
+    ExpectPicture(ViewOf(bytes, header));
+}
+
+void HostTest::ExpectPicture(const simulator::PictureView& picture)
+{
+    const auto number = simulator::ReadFrameNumber(picture);
+    ASSERT_TRUE(number) << "the picture does not show its number";
+    const auto sent = simulator::TestPictureBgr(*number, kWidthPx, kHeightPx, 0x02180015 /* BGR8 */);
+    for (std::uint32_t y = 0; y < kHeightPx; ++y) {
+        for (std::uint32_t x = 0; x < kWidthPx; ++x) {
+            const simulator::Colour pixel = picture.At(x, y);
+            const std::byte* const expected = &sent[(std::size_t{y} * kWidthPx + x) * 3];
+            ASSERT_TRUE(std::byte{pixel.blue} == expected[0] && std::byte{pixel.green} == expected[1] &&
+                        std::byte{pixel.red} == expected[2])
+                << "at " << x << ", " << y;
         }
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VxSimulator/VxSimulatedCamera.h"
+#include "VxSimulator/picture/PictureView.h"
 
 #include "BaseClasses/VxComPtr.h"
 #include "hosts/HostSink.h"
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,12 @@
 struct ListedCamera {
     std::wstring friendlyName;
     VxComPtr<IBaseFilter> filter; ///< bound, as programs do it to list the formats
+};
+
+/// The camera of an application, and the family of formats that its user saved.
+struct HostCamera {
+    const char* pixelFormat = "BGR8";
+    UINT outputPixelType = 0; ///< 0: RGB; 1: YUV 4:2:2, of a camera that has it
 };
 
 /// An application that knows the filter only as the system lists it: registered, with a camera of this user's
@@ -31,7 +39,7 @@ protected:
     static constexpr std::uint32_t kWidthPx = 320;
     static constexpr std::uint32_t kHeightPx = 240;
 
-    HostTest();
+    explicit HostTest(HostCamera camera = {});
     ~HostTest() override;
 
     /// Reads the list of cameras and binds each, as every program does.
@@ -59,12 +67,18 @@ protected:
     /// what the camera sent, upright.
     void ExpectPictures(std::size_t atLeast);
 
+    /// The same of one picture as it lies in memory: RGB24 or RGB32 of a camera that sends BGR8.
+    static void ExpectPicture(std::span<const std::byte> bytes, const BITMAPINFOHEADER& header);
+    /// The same of a part of a bitmap, which is as large as the camera's picture.
+    static void ExpectPicture(const simulator::PictureView& picture);
+
+    static constexpr const wchar_t* kCameraName = L"Booth"; ///< given by its user
     VxSimulatedCamera simulated;
     HostSink sink;
     VxComPtr<IGraphBuilder> graph;
 
 private:
-    void SaveCameraAsDefault();
+    void SaveCameraAsDefault(UINT outputPixelType);
     [[nodiscard]] HRESULT CallModule(const char* function) const;
 
     const ComApartment m_com;

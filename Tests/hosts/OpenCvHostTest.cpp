@@ -83,11 +83,14 @@ TEST_F(OpenCvHostTest, CapturesAfterSettingATypeWithStaleFields)
         builder->RenderStream(nullptr, &MEDIATYPE_Video, camera.Get(), grabberFilter.Get(), renderer.Get()));
     ASSERT_EQ(graph.As<IMediaFilter>(IID_IMediaFilter)->SetSyncSource(nullptr), S_OK);
     Run();
+    CMediaType type;
+    ASSERT_EQ(grabber->GetConnectedMediaType(&type), S_OK);
     for (LONGLONG i = 0; i < 5; ++i) {
         const auto frame = catcher.WaitForPicture(kPatience);
         ASSERT_TRUE(frame);
         // The size that it asked for is none of the camera's: pictures come in the camera's.
-        EXPECT_EQ(frame->bytes.size(), std::size_t{kWidthPx} * kHeightPx * 3);
+        ASSERT_EQ(frame->bytes.size(), std::size_t{kWidthPx} * kHeightPx * 3);
+        ASSERT_NO_FATAL_FAILURE(ExpectPicture(frame->bytes, HeaderOf(type)));
         EXPECT_EQ(frame->startTime, 0) << "without a clock every time is 0";
         EXPECT_EQ(frame->endTime, 0);
         EXPECT_EQ(frame->mediaTime, i);
