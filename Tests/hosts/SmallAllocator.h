@@ -9,6 +9,8 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <vector>
 
 /// An allocator that promises what it is asked for and hands out samples of another size, between bytes that
@@ -20,6 +22,20 @@ class SmallAllocator final : public TestObject<IMemAllocator> {
 public:
     /// Of the samples from the next commit on.
     std::size_t sampleBytes = 1;
+
+    /// Lets the next sample that is handed out carry a type, as a peer does that wants another one from then
+    /// on.
+    void AttachToNext(const AM_MEDIA_TYPE& type)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_next.emplace(type);
+    }
+    /// Whether that sample has been handed out.
+    [[nodiscard]] bool HasAttached() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return !m_next;
+    }
 
     /// Samples handed out until now.
     [[nodiscard]] int Given() const { return m_given; }
@@ -58,6 +74,7 @@ public:
         for (const std::unique_ptr<CanarySample>& each : m_samples) {
             if (each->References() == 0) {
                 each->AddRef();
+                Attach(*each);
                 ++m_given;
                 *sample = each.get();
                 return S_OK;
@@ -68,7 +85,16 @@ public:
     STDMETHODIMP ReleaseBuffer(IMediaSample*) override { return E_UNEXPECTED; }
 
 private:
+    void Attach(IMediaSample& sample)
+    {
+        const std::lock_guard lock(m_mutex);
+        sample.SetMediaType(m_next ? &*m_next : nullptr);
+        m_next.reset();
+    }
+
     ALLOCATOR_PROPERTIES m_promised{};
+    mutable std::mutex m_mutex;
+    std::optional<CMediaType> m_next; // guarded by m_mutex
     std::atomic<bool> m_isCommitted = false;
     std::atomic<int> m_given = 0;
     std::vector<std::unique_ptr<CanarySample>> m_samples;

@@ -16,6 +16,7 @@
 class SinkFilter final : public TestObject<IBaseFilter> {
 public:
     SinkPin pin{this};
+    IPin* shown = &pin; ///< the pin that others see, borrowed: one around `pin`, or in its place
 
     // IPersist
     STDMETHODIMP GetClassID(CLSID* id) override
@@ -45,7 +46,7 @@ public:
     // IBaseFilter
     STDMETHODIMP EnumPins(IEnumPins** pins) override
     {
-        *pins = new OfferedPins(VxComPtr<IPin>(&pin));
+        *pins = new OfferedPins(VxComPtr<IPin>(shown));
         (*pins)->AddRef();
         return S_OK;
     }

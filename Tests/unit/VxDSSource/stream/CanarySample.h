@@ -59,7 +59,14 @@ public:
         return S_OK;
     }
     STDMETHODIMP_(long) GetSize() override { return static_cast<long>(m_size); }
-    STDMETHODIMP GetTime(REFERENCE_TIME*, REFERENCE_TIME*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override
+    {
+        if (!time)
+            return VFW_E_SAMPLE_TIME_NOT_SET;
+        *start = time->first;
+        *stop = time->second;
+        return S_OK;
+    }
     STDMETHODIMP SetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override
     {
         time.reset();
@@ -84,7 +91,13 @@ public:
             onTypeTaken();
         return attached ? S_OK : S_FALSE;
     }
-    STDMETHODIMP SetMediaType(AM_MEDIA_TYPE*) override { return E_NOTIMPL; }
+    STDMETHODIMP SetMediaType(AM_MEDIA_TYPE* type) override
+    {
+        attached.reset();
+        if (type != nullptr)
+            attached.emplace(*type);
+        return S_OK;
+    }
     STDMETHODIMP IsDiscontinuity() override { return S_FALSE; }
     STDMETHODIMP SetDiscontinuity(BOOL) override { return S_OK; }
     STDMETHODIMP GetMediaTime(LONGLONG*, LONGLONG*) override { return E_NOTIMPL; }

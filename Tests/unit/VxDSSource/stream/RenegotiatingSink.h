@@ -3,6 +3,7 @@
 #include "BaseClasses/CMediaType.h"
 #include "support/directshow/SinkPin.h"
 
+#include <atomic>
 #include <functional>
 #include <vector>
 
@@ -12,7 +13,11 @@
 /// Thread: see SinkPin.
 class RenegotiatingSink final : public TestObject<IPin, IMemInputPin> {
 public:
+    /// @param filter  the filter that has the pin, borrowed; none where nobody asks for it
+    explicit RenegotiatingSink(IBaseFilter* filter = nullptr) : inner(filter) {}
+
     SinkPin inner;                        ///< answers everything else
+    std::atomic<bool> isActive = false;   ///< its filter is not stopped, so that nothing disconnects it
     HRESULT renegotiating = S_OK;         ///< answer to another type while connected
     std::function<void()> onRenegotiate;  ///< called before that answer
     std::vector<CMediaType> renegotiated; ///< types offered while connected
@@ -28,7 +33,7 @@ public:
             onRenegotiate();
         return renegotiating;
     }
-    STDMETHODIMP Disconnect() override { return inner.Disconnect(); }
+    STDMETHODIMP Disconnect() override { return isActive ? VFW_E_NOT_STOPPED : inner.Disconnect(); }
     STDMETHODIMP ConnectedTo(IPin** peer) override { return inner.ConnectedTo(peer); }
     STDMETHODIMP ConnectionMediaType(AM_MEDIA_TYPE* type) override { return inner.ConnectionMediaType(type); }
     STDMETHODIMP QueryPinInfo(PIN_INFO* info) override { return inner.QueryPinInfo(info); }
