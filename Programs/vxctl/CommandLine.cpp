@@ -280,7 +280,8 @@ std::vector<std::string> WithCommandFirst(const CLI::App& app, std::vector<std::
     if (place >= arguments.size())
         return arguments.front() == "--help" ? arguments : std::vector<std::string>();
     const auto command = arguments.begin() + static_cast<std::ptrdiff_t>(place);
-    if (app.get_subcommand_no_throw(*command) == nullptr)
+    const auto isCommand = [&](const CLI::App* each) { return each->check_name(*command); };
+    if (std::ranges::none_of(app.get_subcommands({}), isCommand))
         return {*command};
     std::rotate(arguments.begin(), command, command + 1);
     return arguments;
