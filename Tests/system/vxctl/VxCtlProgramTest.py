@@ -52,13 +52,27 @@ def enter_own_network():
     os.execvp(own[0], own + ["sh", "-c", 'ip link set lo up && exec "$@"', "vxctl", sys.executable, "-B", *sys.argv])
 
 
-def vxctl(*arguments, text=None):
+def run_once(arguments, text):
     # As bytes: what comes out must be UTF-8 with line ends of one character on every system.
     done = subprocess.run([*RUNNER, PROGRAM, *arguments], capture_output=True, timeout=LONGEST_S,
                           input=None if text is None else text.encode(),
                           stdin=subprocess.DEVNULL if text is None else None)
     done.stdout = done.stdout.decode("utf-8")
     done.stderr = done.stderr.decode("utf-8")
+    return done
+
+
+silent_ends = []
+
+
+def vxctl(*arguments, text=None):
+    """Runs the program. Wine ends some process in thousands with 1 before its first instruction and says nothing,
+    which the program itself never does: that is forgiven once in a run, and told."""
+    done = run_once(arguments, text)
+    if RUNNER and not silent_ends and (done.returncode, done.stdout, done.stderr) == (REFUSED, "", ""):
+        silent_ends.append(arguments)
+        print(f"Wine started no program for {arguments}: once more", file=sys.stderr)
+        done = run_once(arguments, text)
     return done
 
 
