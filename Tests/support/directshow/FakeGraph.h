@@ -5,6 +5,7 @@
 
 #include <strmif.h>
 
+#include <functional>
 #include <mutex>
 #include <vector>
 
@@ -19,6 +20,8 @@ public:
 
     bool takesEvents = true;
     bool isNew = true; // has IFilterGraph2
+
+    std::function<HRESULT()> onReconnect = [] { return S_OK; };
 
     Gate notified;
     int reconnects = 0;
@@ -45,7 +48,7 @@ public:
     STDMETHODIMP Reconnect(IPin*) override
     {
         ++reconnects;
-        return S_OK;
+        return onReconnect();
     }
     STDMETHODIMP ReconnectEx(IPin*, const AM_MEDIA_TYPE*) override
     {

@@ -235,26 +235,42 @@ TEST_F(VxDSStreamFramesTest, ClearsTheMarginWithDiagnostics)
     EXPECT_EQ(sample.Copy(), expected);
 }
 
+/// A frame of 4 x 2 in a bitmap of 7 x 3 whose bytes were this value before.
+std::vector<std::uint8_t> InTheCorner(const std::vector<std::uint8_t>& drawn, std::size_t bytesPerPixel,
+                                      std::uint8_t beside)
+{
+    std::vector<std::uint8_t> frame(7 * 3 * bytesPerPixel, beside);
+    const auto rowBytes = static_cast<std::ptrdiff_t>(4 * bytesPerPixel);
+    std::copy_n(drawn.begin(), rowBytes, frame.begin());
+    std::copy_n(drawn.begin() + rowBytes, rowBytes,
+                frame.begin() + static_cast<std::ptrdiff_t>(7 * bytesPerPixel));
+    return frame;
+}
+
 TEST_F(VxDSStreamFramesTest, ClearsTheNextFrameOnceWhenDiagnosticsAreSwitchedOff)
 {
     Stream(4, 2);
-    UseType(0, 7, 3);
-    Pin().SetDiagnosticsEnabled(false);
-    EXPECT_FALSE(Pin().Statistics().IsClearPending()) << "from off to off";
-    Pin().SetDiagnosticsEnabled(true);
-    Pin().SetDiagnosticsEnabled(false);
-    EXPECT_TRUE(Pin().Statistics().IsClearPending());
-    Queue(TestPicture(4, 2));
-    Queue(TestPicture(4, 2));
-    CanarySample first(7 * 3 * 3);
-    CanarySample second(7 * 3 * 3);
+    const ReferencePicture picture = TestPicture(4, 2);
+    for (const std::size_t bytesPerPixel : {3U, 4U}) {
+        UseType(static_cast<int>(bytesPerPixel) - 3, 7, 3);
+        Pin().SetDiagnosticsEnabled(false);
+        EXPECT_FALSE(Pin().Statistics().IsClearPending()) << "from off to off";
+        Pin().SetDiagnosticsEnabled(true);
+        Pin().SetDiagnosticsEnabled(false);
+        EXPECT_TRUE(Pin().Statistics().IsClearPending());
+        Queue(picture);
+        Queue(picture);
+        CanarySample first(7 * 3 * bytesPerPixel);
+        CanarySample second(7 * 3 * bytesPerPixel);
 
-    Fill(first);
-    Fill(second);
+        Fill(first);
+        Fill(second);
 
-    EXPECT_EQ(first.Bytes()[20], 0) << "the margin";
-    EXPECT_EQ(second.Bytes()[20], CanarySample::kStale);
-    EXPECT_FALSE(Pin().Statistics().IsClearPending());
+        const std::vector<std::uint8_t> drawn = AsBitmap(picture, bytesPerPixel, true);
+        EXPECT_EQ(first.Copy(), InTheCorner(drawn, bytesPerPixel, 0));
+        EXPECT_EQ(second.Copy(), InTheCorner(drawn, bytesPerPixel, CanarySample::kStale));
+        EXPECT_FALSE(Pin().Statistics().IsClearPending());
+    }
 }
 
 TEST_F(VxDSStreamFramesTest, DrawsNothingIntoASmallerBitmap)

@@ -2,6 +2,9 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <iterator>
 #include <utility>
 
@@ -115,22 +118,147 @@ TEST_F(VxDSStreamYuvTest, RefusesACameraWithoutYuvWithAZeroFrameAndATextThatSays
     EXPECT_TRUE(sample.time) << "it is a frame all the same";
 }
 
+/// The colours of a picture of any width: the pixel that the last one of an odd width lacks has its
+/// brightness and the colour of the pair before.
+ReferencePicture ColoursOfAnyWidth(const ScriptedPicture& picture, int code)
+{
+    if (picture.widthPx % 2 == 0)
+        return ColoursOf(picture, code);
+    const std::size_t luma = code == cv::COLOR_YUV2BGR_UYVY ? 1 : 0;
+    const std::size_t rowBytes = std::size_t{picture.widthPx} * 2;
+    ScriptedPicture even = picture;
+    even.widthPx += 1;
+    even.bytes.clear();
+    for (std::size_t y = 0; y < picture.heightPx; ++y) {
+        const std::uint8_t* const row = &picture.bytes[y * rowBytes];
+        even.bytes.insert(even.bytes.end(), row, row + rowBytes);
+        std::array<std::uint8_t, 2> added{};
+        added[luma] = row[rowBytes - 2 + luma];
+        added[1 - luma] = picture.widthPx > 1 ? row[rowBytes - 4 + (1 - luma)] : 128;
+        even.bytes.insert(even.bytes.end(), added.begin(), added.end());
+    }
+    return Cropped(ColoursOf(even, code), 0, 0, picture.widthPx, picture.heightPx);
+}
+
 TEST_F(VxDSStreamYuvTest, DrawsYuvPicturesOfOddAndTinySizes)
 {
     Store(Setting::OutputPixelType, 1);
-    for (const auto& [width, height] : {std::pair{1, 1}, {3, 2}, {1, 5}, {5, 3}, {7, 1}}) {
-        Store(Setting::OutputWidth, static_cast<std::uint32_t>(width));
-        Store(Setting::OutputHeight, static_cast<std::uint32_t>(height));
-        Stream(width, height);
-        Pin().UpdateOutputSize();
+    for (const auto& [pixelType, code] :
+         {std::pair{kYuyv, cv::COLOR_YUV2BGR_YUY2}, {kUyvy, cv::COLOR_YUV2BGR_UYVY}}) {
+        for (const auto& [width, height] :
+             {std::pair{1, 1}, {3, 2}, {1, 5}, {2, 1}, {5, 3}, {7, 1}, {33, 9}}) {
+            Store(Setting::OutputWidth, static_cast<std::uint32_t>(width));
+            Store(Setting::OutputHeight, static_cast<std::uint32_t>(height));
+            Stream(width, height);
+            Pin().UpdateOutputSize();
+            UseType(3, width, height);
+            const ScriptedPicture picture = PackedPicture(width, height, pixelType);
+            TheCamera().QueuePicture(picture);
+            CanarySample sample(static_cast<std::size_t>(width * height * 2));
+
+            Fill(sample);
+
+            EXPECT_EQ(sample.Copy(), AsYuy2(ColoursOfAnyWidth(picture, code)))
+                << width << " x " << height << ", " << std::hex << pixelType;
+        }
+    }
+}
+
+TEST_F(VxDSStreamYuvTest, DrawsNothingIntoASmallerBitmap)
+{
+    Stream(6, 4);
+    Store(Setting::OutputPixelType, 1);
+    for (const auto& [width, height] : {std::pair{4, 4}, {6, 2}, {6, -2}, {1, 1}, {5, 3}}) {
         UseType(3, width, height);
-        const ScriptedPicture picture = PackedPicture(width, height, kYuyv);
-        TheCamera().QueuePicture(picture);
-        CanarySample sample(static_cast<std::size_t>(width * height * 2));
+        TheCamera().QueuePicture(PackedPicture(6, 4, kYuyv));
+        CanarySample sample(6 * 4 * 2);
 
         Fill(sample);
 
-        EXPECT_FALSE(sample.IsAll(CanarySample::kStale)) << width << " x " << height;
+        std::vector<std::uint8_t> expected(6 * 4 * 2, CanarySample::kStale);
+        std::fill_n(expected.begin(), width * std::abs(height) * 2, std::uint8_t{0});
+        EXPECT_EQ(sample.Copy(), expected)
+            << width << " x " << height << ": as many bytes as the type names, and no more";
+        EXPECT_TRUE(sample.time) << "it is a frame all the same";
+    }
+}
+
+TEST_F(VxDSStreamYuvTest, CopiesAPictureWithoutRowPaddingIntoALargerBitmap)
+{
+    Stream(6, 4);
+    Store(Setting::OutputPixelType, 1);
+    UseType(3, 9, 5);
+    const ScriptedPicture picture = PackedPicture(6, 4, kUyvy);
+    TheCamera().QueuePicture(picture);
+    CanarySample sample(9 * 5 * 2);
+
+    Fill(sample);
+
+    std::vector<std::uint8_t> expected(9 * 5 * 2, CanarySample::kStale);
+    std::ranges::copy(AsYuy2(ColoursOf(picture, cv::COLOR_YUV2BGR_UYVY)), expected.begin());
+    EXPECT_EQ(sample.Copy(), expected) << "contiguously, whatever the bitmap's width";
+}
+
+TEST_F(VxDSStreamYuvTest, ClearsTheNextFrameOnceWhenDiagnosticsAreSwitchedOff)
+{
+    Stream(6, 4);
+    Store(Setting::OutputPixelType, 1);
+    UseType(3, 9, 5);
+    Pin().SetDiagnosticsEnabled(true);
+    Pin().SetDiagnosticsEnabled(false);
+    const ScriptedPicture picture = PackedPicture(6, 4, kYuyv);
+    for (const std::uint8_t beside : {std::uint8_t{0}, CanarySample::kStale}) {
+        TheCamera().QueuePicture(picture);
+        CanarySample sample(9 * 5 * 2);
+
+        Fill(sample);
+
+        std::vector<std::uint8_t> expected(9 * 5 * 2, beside);
+        std::ranges::copy(AsYuy2(ColoursOf(picture, cv::COLOR_YUV2BGR_YUY2)), expected.begin());
+        EXPECT_EQ(sample.Copy(), expected);
+    }
+}
+
+TEST_F(VxDSStreamYuvTest, ZeroesAFrameOfASizeThatCannotBe)
+{
+    Stream(4, 2);
+    Store(Setting::OutputPixelType, 1);
+    struct Size {
+        std::uint32_t widthPx;
+        std::uint32_t heightPx;
+    };
+    // Of the huge ones no picture can be made; their numbers of bytes are far beyond 32 bits.
+    for (const Size& size :
+         {Size{0x7FFFFFFF, 0x7FFFFFFF}, {0x7FFFFFFF, 0x40000000}, {0, 2}, {4, 0}, {0xFFFFFFFF, 2}}) {
+        Store(Setting::Width, size.widthPx);
+        Store(Setting::Height, size.heightPx);
+        UseType(3, static_cast<int>(size.widthPx), static_cast<int>(size.heightPx));
+        TheCamera().QueuePicture(PackedPicture(4, 2, kYuyv));
+        CanarySample sample(4 * 2 * 2);
+
+        Fill(sample);
+
+        EXPECT_TRUE(sample.IsAll(0)) << size.widthPx << " x " << size.heightPx;
+    }
+}
+
+TEST_F(VxDSStreamYuvTest, DrawsAHugeBitmapsPictureIntoASmallSample)
+{
+    Stream(4, 2);
+    Store(Setting::OutputPixelType, 1);
+    const ScriptedPicture picture = PackedPicture(4, 2, kYuyv);
+    const std::vector<std::uint8_t> whole = AsYuy2(ColoursOf(picture, cv::COLOR_YUV2BGR_YUY2));
+    UseType(3, 0x7FFFFFFF, 0x7FFFFFFF);
+    for (const std::size_t bytes : {1U, 7U, 16U, 40U}) {
+        TheCamera().QueuePicture(picture);
+        CanarySample sample(bytes);
+
+        Fill(sample);
+
+        std::vector<std::uint8_t> expected(bytes, CanarySample::kStale);
+        // Whole pixels: what is left of a cut one stays.
+        std::copy_n(whole.begin(), std::min(bytes / 2 * 2, whole.size()), expected.begin());
+        EXPECT_EQ(sample.Copy(), expected) << bytes;
     }
 }
 

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdio>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace vxds {
@@ -60,12 +63,26 @@ void FillBlues(std::vector<std::uint8_t>& bgr, int green, int red)
     }
 }
 
+/// Those that this machine can try; says which these are, so that a run tells what it has shown.
 std::vector<Yuv422Set> AvailableSets()
 {
+    constexpr std::array<std::pair<Yuv422Set, const char*>, 4> kSets{
+        {{Yuv422Set::Scalar, "scalar"},
+         {Yuv422Set::Sse41, "SSE4.1"},
+         {Yuv422Set::Avx2, "AVX2"},
+         {Yuv422Set::Avx512Vbmi, "AVX-512 VBMI"}}};
     std::vector<Yuv422Set> sets;
-    for (const auto set : {Yuv422Set::Scalar, Yuv422Set::Sse41, Yuv422Set::Avx2, Yuv422Set::Avx512Vbmi})
+    std::string tried;
+    std::string notThere;
+    for (const auto& [set, name] : kSets) {
+        std::string& list = IsAvailable(set) ? tried : notThere;
+        list += std::string(list.empty() ? "" : ", ") + name;
         if (IsAvailable(set))
             sets.push_back(set);
+    }
+    std::printf("tried: %s; not on this machine: %s\n", tried.c_str(),
+                notThere.empty() ? "none" : notThere.c_str());
+    testing::Test::RecordProperty("sets", tried);
     return sets;
 }
 
