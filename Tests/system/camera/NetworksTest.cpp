@@ -10,7 +10,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
+#include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -41,6 +44,30 @@ protected:
             lines.push_back(line);
         }
         return lines;
+    }
+    /// The line of Find for this interface; "" without one.
+    static std::string LineOf(const std::vector<std::string>& lines, const std::string& name)
+    {
+        for (const std::string& line : lines)
+            if (line.starts_with(name + " "))
+                return line;
+        return {};
+    }
+    /// Searches while something happens in another thread; the search must take its time and no longer.
+    std::vector<std::string> FindWhile(const std::function<void()>& event)
+    {
+        std::thread other(event);
+        const auto start = Clock::now();
+        auto found = Find();
+        const auto duration = Clock::now() - start;
+        other.join();
+        EXPECT_LT(duration, std::chrono::milliseconds(2 * kDetectionMs));
+        return found;
+    }
+    static void Ip(const std::string& arguments)
+    {
+        EXPECT_EQ(std::system(("ip " + arguments).c_str()), 0)
+            << arguments; // NOLINT(cert-env33-c): a test's machine
     }
     static VxResult ConnectResult(const char* id)
     {
@@ -220,6 +247,63 @@ TEST_F(NetworksTest, ASearchEndsAsSoonAsTheCameraAnswers)
     m_link.Connect("02-00-00-00-00-01");
 
     EXPECT_LT(Clock::now() - start, 300ms); // a search that finds nothing takes as long by itself
+}
+
+TEST_F(NetworksTest, AnInterfaceThatGoesDownDuringASearchHidesNoCameraOfTheOthers)
+{
+    const auto before = Find();
+    ASSERT_NE(LineOf(before, "vx6").find("02-00-00-00-00-06"), std::string::npos);
+
+    // After the first question, after the second and after the last one.
+    for (const auto delay : {0ms, 150ms, 300ms}) {
+        const auto found = FindWhile([delay] {
+            std::this_thread::sleep_for(delay);
+            Ip("link set vx6 down");
+        });
+
+        for (const std::string& line : before) {
+            const std::string name = line.substr(0, line.find(' '));
+            if (name != "vx6") {
+                EXPECT_EQ(LineOf(found, name), line) << delay.count() << " ms";
+            }
+        }
+        EXPECT_EQ(LineOf(Find(), "vx6"), "") << "it is down";
+        Ip("link set vx6 up");
+        // Its address is announced anew meanwhile.
+        const auto start = Clock::now();
+        auto after = Find();
+        while (after != before && Clock::now() - start < 5s)
+            after = Find();
+        ASSERT_EQ(after, before);
+    }
+}
+
+TEST_F(NetworksTest, AnInterfaceThatIsUnpluggedDuringASearchHidesNoCamera)
+{
+    const auto before = Find();
+    Ip("link add vx7 type bridge");
+    Ip("addr add 10.7.0.2/24 dev vx7");
+    Ip("link set vx7 up");
+
+    const auto found = FindWhile([] {
+        std::this_thread::sleep_for(50ms);
+        Ip("link del vx7");
+    });
+
+    for (const std::string& line : before)
+        EXPECT_EQ(LineOf(found, line.substr(0, line.find(' '))), line);
+    EXPECT_EQ(Find(), before);
+}
+
+TEST_F(NetworksTest, ACameraIsConnectedWhileAnotherInterfaceGoesDown)
+{
+    std::thread other([] { Ip("link set vx6 down"); });
+
+    m_link.Connect("twin");
+
+    other.join();
+    EXPECT_EQ(Link("HostInterface"), "vx3");
+    Ip("link set vx6 up");
 }
 
 } // namespace
