@@ -55,6 +55,7 @@ void OpenBlock::Forget()
     m_hasLeader = false;
     m_hasTrailer = false;
     m_isDamaged = false;
+    m_isMixedUp = false;
 }
 
 /// Keeps account of what is missing.
@@ -237,6 +238,24 @@ void OpenBlock::Withdraw(std::uint32_t packetId, std::size_t bytes, Time now)
     m_payloadBytes -= bytes;
 }
 
+/// Takes back what came under ids that the block does not have: each would stand for a packet that is
+/// missing.
+void OpenBlock::WithdrawBehindTrailer(Time now)
+{
+    if (m_shortId >= m_trailerId) {
+        Withdraw(m_shortId, m_shortBytes, now);
+        m_shortId = 0;
+    }
+    for (std::uint64_t id = m_trailerId; id <= m_highestId; ++id) {
+        if (!m_received.IsSet(static_cast<std::size_t>(id))) // not above m_highestId
+            continue;
+        // Of a part it is not known any more which bytes it wrote.
+        m_isMixedUp = m_isMixedUp || PartId();
+        Withdraw(static_cast<std::uint32_t>(id), PartId() ? 0 : m_stepBytes, now);
+    }
+    m_highestId = std::min(m_highestId, m_trailerId - 1);
+}
+
 OpenBlock::Effect OpenBlock::OnTrailer(std::uint32_t packetId, std::span<const std::byte> data, Time now)
 {
     m_lastFound.reset();
@@ -255,6 +274,7 @@ OpenBlock::Effect OpenBlock::OnTrailer(std::uint32_t packetId, std::span<const s
         m_shortId = 0;
     }
     Follow(packetId, now);
+    WithdrawBehindTrailer(now);
     m_missing.EndAt(packetId);
     return Effect::Stored;
 }
@@ -283,13 +303,34 @@ OpenBlock::Effect OpenBlock::OnAllIn(std::span<const std::byte> data, Time now)
 
 bool OpenBlock::IsPictureWhole() const
 {
-    return m_hasLeader && IsStored() && !m_geometry.payloadType.HasChunks() &&
-           m_payloadBytes >= m_geometry.imageBytes;
+    if (!m_hasLeader || !IsStored() || m_geometry.payloadType.HasChunks() || m_missing.IsOverfull())
+        return false;
+    if (PartId())
+        return m_missing.IsEmpty() && m_payloadBytes >= m_geometry.imageBytes;
+    if (m_stepBytes == 0)
+        return false;
+    // Packets behind the picture do not count, however many came.
+    const std::uint64_t last = gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes);
+    const bool isInRow =
+        m_missing.Next() > last && (m_missing.IsEmpty() || m_missing.All().front().first > last);
+    return isInRow && (m_shortId != last || EndOfLast(last) >= m_geometry.imageBytes);
 }
 
 bool OpenBlock::IsDone() const
 {
-    return m_hasTrailer && (!IsStored() || PacketsMissing() == 0);
+    return m_hasTrailer && (!IsStored() || HasAllPackets());
+}
+
+/// Whether every packet in front of the trailer is here.
+bool OpenBlock::HasAllPackets() const
+{
+    return m_hasTrailer && m_hasLeader && m_missing.IsEmpty() && !m_missing.IsOverfull() && !m_isMixedUp;
+}
+
+/// @return  where the data of the packet end, if it is the last one
+std::uint64_t OpenBlock::EndOfLast(std::uint64_t packetId) const
+{
+    return packetId * m_stepBytes - (m_shortId == packetId ? m_stepBytes - m_shortBytes : 0);
 }
 
 std::uint32_t OpenBlock::EndId() const
@@ -319,15 +360,19 @@ bool OpenBlock::IsEnded() const
     return m_hasTrailer || (end != 0 && m_missing.Next() > end);
 }
 
+/// @return  at least 1: it is asked of incomplete blocks only
 std::uint64_t OpenBlock::PacketsMissing() const
 {
-    std::uint64_t expected = m_highestId;
-    if (m_hasTrailer)
-        expected = m_trailerId - 1;
-    else if (const std::uint32_t end = EndId(); end > 0)
-        expected = end - 1;
-    const std::uint64_t payload = expected > m_payloadPackets ? expected - m_payloadPackets : 0;
-    return payload + (m_hasLeader ? 0 : 1);
+    const std::uint64_t end =
+        m_hasTrailer ? m_trailerId : std::max(EndId(), m_highestId + std::uint32_t{1}); // 24 or 32 bits
+    if (m_missing.IsOverfull()) // not all ranges are known
+        return std::max<std::uint64_t>(end - std::min(end, m_payloadPackets + (m_hasLeader ? 1 : 0)), 1);
+    std::uint64_t missing = end - std::min(end, m_missing.Next());
+    for (const MissingRange& range : m_missing.All()) {
+        if (range.first < end)
+            missing += std::min<std::uint64_t>(range.last + std::uint64_t{1}, end) - range.first;
+    }
+    return std::max<std::uint64_t>(missing, 1);
 }
 
 /// The leader announces the largest picture; the trailer tells how many lines there really were.
@@ -352,10 +397,9 @@ VxError OpenBlock::Code(const BlockGeometry& sent) const
     if (!m_hasTrailer)
         return IsPictureWhole() ? VxError::Ok : VxError::MissingPackets;
     const bool isChunkData = m_geometry.payloadType.Type() == gvsp::PayloadType::kChunkData;
-    if (isChunkData && PacketsMissing() == 0)
+    if (isChunkData && HasAllPackets())
         return CodeOfChunkData();
-    return PacketsMissing() == 0 && m_payloadBytes >= sent.leastImageBytes ? VxError::Ok
-                                                                           : VxError::MissingPackets;
+    return HasAllPackets() && m_payloadBytes >= sent.leastImageBytes ? VxError::Ok : VxError::MissingPackets;
 }
 
 /// Whether the first chunk is the picture that the camera's features announce.

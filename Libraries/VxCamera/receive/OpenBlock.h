@@ -130,7 +130,10 @@ private:
     void Store(std::size_t offset, std::span<const std::byte> data);
     void Count(std::uint32_t packetId, Time now);
     void Withdraw(std::uint32_t packetId, std::size_t bytes, Time now);
+    void WithdrawBehindTrailer(Time now);
     void Follow(std::uint32_t packetId, Time now);
+    [[nodiscard]] bool HasAllPackets() const;
+    [[nodiscard]] std::uint64_t EndOfLast(std::uint64_t packetId) const;
     [[nodiscard]] std::uint64_t PacketsMissing() const;
     [[nodiscard]] BlockGeometry GeometryAsSent() const;
     [[nodiscard]] VxError Code(const BlockGeometry& sent) const;
@@ -159,6 +162,7 @@ private:
     bool m_hasLeader = false;
     bool m_hasTrailer = false;
     bool m_isDamaged = false;
+    bool m_isMixedUp = false; // parts came under ids that the block does not have
 };
 
 } // namespace receive

@@ -53,6 +53,25 @@ TEST_F(BlockAssemblerPayloadTest, AMissingChunkPacketIsMissed)
     EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
 }
 
+TEST_F(BlockAssemblerPayloadTest, AChunkPacketUnderAnIdBehindTheTrailerHidesNoHole)
+{
+    m_stream.leader = StreamPackets::Mono8(64, 40);
+    m_stream.leader.start.payloadType = {gvsp::PayloadType::kImage | gvsp::PayloadType::kChunksFollow};
+    m_stream.payloadBytes = 64 * 40 + 440; // 6 packets, all full
+    const auto packets = m_stream.Block(1);
+    for (const int wrongId : {7, 9, 200}) { // the trailer's own, and further behind
+        Packet astray = packets[3];
+        astray[7] = static_cast<std::byte>(wrongId); // fits
+        SendAll({packets[0], packets[1], packets[2], packets[4], packets[5], packets[6], astray, packets[7]});
+        Wait(300ms);
+
+        ASSERT_FALSE(m_sink.delivered.empty());
+        EXPECT_EQ(m_sink.delivered.back().info.code, VxError::MissingPackets) << wrongId;
+        EXPECT_EQ(m_sink.delivered.back().info.packetsMissing, 1u) << wrongId;
+        m_assembler.Abort(); // the same id comes again
+    }
+}
+
 TEST_F(BlockAssemblerPayloadTest, ABlockInOnePacketIsAPicture)
 {
     // Mono8, 4 x 2 pixels: header, leader, trailer, payload.
@@ -127,6 +146,19 @@ TEST_F(BlockAssemblerPayloadTest, AMultiPartBlockIsIncompleteWithoutAnyOfItsPack
         EXPECT_EQ(CodeOf(missing), isTrailer ? VxError::Ok : VxError::MissingPackets) << missing;
         m_assembler.Abort(); // the same id comes again
     }
+}
+
+TEST_F(BlockAssemblerPayloadTest, APartUnderAnIdBehindTheTrailerHidesNoHole)
+{
+    Send(MultiPartLeader());
+    Send(bytes::FromHex("0000 0001 07 000001 | 00 40 000000000000 | EEEEEE"));
+    Send(bytes::FromHex("0000 0001 07 000003 | 01 40 000000000005 | 060708"));
+    Send(bytes::FromHex("0000 0001 07 000005 | 01 40 000000000003 | 0405060708"));
+    Send(bytes::FromHex("0000 0001 02 000004 | 0000 000A"));
+    Wait(300ms);
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
 }
 
 TEST_F(BlockAssemblerPayloadTest, APartThatIsCutIsNotGood)

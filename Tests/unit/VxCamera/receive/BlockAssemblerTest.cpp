@@ -216,6 +216,51 @@ TEST_F(BlockAssemblerTest, APacketCutShortIsNeverGood)
     EXPECT_EQ(m_counters.packetsWrongSize.Value() + 1, count - 2);
 }
 
+TEST_F(BlockAssemblerTest, APacketUnderAnIdBehindTheTrailerHidesNoHole)
+{
+    m_stream.leader = StreamPackets::Mono8(40, 50); // smaller than the buffer
+    m_stream.payloadBytes = 40 * 50;                // 4 full packets
+    auto packets = m_stream.Block(1);
+    Packet astray = packets[3]; // packet 3, sent again under a wrong id
+    astray[7] = std::byte{6};
+    packets[3] = astray;
+    SendAll(packets);
+    Wait(300ms);
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
+    EXPECT_EQ(m_sink.delivered[0].info.packetsMissing, 1u);
+}
+
+TEST_F(BlockAssemblerTest, APacketUnderAWrongIdDoesNotKeepTheRightOneOut)
+{
+    m_stream.leader = StreamPackets::Mono8(40, 50);
+    m_stream.payloadBytes = 40 * 50;
+    auto packets = m_stream.Block(1);
+    Packet astray = packets[3];
+    astray[7] = std::byte{6};
+    SendAll({packets[0], packets[1], packets[2], packets[4], astray, packets[5]});
+    EXPECT_TRUE(m_sink.delivered.empty());
+    Send(packets[3]);
+
+    ExpectPicture(0, 1);
+}
+
+TEST_F(BlockAssemblerTest, MorePacketsThanThePictureHasDoNotHideAHoleWhenTheTrailerIsLost)
+{
+    m_stream.leader = StreamPackets::Mono8(40, 48); // 1920 bytes in a buffer of 3072
+    m_stream.payloadBytes = 3000;                   // and the camera sends more than it announced
+    auto packets = m_stream.Block(1);
+    packets.pop_back();
+    packets.erase(packets.begin() + 3);
+    SendAll(packets);
+    Wait(300ms);
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
+    EXPECT_EQ(m_sink.delivered[0].info.packetsMissing, 1u);
+}
+
 TEST_F(BlockAssemblerTest, APacketThatIsTooLongIsNotStored)
 {
     auto packets = m_stream.Block(1);
