@@ -15,14 +15,15 @@ constexpr std::size_t kBitsPerByte = 8;
 
 /// Bytes of the picture when each line begins at the bit behind the last one.
 /// @param layoutBytes  of the same picture with whole bytes per line; fits, and is not smaller
-std::size_t LeastBytes(const BlockGeometry& geometry, std::size_t layoutBytes)
+std::size_t JoinedBytes(const BlockGeometry& geometry, std::size_t layoutBytes)
 {
     const std::size_t bitsPerPixel = VxBitsPerPixel(geometry.pixelFormat);
     if (bitsPerPixel % kBitsPerByte == 0)
         return layoutBytes;
     // Does not overflow: layoutBytes is about an eighth of it, and is below 2^56, see SetSizes.
     const std::size_t pixels = std::size_t{geometry.widthPx} * geometry.heightPx;
-    return pixels / kBitsPerByte * bitsPerPixel + (pixels % kBitsPerByte * bitsPerPixel) / kBitsPerByte +
+    const std::size_t lastBits = pixels % kBitsPerByte * bitsPerPixel;
+    return pixels / kBitsPerByte * bitsPerPixel + (lastBits + kBitsPerByte - 1) / kBitsPerByte +
            std::size_t{geometry.linePaddingBytes} * geometry.heightPx;
 }
 
@@ -39,7 +40,8 @@ void SetSizes(BlockGeometry& geometry, std::size_t imagePaddingBytes)
     geometry.code = VxError::Ok;
     geometry.memoryBytes = layout->usedBytes;
     geometry.imageBytes = layout->totalBytes + imagePaddingBytes;
-    geometry.leastImageBytes = LeastBytes(geometry, layout->totalBytes) + imagePaddingBytes;
+    geometry.leastImageBytes = geometry.imageBytes;
+    geometry.joinedImageBytes = JoinedBytes(geometry, layout->totalBytes) + imagePaddingBytes;
 }
 
 /// For the leader of an image as for the descriptor of a part: both have the same fields.

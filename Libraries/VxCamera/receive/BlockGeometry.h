@@ -33,12 +33,19 @@ struct BlockGeometry {
     std::uint32_t offsetXPx = 0;
     std::uint32_t offsetYPx = 0;
     std::uint32_t linePaddingBytes = 0;
-    std::size_t imageBytes = 0; ///< on the wire: with the padding of every line and of the image
-    std::size_t leastImageBytes =
-        0;                       ///< on the wire, from a camera that does not round lines up to whole bytes
-    std::size_t memoryBytes = 0; ///< up to the last pixel: what a buffer must hold
+    std::size_t imageBytes = 0;       ///< on the wire: with the padding of every line and of the image
+    std::size_t leastImageBytes = 0;  ///< the same without what a part announces beyond its lines
+    std::size_t joinedImageBytes = 0; ///< on the wire, from a camera that does not round lines up to whole
+                                      ///< bytes: a picture that cannot be read by lines
+    std::size_t memoryBytes = 0;      ///< up to the last pixel: what a buffer must hold
 
     bool operator==(const BlockGeometry&) const = default;
+
+    /// Whether so many bytes are those of a picture whose lines run together.
+    [[nodiscard]] bool IsJoined(std::size_t bytes) const
+    {
+        return bytes == joinedImageBytes && bytes != leastImageBytes;
+    }
 };
 
 /// Whether both announce pictures that take the same packets.

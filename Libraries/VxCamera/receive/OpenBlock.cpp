@@ -85,6 +85,7 @@ OpenBlock::Effect OpenBlock::OnLeader(const BlockGeometry& geometry, Time now)
     m_geometry = geometry;
     m_hasLeader = true;
     Follow(0, now);
+    WithdrawCutEnd(now);
     return Effect::Stored;
 }
 
@@ -146,8 +147,9 @@ OpenBlock::Effect OpenBlock::OnPlainPayload(std::uint32_t packetId, std::span<co
     if (!FitStep(packetId, data.size(), now))
         return Effect::WrongSize;
     const std::uint64_t offset = gvsp::PayloadOffset(packetId, m_stepBytes);
-    // Chunks come behind the picture for which the buffer is, and are told by no leader.
-    const bool mayEndOutside = m_hasLeader && m_geometry.payloadType.HasChunks() && packetId <= kMostPackets;
+    // Chunks and padding come behind the picture for which the buffer is; no leader tells of the former.
+    const bool isBehind = m_geometry.payloadType.HasChunks() || offset < m_geometry.imageBytes;
+    const bool mayEndOutside = m_hasLeader && isBehind && packetId <= kMostPackets;
     if (offset >= Capacity() && !mayEndOutside)
         return Effect::OutOfRange;
     if (!FitLength(packetId, data.size(), now))
@@ -205,11 +207,39 @@ bool OpenBlock::FitLength(std::uint32_t packetId, std::size_t bytes, Time now)
     if (bytes >= m_stepBytes)
         return true;
     const bool isInFront = packetId < m_highestId || (m_hasTrailer && packetId + 1 < m_trailerId);
-    if (isInFront)
+    if (isInFront || IsCutEnd(packetId, bytes))
         return false;
     m_shortId = packetId;
     m_shortBytes = bytes;
     return true;
+}
+
+/// Whether the last packet ends before the picture does; not known before leader and trailer are here.
+bool OpenBlock::IsCutEnd(std::uint32_t packetId, std::size_t bytes) const
+{
+    const bool isPlainPicture = m_hasLeader && m_geometry.code == VxError::Ok && !PartId();
+    if (!isPlainPicture || !m_hasTrailer || packetId + std::uint64_t{1} != m_trailerId ||
+        m_geometry.payloadType.Type() == gvsp::PayloadType::kChunkData)
+        return false;
+    const BlockGeometry sent = GeometryAsSent();
+    const std::uint64_t end = gvsp::PayloadOffset(packetId, m_stepBytes) + bytes;
+    return end < sent.leastImageBytes && !sent.IsJoined(static_cast<std::size_t>(end)); // smaller: fits
+}
+
+/// A last packet that was cut shows when both leader and trailer are here.
+void OpenBlock::WithdrawCutEnd(Time now)
+{
+    if (!m_hasTrailer || !m_hasLeader || m_trailerId < 2)
+        return;
+    const std::uint32_t last = m_trailerId - 1;
+    // One that is full has not been cut, unless there is no other one that tells what full is.
+    const bool isShort = m_shortId == last || last == 1;
+    const bool isHere = last < m_received.Size() && m_received.IsSet(last);
+    const std::size_t bytes = m_shortId == last ? m_shortBytes : m_payloadBytes;
+    if (!isShort || !isHere || !IsCutEnd(last, bytes))
+        return;
+    Withdraw(last, bytes, now);
+    m_shortId = 0;
 }
 
 void OpenBlock::Store(std::size_t offset, std::span<const std::byte> data)
@@ -276,6 +306,7 @@ OpenBlock::Effect OpenBlock::OnTrailer(std::uint32_t packetId, std::span<const s
     Follow(packetId, now);
     WithdrawBehindTrailer(now);
     m_missing.EndAt(packetId);
+    WithdrawCutEnd(now);
     return Effect::Stored;
 }
 
@@ -397,9 +428,25 @@ VxError OpenBlock::Code(const BlockGeometry& sent) const
     if (!m_hasTrailer)
         return IsPictureWhole() ? VxError::Ok : VxError::MissingPackets;
     const bool isChunkData = m_geometry.payloadType.Type() == gvsp::PayloadType::kChunkData;
-    if (isChunkData && HasAllPackets())
+    if (!HasAllPackets())
+        return VxError::MissingPackets;
+    if (isChunkData)
         return CodeOfChunkData();
-    return HasAllPackets() && m_payloadBytes >= sent.leastImageBytes ? VxError::Ok : VxError::MissingPackets;
+    if (IsJoined(sent))
+        return VxError::NotSupported;
+    return m_payloadBytes >= sent.leastImageBytes ? VxError::Ok : VxError::MissingPackets;
+}
+
+/// Whether the lines of the picture run together, so that it cannot be read by lines.
+bool OpenBlock::IsJoined(const BlockGeometry& sent) const
+{
+    if (!m_geometry.payloadType.HasChunks())
+        return sent.IsJoined(m_payloadBytes);
+    // Only the list of chunks tells where the picture ends.
+    const auto first = m_payloadBytes <= Capacity()
+                           ? gvsp::FirstChunkBytes(m_buffer->memory.first(m_payloadBytes))
+                           : std::nullopt;
+    return first && sent.IsJoined(*first);
 }
 
 /// Whether the first chunk is the picture that the camera's features announce.
@@ -408,8 +455,9 @@ VxError OpenBlock::CodeOfChunkData() const
     if (m_payloadBytes > Capacity())
         return VxError::BufferTooSmall; // the list of chunks is at its end
     const auto first = gvsp::FirstChunkBytes(m_buffer->memory.first(m_payloadBytes));
-    const bool isPicture = first && *first >= m_geometry.leastImageBytes && *first <= m_geometry.imageBytes;
-    return isPicture ? VxError::Ok : VxError::NotAnImage;
+    if (first && m_geometry.IsJoined(*first))
+        return VxError::NotSupported;
+    return first && *first == m_geometry.leastImageBytes ? VxError::Ok : VxError::NotAnImage;
 }
 
 BlockBuffer* OpenBlock::Finish(const BlockGeometry& lastGeometry)

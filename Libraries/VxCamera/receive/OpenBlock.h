@@ -131,12 +131,15 @@ private:
     void Count(std::uint32_t packetId, Time now);
     void Withdraw(std::uint32_t packetId, std::size_t bytes, Time now);
     void WithdrawBehindTrailer(Time now);
+    [[nodiscard]] bool IsCutEnd(std::uint32_t packetId, std::size_t bytes) const;
+    void WithdrawCutEnd(Time now);
     void Follow(std::uint32_t packetId, Time now);
     [[nodiscard]] bool HasAllPackets() const;
     [[nodiscard]] std::uint64_t EndOfLast(std::uint64_t packetId) const;
     [[nodiscard]] std::uint64_t PacketsMissing() const;
     [[nodiscard]] BlockGeometry GeometryAsSent() const;
     [[nodiscard]] VxError Code(const BlockGeometry& sent) const;
+    [[nodiscard]] bool IsJoined(const BlockGeometry& sent) const;
     [[nodiscard]] VxError CodeOfChunkData() const;
     void Forget();
 

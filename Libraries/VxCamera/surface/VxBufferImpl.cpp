@@ -21,6 +21,10 @@ VxResult VxBufferImpl::OperationResult() const
         return {operationCode, "block " + std::to_string(blockId) + " carries " +
                                    std::string(carried.Name()) + " (payload type " +
                                    control::HexText(carried.bits) + ") and no picture that could be found"};
+    case VxError::NotSupported:
+        return {operationCode, "block " + std::to_string(blockId) +
+                                   ": the lines of the picture run together, and do not begin with a byte; "
+                                   "another width or pixel format helps"};
     case VxError::CameraError:
         return {operationCode, "the camera lost data of block " + std::to_string(blockId)};
     case VxError::InvalidData:

@@ -72,6 +72,23 @@ TEST_F(BlockAssemblerPayloadTest, AChunkPacketUnderAnIdBehindTheTrailerHidesNoHo
     }
 }
 
+TEST_F(BlockAssemblerPayloadTest, PaddingBehindThePictureNeedsNoBuffer)
+{
+    m_stream.leader.imagePaddingBytes = 1500; // the buffer ends with the last pixel
+    m_stream.payloadBytes = 64 * 48 + 1500;
+    SendBlock(1);
+    auto packets = m_stream.Block(2);
+    packets.erase(packets.end() - 3); // of the padding
+    SendAll(packets);
+    Wait(300ms);
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    EXPECT_EQ(CodeOf(0), VxError::Ok);
+    EXPECT_EQ(m_sink.delivered[0].info.receivedBytes, 64u * 48);
+    EXPECT_EQ(m_counters.packetsOutOfRange.Value(), 0u);
+    EXPECT_EQ(CodeOf(1), VxError::MissingPackets);
+}
+
 TEST_F(BlockAssemblerPayloadTest, ABlockInOnePacketIsAPicture)
 {
     // Mono8, 4 x 2 pixels: header, leader, trailer, payload.

@@ -73,15 +73,31 @@ TEST(BlockGeometryTest, SizesThatNoMemoryHasAreInvalid)
     EXPECT_EQ(Read(leader).code, VxError::InvalidData);
 }
 
-TEST(BlockGeometryTest, PackedLinesMayShareABytes)
+TEST(BlockGeometryTest, PackedLinesThatRunTogetherTakeLess)
 {
     auto leader = StreamPackets::Mono8(3, 3);
     leader.pixelFormat = 0x010A0046; // Mono10p: 30 bits a line
 
     const BlockGeometry geometry = Read(leader);
 
-    EXPECT_EQ(geometry.imageBytes, 3u * 4u);      // each line rounded up
-    EXPECT_EQ(geometry.leastImageBytes, 90u / 8); // one stream of bits
+    EXPECT_EQ(geometry.imageBytes, 3u * 4u); // each line rounded up
+    EXPECT_EQ(geometry.leastImageBytes, 3u * 4u);
+    EXPECT_EQ(geometry.joinedImageBytes, 12u); // 90 bits in one stream take as much
+    EXPECT_FALSE(geometry.IsJoined(12));
+}
+
+TEST(BlockGeometryTest, LinesThatRunTogetherAreRoundedUpOnce)
+{
+    auto leader = StreamPackets::Mono8(3, 5);
+    leader.pixelFormat = 0x010A0046; // Mono10p: 150 bits
+
+    const BlockGeometry geometry = Read(leader);
+
+    EXPECT_EQ(geometry.leastImageBytes, 5u * 4u);
+    EXPECT_EQ(geometry.joinedImageBytes, 19u);
+    EXPECT_TRUE(geometry.IsJoined(19));
+    EXPECT_FALSE(geometry.IsJoined(18));
+    EXPECT_FALSE(geometry.IsJoined(20));
 }
 
 TEST(BlockGeometryTest, FewerLinesAreASmallerPicture)
