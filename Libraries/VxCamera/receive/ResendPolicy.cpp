@@ -55,17 +55,6 @@ constexpr auto kBudgetPause = 1ms;
 
 } // namespace
 
-void ResendPolicy::Reset()
-{
-    m_meanAnswer.reset();
-    m_answerSpread = {};
-    m_scale = 1;
-    m_tokens = 0;
-    m_refilledAt.reset();
-    m_askedSince = 0;
-    m_answeredSince = 0;
-}
-
 microseconds ResendPolicy::AnswerTimeout() const
 {
     const nanoseconds learnt =
@@ -81,10 +70,16 @@ ResendPolicy::Time ResendPolicy::DueTime(const MissingRange& range) const
     return range.asks == 0 ? range.since + m_settings.gapTimeout : range.askedAt + AnswerTimeout();
 }
 
+/// How much of the second's budget can be saved up.
+double ResendPolicy::MostTokens() const
+{
+    return std::max(m_settings.packetsPerSecond * m_scale * kSavedSeconds, kLeastBlockBudget);
+}
+
 void ResendPolicy::Refill(Time now)
 {
     const double perSecond = m_settings.packetsPerSecond * m_scale;
-    const double most = std::max(perSecond * kSavedSeconds, kLeastBlockBudget);
+    const double most = MostTokens();
     if (!m_refilledAt)
         m_tokens = most;
     else
@@ -124,7 +119,9 @@ ResendPolicy::Verdict ResendPolicy::Spend(std::uint64_t packets, BlockAsking& as
     const auto wanted = static_cast<double>(packets);
     if (!IsWithinBudget(packets, asking, blockPackets))
         return Verdict::TooMuch;
-    if (wanted > m_tokens)
+    // A range that is larger than what can be saved up is paid for afterwards; else it would never be asked
+    // for.
+    if (m_tokens < std::min(wanted, MostTokens()))
         return Verdict::NotNow;
     m_tokens -= wanted;
     asking.asked += packets;

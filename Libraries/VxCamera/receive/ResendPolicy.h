@@ -92,14 +92,12 @@ public:
     /// To which part the budgets are cut: 1 while the camera answers.
     [[nodiscard]] double BudgetScale() const { return m_scale; }
 
-    /// Forgets what was learnt about the camera.
-    void Reset();
-
 private:
     enum class Verdict { Asked, NotNow, TooMuch };
 
     [[nodiscard]] Time DueTime(const MissingRange& range) const;
     Verdict Spend(std::uint64_t packets, BlockAsking& asking, std::uint64_t blockPackets);
+    [[nodiscard]] double MostTokens() const;
     void Refill(Time now);
     void JudgeAnswers(Time now);
 
@@ -110,7 +108,7 @@ private:
     std::chrono::nanoseconds m_answerSpread{};
 
     double m_scale = 1;
-    double m_tokens = 0; // packets that may be asked for now
+    double m_tokens = 0; // packets that may be asked for now; negative after a range larger than was saved up
     std::optional<Time> m_refilledAt;
     Time m_judgedAt;
     std::uint64_t m_askedSince = 0; // since m_judgedAt

@@ -116,6 +116,19 @@ TEST_F(ResendPolicyTest, ABlockHasABudget)
     EXPECT_EQ(m_policy.NextDue(m_missing, m_asking, m_now), std::nullopt);
 }
 
+TEST_F(ResendPolicyTest, ARangeLargerThanCanBeSavedUpIsAskedForAndPaidForAfterwards)
+{
+    m_blockPackets = 40'000;
+    Arrive(6'001); // 6,000 packets; 5,000 can be saved up
+    EXPECT_EQ(AskAfter(1ms), (Asked{{1, 6'000}}));
+    for (std::uint32_t id = 1; id <= 6'000; ++id)
+        Arrive(id);
+    Arrive(6'101); // 99 more
+
+    EXPECT_EQ(AskAfter(10ms), Asked{}); // 20,000 a second: 800 are owed
+    EXPECT_EQ(AskAfter(46ms), (Asked{{6'002, 6'100}})) << "paid";
+}
+
 TEST_F(ResendPolicyTest, ASmallBlockMayLoseAll)
 {
     m_blockPackets = 12;
