@@ -20,6 +20,9 @@ constexpr std::int64_t kLateBlocks = 8;
 // acquisition.
 constexpr auto kRestartPause = 20ms;
 
+// Chosen: no camera answers a request later than this.
+constexpr auto kLongestAnswer = 1s;
+
 // Chosen: a camera that drops blocks skips few ids; a longer way is that of a camera that began anew.
 constexpr std::int64_t kLargestGap = 10'000;
 
@@ -46,11 +49,6 @@ constexpr bool IsReadable(PacketFormat format)
 {
     return format == PacketFormat::Leader || format == PacketFormat::Trailer ||
            format == PacketFormat::AllIn || IsPayload(format);
-}
-
-constexpr bool HasLeader(PacketFormat format)
-{
-    return format == PacketFormat::Leader || format == PacketFormat::AllIn;
 }
 
 /// Whether the packet only tells that another one cannot be sent now.
@@ -227,15 +225,17 @@ OpenBlock* BlockAssembler::BlockOf(const gvsp::Packet& packet, Time now)
     }
     if (IsAboutResend(header.status))
         return nullptr; // of a block that is finished
-    if (m_lastFinished) {
-        const std::int64_t step = gvsp::BlockIdStep(*m_lastFinished, header.blockId, header.idMode);
-        if (step <= 0 && !IsRestart(packet, step, now))
+    // Before any block is finished, the newest that is open tells where the camera was: it may be a leader
+    // without more.
+    const auto last = m_lastFinished || m_openCount == 0 ? m_lastFinished
+                                                         : std::optional(m_open[m_openCount - 1]->BlockId());
+    const std::int64_t step = last ? gvsp::BlockIdStep(*last, header.blockId, header.idMode) : 1;
+    if (step <= 0) {
+        const bool isRestart = IsRestart(packet, step, now);
+        if (!isRestart && m_lastFinished)
             return nullptr;
-        if (step <= 0) {
-            while (m_openCount > 0)
-                FinishOldest(now);
-            m_lastFinished.reset();
-        }
+        if (isRestart)
+            BeginAnew(now);
     }
     return &Open(packet, now);
 }
@@ -245,11 +245,22 @@ bool BlockAssembler::IsRestart(const gvsp::Packet& packet, std::int64_t step, Ti
     const gvsp::PacketHeader& header = packet.header;
     const bool isSentAgain =
         header.status == gvsp::Status::PacketResend || (header.flags & gvsp::kFlagIsResend) != 0;
-    if (!HasLeader(header.format) || isSentAgain)
+    if (!gvsp::HasLeader(header.format) || isSentAgain)
         return false;
-    const bool isTheFinished =
-        step == 0 && m_lastTimestamp != 0 && ReadGeometry(packet.data).timestampTicks == m_lastTimestamp;
-    return !isTheFinished && (step < -kLateBlocks || now - m_lastPacketTime >= kRestartPause);
+    return step < -kLateBlocks ||
+           (now - m_lastPacketTime >= kRestartPause && !IsOfFinished(packet, step, now));
+}
+
+/// Whether a leader is that of a block which is finished. Not every camera marks what it sends again.
+bool BlockAssembler::IsOfFinished(const gvsp::Packet& leader, std::int64_t step, Time now) const
+{
+    const std::uint64_t timestamp = ReadGeometry(leader.data).timestampTicks;
+    if (m_lastTimestamp == 0 || timestamp == 0)
+        return false; // a camera that does not tell the time
+    if (step == 0)
+        return timestamp == m_lastTimestamp;
+    // A restart is later than what was before it, unless the camera's clock was set back, too.
+    return timestamp < m_lastTimestamp && now - m_lastFinishedAt < kLongestAnswer;
 }
 
 /// Of chunk data only the blocks before tell how much comes behind the picture.
@@ -271,7 +282,7 @@ OpenBlock& BlockAssembler::Open(const gvsp::Packet& packet, Time now)
     OpenBlock* const block = m_open[m_openCount];
     block->Begin({header.blockId, header.idMode, m_stepBytes, m_lastGeometry, m_lastEndId, now});
     const BlockGeometry geometry =
-        HasLeader(header.format) ? ReadGeometry(packet.data, m_cameraPicture) : m_lastGeometry;
+        gvsp::HasLeader(header.format) ? ReadGeometry(packet.data, m_cameraPicture) : m_lastGeometry;
     block->SetBuffer(m_sink.TakeFree(WantedBytes(geometry)));
 
     // Sorted in: a block that was overtaken comes in front of the one that overtook it.
@@ -329,7 +340,10 @@ void BlockAssembler::MarkOvertaken(Time now)
             return; // and so are those before it
         if (isOvertaken)
             block.overtakenAt = now;
-        isOvertaken = isOvertaken || block.IsDone() || block.PayloadPackets() >= m_settings.reorderPackets;
+        // Of small blocks no single one has so many packets, and each may have lost some.
+        const bool isPassed = block.HasTrailer() && i + 1 < m_openCount;
+        isOvertaken =
+            isOvertaken || isPassed || block.IsDone() || block.PayloadPackets() >= m_settings.reorderPackets;
     }
 }
 
@@ -447,12 +461,36 @@ std::optional<BlockAssembler::Time> BlockAssembler::NextDeadline(Time now) const
     return std::min(*deadline, *asking);
 }
 
-void BlockAssembler::FinishOldest(Time now)
+/// The camera has begun anew: nothing more comes of the blocks that are open.
+void BlockAssembler::BeginAnew(Time now)
+{
+    const bool isFirst = !m_lastFinished;
+    while (m_openCount > 0) {
+        // The end of an acquisition that was over before this stream began is no block of it.
+        const bool isRemains = isFirst && !m_open[0]->HasLeader();
+        if (!isRemains) {
+            FinishOldest(now);
+            continue;
+        }
+        if (BlockBuffer* const buffer = TakeOldest().Finish(m_lastGeometry))
+            m_sink.GiveBack(*buffer);
+    }
+    m_lastFinished.reset();
+}
+
+/// @return  the oldest open block, which is not open any more
+OpenBlock& BlockAssembler::TakeOldest()
 {
     OpenBlock* const block = m_open[0];
     std::rotate(m_open.begin(), m_open.begin() + 1,
                 m_open.begin() + static_cast<std::ptrdiff_t>(m_openCount));
     --m_openCount;
+    return *block;
+}
+
+void BlockAssembler::FinishOldest(Time now)
+{
+    OpenBlock* const block = &TakeOldest();
 
     if (m_lastFinished) {
         const std::int64_t step = gvsp::BlockIdStep(*m_lastFinished, block->BlockId(), m_idMode);
@@ -460,7 +498,9 @@ void BlockAssembler::FinishOldest(Time now)
             m_counters.blocksLost.Add(static_cast<std::uint64_t>(step - 1)); // positive
     }
     m_lastFinished = block->BlockId();
-    m_lastTimestamp = block->Geometry().timestampTicks;
+    m_lastFinishedAt = now;
+    if (block->HasLeader())
+        m_lastTimestamp = block->Geometry().timestampTicks;
     m_counters.packetsWrongSize.Add(block->WithdrawnPackets());
     LearnFrom(*block);
 

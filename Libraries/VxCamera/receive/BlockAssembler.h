@@ -126,6 +126,7 @@ private:
                                          Time now);
     [[nodiscard]] OpenBlock* BlockOf(const gvsp::Packet& packet, Time now);
     [[nodiscard]] bool IsRestart(const gvsp::Packet& packet, std::int64_t step, Time now) const;
+    [[nodiscard]] bool IsOfFinished(const gvsp::Packet& leader, std::int64_t step, Time now) const;
     [[nodiscard]] OpenBlock& Open(const gvsp::Packet& packet, Time now);
     void Count(OpenBlock::Effect effect);
     void TakeStatus(const gvsp::PacketHeader& header, OpenBlock& block);
@@ -139,6 +140,8 @@ private:
     [[nodiscard]] std::optional<Time> EndExpectedAt(std::size_t index) const;
     [[nodiscard]] std::optional<Time> NextAsking(Time now) const;
     [[nodiscard]] Time::duration TailTimeout() const;
+    void BeginAnew(Time now);
+    [[nodiscard]] OpenBlock& TakeOldest();
     void FinishOldest(Time now);
     void LearnFrom(const OpenBlock& block);
     [[nodiscard]] std::size_t WantedBytes(const BlockGeometry& geometry) const;
@@ -156,7 +159,8 @@ private:
     std::size_t m_openCount = 0;
     std::size_t m_mostOpen = kMostOpen;
     std::optional<std::uint64_t> m_lastFinished; // block id
-    std::uint64_t m_lastTimestamp = 0;           // ticks, of that block
+    std::uint64_t m_lastTimestamp = 0;           // ticks, of that block or, without leader, of one before
+    Time m_lastFinishedAt;
     gvsp::IdMode m_idMode = gvsp::IdMode::Standard;
     BlockGeometry m_lastGeometry;
     std::optional<PictureShape> m_cameraPicture;

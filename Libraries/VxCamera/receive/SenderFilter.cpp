@@ -22,11 +22,11 @@ bool SenderFilter::Accepts(const transport::Ipv4Endpoint& sender, const VxExpect
     const std::uint32_t camera = m_camera.load(std::memory_order_relaxed);
     if (camera != 0)
         return sender.address.Value() == camera;
-    const bool isLeader = packet && packet->header.format == gvsp::PacketFormat::Leader &&
-                          packet->header.blockId != gvsp::kTestBlockId;
-    if (isLeader)
+    const bool hasLeader =
+        packet && gvsp::HasLeader(packet->header.format) && packet->header.blockId != gvsp::kTestBlockId;
+    if (hasLeader)
         m_camera = sender.address.Value();
-    return isLeader;
+    return hasLeader;
 }
 
 void SenderFilter::Forget()

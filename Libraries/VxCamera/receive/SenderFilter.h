@@ -13,7 +13,7 @@ namespace receive {
 /// Lets only the camera's packets through.
 ///
 /// Ports do not count: cameras send from any. Where the camera's address is not known, the first sender of a
-/// leader is taken for the camera, until Forget.
+/// leader, alone or with all of its block, is taken for the camera, until Forget.
 ///
 /// Owner:  StreamReceiver, by value.
 /// Thread: the receiver's; Camera can be called from any.

@@ -26,6 +26,12 @@ enum class PacketFormat : std::uint8_t {
     PayloadGenDc = 8,
 };
 
+/// Whether a packet begins with what a leader tells.
+[[nodiscard]] constexpr bool HasLeader(PacketFormat format)
+{
+    return format == PacketFormat::Leader || format == PacketFormat::AllIn;
+}
+
 /// Which of the two header layouts a packet has; every packet tells.
 enum class IdMode : std::uint8_t {
     Standard, ///< block id 16 bits, packet id 24 bits, header 8 bytes

@@ -398,11 +398,76 @@ TEST_F(BlockAssemblerTest, ACameraThatBeginsAnewIsFollowed)
     SendBlock(1); // far back
     SendBlock(2);
     Wait(100ms);
+    ++m_stream.leader.start.timestampTicks;
     SendBlock(1); // near, but after a pause
 
     ASSERT_EQ(m_sink.delivered.size(), 4u);
     ExpectPicture(3, 1);
     EXPECT_EQ(m_counters.blocksLost.Value(), 0u);
+}
+
+TEST_F(BlockAssemblerTest, ACameraThatBeginsAnewAfterALeaderAloneIsFollowed)
+{
+    Send(m_stream.Leader(30'000)); // a camera that waits for a trigger
+    SendBlock(1);
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u) << "nothing of the old acquisition is waited for";
+    EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
+    ExpectPicture(1, 1);
+    EXPECT_EQ(m_sink.FreeCount(), 4u);
+}
+
+TEST_F(BlockAssemblerTest, TheRemainsOfAnAcquisitionBeforeAreNoBlockOfTheStream)
+{
+    const auto before = m_stream.Block(11);
+    SendAll({before.begin() + 3, before.end()});
+    SendBlock(1);
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    ExpectPicture(0, 1);
+    EXPECT_EQ(m_sink.FreeCount(), 4u);
+}
+
+TEST_F(BlockAssemblerTest, TheFirstBlocksOfAStreamMayOvertakeEachOther)
+{
+    const auto first = m_stream.Block(1);
+    const auto second = m_stream.Block(2);
+    Send(second.front());
+    SendAll(first);
+    SendAll({second.begin() + 1, second.end()});
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    ExpectPicture(0, 1);
+    ExpectPicture(1, 2);
+}
+
+TEST_F(BlockAssemblerTest, ALeaderSentAgainWithoutAMarkIsNoRestart)
+{
+    const auto older = m_stream.Leader(1);
+    Send(m_stream.Payload(1, 1)); // its leader is lost
+    ++m_stream.leader.start.timestampTicks;
+    SendBlock(2);
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    Wait(100ms);
+    Send(older);
+    Wait(300ms);
+
+    EXPECT_EQ(m_sink.delivered.size(), 2u);
+    EXPECT_EQ(m_counters.packetsLate.Value(), 1u);
+}
+
+TEST_F(BlockAssemblerTest, OfSmallBlocksThatAllLostAPacketTwoNewerOnesOvertakeAnOlderOne)
+{
+    const auto holed = [this](std::uint64_t id) {
+        auto packets = m_stream.Block(id);
+        packets.erase(packets.begin() + 3);
+        return packets;
+    };
+    for (std::uint64_t id = 1; id <= 20; ++id)
+        SendAll(holed(id)); // all at once
+
+    EXPECT_EQ(m_sink.delivered.size(), 18u);
+    EXPECT_EQ(m_counters.blocksUnbuffered.Value(), 0u);
 }
 
 TEST_F(BlockAssemblerTest, LatePacketsOfAFinishedBlockAreCountedAndIgnored)

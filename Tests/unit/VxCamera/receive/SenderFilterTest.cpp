@@ -37,6 +37,15 @@ TEST(SenderFilterTest, TheFirstSenderOfALeaderIsLearnt)
     EXPECT_FALSE(filter.Accepts({kStranger, 1}, gvsp::ParsePacket(kLeader)));
 }
 
+TEST(SenderFilterTest, ABlockInOnePacketTeachesTheCameraToo)
+{
+    SenderFilter filter(std::nullopt);
+
+    EXPECT_TRUE(filter.Accepts({kCamera, 1}, gvsp::ParsePacket(bytes::FromHex("0000 0001 04 000000 00"))));
+
+    EXPECT_EQ(filter.Camera(), kCamera);
+}
+
 TEST(SenderFilterTest, ForgetsWhatItLearntButNotWhatItWasGiven)
 {
     SenderFilter learning(std::nullopt);
