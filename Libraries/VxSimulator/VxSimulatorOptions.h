@@ -62,9 +62,11 @@ struct VxSimulatorOptions {
     double frameRateHz = 25;                ///< 0.1 to 1000
     std::uint32_t linkSpeedMbps = 1000;     ///< packets are not sent faster
     std::optional<std::uint64_t>
-        frameLimit;                   ///< after so many frames the camera sends no more; none: without end
-    bool hasSources = true;           ///< whether the feature list has SourceSelector
-    bool hasTestPackets = true;       ///< whether the camera sends a test packet when it is asked to
+        frameLimit;             ///< after so many frames the camera sends no more; none: without end
+    bool hasSources = true;     ///< whether the feature list has SourceSelector
+    bool hasTestPackets = true; ///< whether the camera sends a test packet when it is asked to
+    /// As some cameras do, it tells the port from which it sends only while the stream channel is open.
+    bool isSourcePortToldLate = false;
     std::size_t descriptionBytes = 0; ///< the feature description is filled up to so many; 0: as it is
 
     VxSimulatorFaults faults{};

@@ -287,12 +287,14 @@ GevDevice::Directed GevDevice::Direct()
     const auto size = ChoosePacketSize(channel, m_destination->receiver.address);
     m_sizeInForce = size ? *size : channel.PacketSize().ValueOr(0);
     m_isPacketSizeNew = false;
-    // Before the camera sends, so that the way through a firewall is open.
-    m_streamControl.Connect({*m_session, m_network->Sockets(), m_found.via}, m_destination->receiver,
-                            m_destination->channel, [this, number = m_destination->channel] {
-                                std::ignore = StepPacketSizeDown(number); // else it stays as it is
-                            });
     auto opened = channel.Open(m_destination->receiver);
+    // Behind Open: not before it do all cameras know the port from which they send. Nothing is sent before
+    // the acquisition starts, so the way through a firewall is open in time.
+    if (opened.IsOK())
+        m_streamControl.Connect({*m_session, m_network->Sockets(), m_found.via}, m_destination->receiver,
+                                m_destination->channel, [this, number = m_destination->channel] {
+                                    std::ignore = StepPacketSizeDown(number); // else it stays as it is
+                                });
     ForgetValues();
     return {std::move(opened), size.Result()};
 }

@@ -30,7 +30,8 @@ public:
     StreamControl(const StreamControl&) = delete;
     StreamControl& operator=(const StreamControl&) = delete;
 
-    /// The camera sends a channel to a receiver; if that is in this process, it is told of the camera.
+    /// The camera sends a channel, which is open, to a receiver; if that is in this process, it is told of
+    /// the camera.
     /// @param stepDown  makes packets smaller; called from a thread of its own until Disconnect
     void Connect(const Camera& camera, const transport::Ipv4Endpoint& receiver, std::uint32_t channel,
                  std::function<void()> stepDown);

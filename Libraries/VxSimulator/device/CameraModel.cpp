@@ -15,7 +15,10 @@ namespace simulator {
 using gvcp::Status;
 
 CameraModel::CameraModel(const VxSimulatorOptions& options, const NetworkFacts& network, Time now)
-    : m_options(options), m_memory(MakeInitialMemory(options, network)), m_ticksBegin(now)
+    : m_options(options),
+      m_streamSourcePort(network.streamSourcePort),
+      m_memory(MakeInitialMemory(options, network)),
+      m_ticksBegin(now)
 {
     KeepPayloadSize();
 }
@@ -53,7 +56,7 @@ void CameraModel::ShowPrivilege(std::uint32_t value, std::uint32_t address, std:
 
 void CameraModel::ShowAddress(const gvcp::ForceIpCommand& address, std::uint16_t streamSourcePort)
 {
-    m_memory.Store32(bootstrap::kStreamChannelSourcePort, streamSourcePort);
+    m_streamSourcePort = streamSourcePort;
     m_memory.Store32(bootstrap::kCurrentIpAddress, address.ipAddress);
     m_memory.Store32(bootstrap::kCurrentSubnetMask, address.subnetMask);
     m_memory.Store32(bootstrap::kCurrentDefaultGateway, address.defaultGateway);
@@ -224,6 +227,11 @@ void CameraModel::RefreshVolatile(Time now)
         std::fmod(std::chrono::duration<double>(now - m_ticksBegin).count() / kPeriodSeconds, 1.0);
     const double rise = phase < 0.5 ? 2 * phase : 2 - 2 * phase;
     m_memory.StoreFloat(kDeviceTemperature, static_cast<float>(kColdest + kSpan * rise)); // precise enough
+
+    const bool isPortHidden =
+        m_options.isSourcePortToldLate && m_memory.Load32(bootstrap::kStreamChannelPort) == 0;
+    m_memory.Store32(bootstrap::kStreamChannelSourcePort,
+                     isPortHidden ? std::uint16_t{0} : m_streamSourcePort);
 
     constexpr unsigned kRefusalsShift = 16;
     const auto refusals = static_cast<std::uint32_t>(std::min<std::uint64_t>(m_refusals, UINT16_MAX));

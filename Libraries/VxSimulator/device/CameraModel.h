@@ -83,6 +83,7 @@ private:
     void RefreshVolatile(Time now);
 
     VxSimulatorOptions m_options;
+    std::uint16_t m_streamSourcePort;
     DeviceMemory m_memory;
     FramePacer m_pacer;
     Time m_ticksBegin;

@@ -1,4 +1,6 @@
 #include "SimulatedCameraFixture.h"
+#include "VxBase/VxClock.h"
+#include "VxCamera/transport/SystemNetwork.h"
 #include "VxDSSource/camera/VxGenParameter.h"
 #include "VxDSSource/camera/VxGenParameterArray.h"
 
@@ -279,6 +281,65 @@ TEST_F(SimulatedStreamTest, AGroupIsJoinedWhileTheStreamIsOpen)
     EXPECT_TRUE(stream.GetLocalIPAddress().IsEmpty());
 }
 #endif
+
+/// The system's sockets; keeps the last one that was opened at a free port.
+class KeepingSockets final : public transport::ISocketFactory {
+public:
+    VxExpected<std::unique_ptr<transport::IUdpSocket>>
+    OpenUdp(const transport::UdpSocketOptions& options) override
+    {
+        auto opened = m_sockets->OpenUdp(options);
+        if (opened && options.local.port == 0)
+            kept = opened->get();
+        return opened;
+    }
+
+    transport::IUdpSocket* kept = nullptr; // borrowed from the camera
+
+private:
+    std::unique_ptr<transport::ISocketFactory> m_sockets = transport::MakeSystemSocketFactory();
+};
+
+/// Lets a camera with these options be told where to send, and receives at its stream's port.
+VxExpected<std::size_t> ReceiveWhereACameraSends(const VxSimulatorOptions& options)
+{
+    KeepingSockets sockets;
+    const auto interfaces = transport::MakeSystemInterfaceList();
+    VxSteadyClock clock;
+    VxSimulatedCamera camera(sockets, *interfaces, clock);
+    if (VxResult started = camera.Start(options); !started.IsOK())
+        return started;
+    CameraLink link;
+    link.Connect(kAddress);
+    link.OpenStream(kAddress);
+    link.Start();
+
+    std::array<std::byte, 64> memory{};
+    std::array<transport::Datagram, 1> datagram;
+    datagram[0].memory = memory;
+    auto received = sockets.kept->Receive(datagram, std::chrono::seconds(10));
+    if (received) {
+        EXPECT_EQ(datagram[0].sender.port, link.stream.GetLocalPort()) << "of the stream's own socket";
+    }
+    link.Stop();
+    return received;
+}
+
+TEST_F(SimulatedStreamTest, TheWayThroughAFirewallIsOpened)
+{
+    const auto received = ReceiveWhereACameraSends({});
+
+    EXPECT_TRUE(received) << received.Error().GetDescription().Narrow();
+}
+
+TEST_F(SimulatedStreamTest, TheWayThroughAFirewallIsOpenedToACameraThatTellsItsPortLate)
+{
+    VxSimulatorOptions options;
+    options.isSourcePortToldLate = true;
+    const auto received = ReceiveWhereACameraSends(options);
+
+    EXPECT_TRUE(received) << received.Error().GetDescription().Narrow();
+}
 
 TEST_F(SimulatedStreamTest, ASecondWithoutAPacketSaysWhatMayBeWrong)
 {
