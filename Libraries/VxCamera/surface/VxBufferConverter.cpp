@@ -1,6 +1,7 @@
 #include "VxDSSource/camera/VxBufferConverter.h"
 
 #include "VxCamera/pixel/VxPixelConverter.h"
+#include "VxCamera/pixel/VxPixelFormat.h"
 #include "VxDSSource/camera/VxBuffer.h"
 #include "VxDSSource/camera/VxImage.h"
 
@@ -33,6 +34,16 @@ VxResult NoPicture(const char* which)
     return {VxError::InvalidParameter, std::string("The ") + which + " buffer holds no picture."};
 }
 
+/// What the destination was to be is not known any more: an Attach or Alloc that failed has said it.
+VxResult NoDestination(const VxImage& source)
+{
+    const VxPixelFormat* const format = VxFindPixelFormat(source.GetPixelType());
+    return {VxError::InvalidParameter,
+            "The destination buffer holds no picture; the source is " + std::to_string(source.GetWidth()) +
+                "x" + std::to_string(source.GetHeight()) + " " +
+                std::string(format != nullptr ? format->name : "of an unknown format") + "."};
+}
+
 /// Gives the destination the source's size. Memory is left alone when the size is right already.
 VxResult GiveSizeOf(const VxImage& source, VxImage& destination)
 {
@@ -61,7 +72,7 @@ VxResult VxBufferConverter::Convert(const VxBuffer& source, VxBuffer& destinatio
         return NoPicture("source");
     VxImage* const to = destination.GetImage();
     if (to == nullptr)
-        return NoPicture("destination");
+        return NoDestination(*from);
     if (reallocate == VxReallocate::Yes) {
         if (VxResult known = VxPixelConverter::CheckFormats(from->GetPixelType(), to->GetPixelType());
             !known.IsOK())
@@ -70,7 +81,7 @@ VxResult VxBufferConverter::Convert(const VxBuffer& source, VxBuffer& destinatio
             return given;
     }
     if (!HasPicture(to))
-        return NoPicture("destination");
+        return NoDestination(*from);
     const auto order = flip == VxVerticalFlip::On ? VxRowOrder::BottomUp : VxRowOrder::TopDown;
     return m_impl->pixels.Convert(ViewOf<const std::uint8_t>(*from), ViewOf<std::uint8_t>(*to), order);
 }

@@ -124,6 +124,18 @@ TEST_F(VxBufferConverterTest, ReallocationKeepsMemoryOfTheRightSize)
 TEST_F(VxBufferConverterTest, RefusesADestinationWithoutAPicture)
 {
     EXPECT_EQ(Convert().Code(), VxError::InvalidParameter);
+    EXPECT_EQ(Convert().GetDescription(),
+              "The destination buffer holds no picture; the source is 2x2 Mono8.");
+}
+
+TEST_F(VxBufferConverterTest, TooLittleMemoryForADestinationNamesBothSizes)
+{
+    std::vector<std::uint8_t> memory(11);
+    const VxResult attached = m_destination.GetImage()->Attach(memory, 2, 2, VxPfnc::kBgr8, 0, 0, 0);
+
+    EXPECT_EQ(attached.Code(), VxError::BufferTooSmall);
+    EXPECT_EQ(attached.GetDescription(),
+              "the picture, 2 x 2 pixels of 24 bits, takes 12 bytes, the memory has 11");
 }
 
 TEST_F(VxBufferConverterTest, RefusesASourceWithoutAPicture)
