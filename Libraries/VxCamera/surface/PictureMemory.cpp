@@ -8,7 +8,7 @@
 
 namespace {
 
-std::string Describe(std::uint32_t width, std::uint32_t height, std::uint32_t bitsPerPixel)
+std::string PictureText(std::uint32_t width, std::uint32_t height, std::uint32_t bitsPerPixel)
 {
     return std::to_string(width) + " x " + std::to_string(height) + " pixels of " +
            std::to_string(bitsPerPixel) + " bits";
@@ -20,8 +20,8 @@ VxExpected<std::size_t> BytesOf(const PictureGeometry& geometry)
         VxLayOutPicture(geometry.pixelType, geometry.widthPx, geometry.heightPx, geometry.rowPaddingBytes);
     if (!layout)
         return VxResult(VxError::InvalidParameter,
-                        "no picture has " + Describe(geometry.widthPx, geometry.heightPx,
-                                                     VxBitsPerPixel(geometry.pixelType)));
+                        "no picture has " + PictureText(geometry.widthPx, geometry.heightPx,
+                                                        VxBitsPerPixel(geometry.pixelType)));
     return layout->usedBytes; // the padding behind the last row need not be there
 }
 
@@ -39,6 +39,14 @@ VxResult PictureMemory::Reserve(std::size_t bytes)
     m_memory = {m_own.get(), m_ownBytes};
     Clear();
     return VxResult::Ok();
+}
+
+void PictureMemory::Release()
+{
+    Clear();
+    m_memory = {};
+    m_own.reset();
+    m_ownBytes = 0;
 }
 
 VxResult PictureMemory::Describe(const PictureGeometry& geometry)
@@ -77,9 +85,10 @@ VxResult PictureMemory::Attach(std::span<std::uint8_t> memory, std::uint32_t wid
     if (!bytes)
         return bytes.Error();
     if (*bytes > memory.size())
-        return VxResult(VxError::BufferTooSmall, "the picture takes " + std::to_string(*bytes) +
-                                                     " bytes, the memory has " +
-                                                     std::to_string(memory.size()));
+        return VxResult(VxError::BufferTooSmall,
+                        "the picture, " + PictureText(width, height, VxBitsPerPixel(pixelType)) + ", takes " +
+                            std::to_string(*bytes) + " bytes, the memory has " +
+                            std::to_string(memory.size()));
     m_memory = memory;
     return Describe(geometry);
 }

@@ -43,6 +43,9 @@ public:
     /// @return  OUT_OF_MEMORY; the present memory then stays
     VxResult Reserve(std::size_t bytes);
 
+    /// Gives its own memory back to the system; without a picture from then on.
+    void Release();
+
     /// All memory behind the picture, for a receiver to write into; empty before Reserve.
     [[nodiscard]] std::span<std::uint8_t> Memory() { return m_memory; }
     [[nodiscard]] std::span<const std::uint8_t> Memory() const { return m_memory; }

@@ -20,6 +20,10 @@ constexpr std::size_t kMostBuffers = 4096;
 // Chosen: 16 times a picture of 8192 x 8192 pixels; a leader that announces more is not believed.
 constexpr std::size_t kLargestGrownBytes = std::size_t{1} << 30;
 
+// Chosen: all buffers together, beyond what Start gave them: leaders that lie must not take all memory of the
+// machine.
+constexpr std::size_t kMostGrownBytes = std::size_t{2} << 30;
+
 } // namespace
 
 VxResult VxPipelineImpl::Slot::Reserve(std::size_t bytes)
@@ -28,6 +32,12 @@ VxResult VxPipelineImpl::Slot::Reserve(std::size_t bytes)
     VxResult reserved = picture.Reserve(bytes);
     memory = std::as_writable_bytes(picture.Memory());
     return reserved;
+}
+
+void VxPipelineImpl::Slot::Release()
+{
+    buffer.Impl().picture.Release();
+    memory = {};
 }
 
 void VxPipelineImpl::Slot::Describe()
@@ -90,6 +100,7 @@ VxResult VxPipelineImpl::Allocate(std::size_t count, std::size_t bytes)
     std::erase_if(m_slots, [](const auto& slot) { return slot->place != Place::HandedOut; });
     m_free.clear();
     m_ready.clear();
+    m_allocatedBytes = bytes;
     const std::size_t kept = m_slots.size();
     m_slots.reserve(kept + count);
     m_free.reserve(kept + count);
@@ -205,6 +216,49 @@ VxPipelineImpl::Slot* VxPipelineImpl::PopFree(std::size_t wantedBytes)
     return slot;
 }
 
+std::size_t VxPipelineImpl::GrownBytes() const
+{
+    std::size_t grown = 0;
+    for (const auto& slot : m_slots)
+        grown += slot->memory.size() - std::min(slot->memory.size(), m_allocatedBytes);
+    return grown;
+}
+
+VxPipelineImpl::Slot* VxPipelineImpl::PopGrown()
+{
+    const auto found = std::ranges::find_if(
+        m_free, [this](const Slot* slot) { return slot->memory.size() > m_allocatedBytes; });
+    if (found == m_free.end())
+        return nullptr;
+    Slot* const slot = *found;
+    m_free.erase(found);
+    slot->place = Place::Filling;
+    return slot;
+}
+
+/// Takes memory back from free buffers that have grown, as far as is needed for one to grow.
+/// @param slot  taken
+/// @return  false when the others that have grown are all in use
+bool VxPipelineImpl::MakeRoom(const Slot& slot, std::size_t wantedBytes)
+{
+    for (;;) {
+        Slot* grown = nullptr;
+        {
+            const VxLock lock(m_mutex);
+            const std::size_t own = slot.memory.size() - std::min(slot.memory.size(), m_allocatedBytes);
+            const std::size_t wanted = wantedBytes - std::min(wantedBytes, m_allocatedBytes);
+            if (GrownBytes() - own + wanted <= kMostGrownBytes)
+                return true;
+            grown = PopGrown();
+            if (grown == nullptr)
+                return false;
+        }
+        grown->Release();
+        // What Start gave it comes back with the next picture that is put into it.
+        GiveBack(*grown);
+    }
+}
+
 receive::BlockBuffer* VxPipelineImpl::TakeFree(std::size_t wantedBytes)
 {
     Slot* slot = nullptr;
@@ -217,7 +271,7 @@ receive::BlockBuffer* VxPipelineImpl::TakeFree(std::size_t wantedBytes)
     if (slot == nullptr)
         return nullptr;
     const bool isTooSmall = slot->memory.size() < wantedBytes;
-    if (isTooSmall && isGrowing && wantedBytes <= kLargestGrownBytes)
+    if (isTooSmall && isGrowing && wantedBytes <= kLargestGrownBytes && MakeRoom(*slot, wantedBytes))
         std::ignore =
             slot->Reserve(wantedBytes); // without memory the block is delivered as too large for its buffer
     return slot;

@@ -17,9 +17,9 @@ class VxStreamImpl;
 /// The buffers of a pipeline and where each of them is: free, being filled, waiting to be retrieved, handed
 /// out.
 ///
-/// The lock is held for a few instructions only, so the receiver's thread never waits for a consumer. Lists
-/// have room for all buffers from Start on: nothing is allocated while blocks arrive, unless a picture
-/// outgrows its buffer.
+/// While blocks arrive the lock is held for a few instructions only, so the receiver's thread never waits for
+/// a consumer; Start takes and gives back memory under it, before that thread runs. Lists have room for all
+/// buffers from Start on: nothing is allocated while blocks arrive, unless a picture outgrows its buffer.
 ///
 /// Owner:  VxPipeline. Borrows the stream's state.
 /// Thread: see VxPipeline; the sink's methods belong to the receiver's thread.
@@ -48,10 +48,14 @@ private:
         VxBuffer buffer{VxPayloadType::Image};
         Place place = Place::Free;
         VxResult Reserve(std::size_t bytes);
+        void Release();
         void Describe();
     };
     VxResult Allocate(std::size_t count, std::size_t bytes);
     Slot* PopFree(std::size_t wantedBytes) VX_REQUIRES(m_mutex);
+    [[nodiscard]] bool MakeRoom(const Slot& slot, std::size_t wantedBytes);
+    Slot* PopGrown() VX_REQUIRES(m_mutex);
+    [[nodiscard]] std::size_t GrownBytes() const VX_REQUIRES(m_mutex);
 
     VxStreamImpl& m_stream; // borrowed: the stream outlives its pipeline
 
@@ -62,6 +66,7 @@ private:
     std::vector<Slot*> m_ready VX_GUARDED_BY(m_mutex); // oldest first
     std::size_t m_bufferBytes VX_GUARDED_BY(m_mutex) = 0;
     std::size_t m_bufferCount VX_GUARDED_BY(m_mutex);
+    std::size_t m_allocatedBytes VX_GUARDED_BY(m_mutex) = 0; // of each buffer, by Start
     bool m_isGrowing VX_GUARDED_BY(m_mutex) = false;
     bool m_isStarted VX_GUARDED_BY(m_mutex) = false;
 };

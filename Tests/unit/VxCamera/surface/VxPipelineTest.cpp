@@ -348,6 +348,46 @@ TEST_F(VxPipelineTest, NoBufferGrowsToWhatNoCameraSends)
     EXPECT_EQ(Next()->GetOperationResult().Code(), VxError::BufferTooSmall);
 }
 
+TEST_F(VxPipelineTest, AllBuffersTogetherGrowToABoundOnly)
+{
+    m_pipeline.SetHandleBufferTooSmall(true);
+    Start(4);
+    StreamPackets lies = m_packets;
+    lies.leader = StreamPackets::Mono8(30'000, 30'000); // 0.9 GB
+    for (std::uint64_t id = 1; id <= 4; ++id)
+        m_stream.socket->Put(kCamera, lies.Leader(id)); // all open at the same time
+    m_stream.Put(m_packets, 5);
+    for (std::uint64_t id = 1; id <= 2; ++id) {
+        VxBuffer* const buffer = Next();
+        EXPECT_EQ(buffer->GetOperationResult().Code(), VxError::MissingPackets) << id;
+        ASSERT_TRUE(m_pipeline.ReleaseBuffer(buffer).IsOK());
+    }
+    for (std::uint64_t id = 3; id <= 4; ++id) {
+        VxBuffer* const buffer = Next();
+        EXPECT_EQ(buffer->GetOperationResult().Code(), VxError::BufferTooSmall) << id;
+        ASSERT_TRUE(m_pipeline.ReleaseBuffer(buffer).IsOK());
+    }
+}
+
+TEST_F(VxPipelineTest, MemoryOfBuffersThatGrewIsGivenBackForOthers)
+{
+    m_pipeline.SetHandleBufferTooSmall(true);
+    Start(4);
+    StreamPackets lies = m_packets;
+    lies.leader = StreamPackets::Mono8(30'000, 30'000); // 0.9 GB
+    m_stream.socket->Put(kCamera, lies.Leader(1));
+    m_stream.socket->Put(kCamera, lies.Leader(2)); // both open at the same time
+    m_stream.Put(m_packets, 3);
+    for (std::uint64_t id = 1; id <= 3; ++id)
+        ASSERT_TRUE(m_pipeline.ReleaseBuffer(Next()).IsOK());
+
+    lies.leader.heightPx = 31'000; // fits into none of them
+    m_stream.socket->Put(kCamera, lies.Leader(4));
+    m_stream.Put(m_packets, 5);
+
+    EXPECT_EQ(Next()->GetOperationResult().Code(), VxError::MissingPackets) << "it had a buffer";
+}
+
 TEST_F(VxPipelineTest, NoBuffersCountAsOneAndFarTooManyAreRefused)
 {
     EXPECT_TRUE(m_pipeline.SetBufferCount(0).IsOK());
