@@ -178,6 +178,7 @@ VxExpected<std::size_t> WinUdpSocket::Receive(std::span<Datagram> datagrams,
             return VxError::Timeout;
         if (auto waited = WaitForData(rest); !waited.IsOK())
             return waited;
+        m_isEmpty = false; // the event may have told of data, and tells once
     }
 }
 
