@@ -157,9 +157,11 @@ void StreamReceiver::Run(Landing& landing)
     m_silence.Start(m_clock.Now());
     m_gathering.SetSocketBuffer(m_socket->ReceiveBufferBytes());
     m_blocksWithoutPayload = 0;
+    bool isMoreLikely = false;
     while (!m_isStopping) {
         TakeOrders();
-        const auto received = m_socket->Receive(landing.Prepare(m_assembler), WaitingTime());
+        const auto slots = landing.Prepare(m_assembler);
+        const auto received = m_socket->Receive(slots, isMoreLikely ? 0us : WaitingTime());
         try {
             if (received)
                 Take(landing, *received);
@@ -169,13 +171,12 @@ void StreamReceiver::Run(Landing& landing)
             m_assembler.Abort();
         }
         WatchSilence();
-        if (received && *received < Landing::kSlots) // nothing more is there
-            LetPacketsGather();
         const VxError code = received.Result().Code();
         if (code != VxError::Ok && code != VxError::Timeout && code != VxError::Aborted) {
             m_lastError = code;
             std::this_thread::sleep_for(kPauseAfterError);
         }
+        isMoreLikely = AfterReceive(slots.size(), received ? *received : 0, isMoreLikely);
     }
     m_assembler.Abort();
 }
@@ -185,29 +186,33 @@ void StreamReceiver::Take(Landing& landing, std::size_t received)
     const auto now = m_clock.Now();
     landing.Settle(received,
                    [&](const transport::Ipv4Endpoint& sender) { return m_filter.IsCamera(sender); });
-    for (std::size_t i = 0; i < received; ++i) {
-        const transport::Datagram& datagram = landing.Slot(i);
-        const auto& packet = landing.Packet(i);
-        if (!m_filter.Accepts(datagram.sender, packet)) {
+    landing.ForEach(received, [&](const Landing::Landed& landed) {
+        if (!m_filter.Accepts(landed.sender, landed.packet)) {
             m_counters.packetsForeign.Add();
-            continue;
+            return;
         }
         m_silence.OnPacket(now);
-        if (packet)
-            m_assembler.OnPacket(*packet, {datagram.size, landing.ArrivalOf(i)}, now);
+        if (landed.packet)
+            m_assembler.OnPacket(*landed.packet, {landed.datagram.size(), landed.arrival}, now);
         else
-            m_assembler.OnPacket(datagram.Head(), now); // to be counted
-    }
+            m_assembler.OnPacket(landed.datagram, now); // to be counted
+    });
 }
 
-void StreamReceiver::LetPacketsGather()
+/// Lets packets gather when all that were there have been received.
+/// @param hasLooked  whether it was the second look, which nothing but more packets was wanted from
+/// @return  whether to look a second time before packets may gather
+bool StreamReceiver::AfterReceive(std::size_t slots, std::size_t received, bool hasLooked)
 {
+    if (received == 0 && !hasLooked)
+        return false;
     const auto progress = m_assembler.NewestProgress();
-    if (!progress)
-        return;
-    const auto pause = std::min(m_gathering.TimeFor(*progress), WaitingTime());
+    const auto pause = progress ? std::min(m_gathering.TimeFor(*progress), WaitingTime()) : 0us;
+    if (received == slots)
+        return pause > 0us;
     if (pause > 0us)
         m_socket->Gather(pause);
+    return false;
 }
 
 void StreamReceiver::WatchSilence()

@@ -98,7 +98,7 @@ public:
 private:
     void Run(Landing& landing);
     void Take(Landing& landing, std::size_t received);
-    void LetPacketsGather();
+    [[nodiscard]] bool AfterReceive(std::size_t slots, std::size_t received, bool hasLooked);
     void TakeOrders();
     void WatchSilence();
     void OpenWay();

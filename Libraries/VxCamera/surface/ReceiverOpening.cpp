@@ -75,6 +75,7 @@ transport::UdpSocketOptions SocketOptions(const ReceiverRequest& request, Ipv4Ad
     options.local = {request.group ? Ipv4Address() : local, request.port};
     options.sharing = request.group ? transport::PortSharing::Shared : transport::PortSharing::Exclusive;
     options.receiveBufferBytes = kSocketBufferBytes;
+    options.isCoalescing = true; // the packets of a block are equally long
     return options;
 }
 

@@ -1,48 +1,52 @@
 #include "VxCamera/transport/Datagram.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace transport {
 
 std::span<const std::byte> Datagram::Head() const
 {
-    return memory.first(body.empty() ? size : std::min(size, headBytes));
+    return memory.first(bodies.empty() ? size : std::min(size, headBytes));
+}
+
+std::size_t Datagram::SegmentCount() const
+{
+    return segmentBytes == 0 || size == 0 ? 1 : (size - 1) / segmentBytes + 1;
+}
+
+std::span<const std::byte> Datagram::Segment(std::size_t index) const
+{
+    if (segmentBytes == 0)
+        return Bytes();
+    const std::size_t place = index * segmentBytes;
+    return Bytes().subspan(place, std::min(segmentBytes, size - place));
 }
 
 void Datagram::Join()
 {
-    if (body.empty())
-        return;
-    if (size > memory.size()) {
-        size = memory.size();
-        isTruncated = true;
-    }
-    const std::size_t behindHead = size > headBytes ? size - headBytes : 0;
-    const std::size_t inBody = std::min(behindHead, body.size());
-    std::byte* const place = memory.data() + headBytes;
-    std::memmove(place + inBody, place, behindHead - inBody);
-    std::memcpy(place, body.data(), inBody);
-    body = {};
+    for (std::size_t body = 0; body < bodies.size(); ++body)
+        Join(body);
+    bodies = {};
+}
+
+void Datagram::Join(std::size_t body) const
+{
+    const std::size_t place = PlaceOf(body);
+    if (size > place)
+        std::memcpy(memory.data() + place, bodies[body].data(), std::min(size - place, bodies[body].size()));
 }
 
 void Datagram::Fill(std::span<const std::byte> bytes)
 {
-    const auto head =
-        bytes.first(body.empty() ? std::min(bytes.size(), memory.size()) : std::min(bytes.size(), headBytes));
-    std::ranges::copy(head, memory.begin());
-    auto rest = bytes.subspan(head.size());
-    size = head.size();
-    isTruncated = body.empty() && !rest.empty();
-    if (body.empty())
-        return;
-    const auto inBody = rest.first(std::min(rest.size(), body.size()));
-    std::ranges::copy(inBody, body.begin());
-    rest = rest.subspan(inBody.size());
-    const auto behind = rest.first(std::min(rest.size(), memory.size() - headBytes));
-    std::ranges::copy(behind, memory.subspan(headBytes).begin());
-    size += inBody.size() + behind.size();
-    isTruncated = behind.size() < rest.size();
+    auto rest = bytes;
+    ForEachPiece([&rest](std::span<std::byte> piece) {
+        const auto now = rest.first(std::min(rest.size(), piece.size()));
+        std::ranges::copy(now, piece.begin());
+        rest = rest.subspan(now.size());
+    });
+    size = bytes.size() - rest.size();
+    segmentBytes = 0;
+    isTruncated = !rest.empty();
 }
 
 } // namespace transport

@@ -27,6 +27,8 @@ struct UdpSocketOptions {
     /// Also takes what is broadcast to the socket's port. Some systems hand that only to sockets that are not
     /// bound to an address; local stays the address from which SendTo sends.
     bool isBroadcastReceived = false;
+    /// Receive may hand over several datagrams as one, where the system can; see Datagram.
+    bool isCoalescing = false;
 };
 
 /// Opens sockets: the real ones, or those of a test.

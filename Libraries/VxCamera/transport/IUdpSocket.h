@@ -5,6 +5,7 @@
 #include "VxCamera/transport/Datagram.h"
 #include "VxCamera/transport/Ipv4Endpoint.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <span>
@@ -26,6 +27,22 @@ public:
     /// milliseconds, unless the socket was opened not to.
     /// @return  NETWORK_ERROR with the system's reason (no route, message too long, ...)
     virtual VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) = 0;
+
+    /// Sends several datagrams, in as few calls of the system as it allows; how they arrive is the same.
+    /// @param bytes  one datagram behind the other
+    /// @param segmentBytes  length of each; the last one may be shorter. Not 0
+    /// @return  as SendTo, of the first one that fails; those behind it are not sent
+    virtual VxResult SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
+                             const Ipv4Endpoint& destination)
+    {
+        while (!bytes.empty()) {
+            const std::size_t size = std::min(segmentBytes, bytes.size());
+            if (auto sent = SendTo(bytes.first(size), destination); !sent.IsOK())
+                return sent;
+            bytes = bytes.subspan(size);
+        }
+        return VxResult::Ok();
+    }
 
     /// Waits for at least one datagram, then takes as many as are there and as there is room for.
     ///

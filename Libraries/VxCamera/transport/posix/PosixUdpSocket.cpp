@@ -1,5 +1,6 @@
 #include "VxCamera/transport/posix/PosixUdpSocket.h"
 
+#include <netinet/udp.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/prctl.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -23,6 +25,10 @@ using Clock = std::chrono::steady_clock;
 
 // Chosen: what one system call takes at most; more would only lengthen the arrays below.
 constexpr std::size_t kMostPerCall = 64;
+
+// All slots with a body each, or one with as many as there can be.
+constexpr std::size_t kMostPieces = 3 * kMostPerCall;
+static_assert(kMostPieces > 2 * Datagram::kMostBodies);
 
 // Chosen: how long a full send queue may take to drain before the datagram counts as not sent.
 constexpr int kSendQueueWaitMs = 20;
@@ -89,42 +95,46 @@ VxExpected<Ipv4Endpoint> Bind(int socket, const Ipv4Endpoint& local)
     return FromSystem(address);
 }
 
-/// @return  how many of the pieces are used
-std::size_t SpreadOver(std::array<iovec, 3>& pieces, const Datagram& datagram)
+/// What the system tells of a datagram beside its bytes.
+struct Note {
+    // Not cleared: the system writes it.
+    alignas(cmsghdr) std::array<std::byte, CMSG_SPACE(sizeof(int))> memory;
+};
+
+/// @param message  received
+/// @return  length of the datagrams that came as this one; 0: it is one
+std::size_t SegmentBytesOf(msghdr& message)
 {
-    const auto piece = [](std::span<std::byte> bytes) { return iovec{bytes.data(), bytes.size()}; };
-    if (datagram.body.empty()) {
-        pieces[0] = piece(datagram.memory);
-        return 1;
-    }
-    pieces = {piece(datagram.memory.first(datagram.headBytes)), piece(datagram.body),
-              piece(datagram.memory.subspan(datagram.headBytes))};
-    return pieces.size();
+    const cmsghdr* const note = message.msg_controllen > 0 ? CMSG_FIRSTHDR(&message) : nullptr;
+    if (note == nullptr || note->cmsg_level != IPPROTO_UDP || note->cmsg_type != UDP_GRO)
+        return 0;
+    int bytes = 0;
+    std::memcpy(&bytes, CMSG_DATA(note), sizeof bytes);
+    return static_cast<std::size_t>(std::max(bytes, 0));
 }
 
-/// Tells the system from which of this machine's addresses a datagram goes.
+/// What the system is told of a datagram that is sent, beside its bytes.
 ///
 /// Owner:  the scope that sends it.
 /// Thread: one.
-class SourceAddress {
+class SendNotes {
 public:
-    explicit SourceAddress(Ipv4Address address) { m_info.ipi_spec_dst.s_addr = htonl(address.Value()); }
-
     /// @param message  borrows this until it is sent
-    void AttachTo(msghdr& message)
+    template <typename Value>
+    void Add(msghdr& message, int type, int level, const Value& value)
     {
+        const cmsghdr header{.cmsg_len = CMSG_LEN(sizeof value), .cmsg_level = level, .cmsg_type = type};
+        std::memcpy(m_memory.data() + m_used, &header, sizeof header);
+        std::memcpy(m_memory.data() + m_used + CMSG_LEN(0), &value, sizeof value);
+        m_used += CMSG_SPACE(sizeof value);
         message.msg_control = m_memory.data();
-        message.msg_controllen = m_memory.size();
-        cmsghdr* const header = CMSG_FIRSTHDR(&message);
-        header->cmsg_level = IPPROTO_IP;
-        header->cmsg_type = IP_PKTINFO;
-        header->cmsg_len = CMSG_LEN(sizeof m_info);
-        std::memcpy(CMSG_DATA(header), &m_info, sizeof m_info);
+        message.msg_controllen = m_used;
     }
 
 private:
-    in_pktinfo m_info{};
-    alignas(cmsghdr) std::array<std::byte, CMSG_SPACE(sizeof(in_pktinfo))> m_memory{};
+    static constexpr std::size_t kBytes = CMSG_SPACE(sizeof(in_pktinfo)) + CMSG_SPACE(sizeof(std::uint16_t));
+    alignas(cmsghdr) std::array<std::byte, kBytes> m_memory{};
+    std::size_t m_used = 0;
 };
 
 } // namespace
@@ -147,8 +157,11 @@ VxExpected<std::unique_ptr<PosixUdpSocket>> PosixUdpSocket::Open(const UdpSocket
         return local.Error();
     local->address = options.local.address;
     const auto sendFrom = isBoundToAll ? options.local.address : Ipv4Address();
+    // A system that does not know the switch hands over each datagram alone.
+    const bool isCoalescing =
+        options.isCoalescing && SetOption(socket.Get(), IPPROTO_UDP, UDP_GRO, 1, "coalesce datagrams").IsOK();
     return std::make_unique<PosixUdpSocket>(std::move(socket), std::move(wakeEvent),
-                                            Manner{*local, sendFrom, options.isSendingAtOnce});
+                                            Manner{*local, sendFrom, options.isSendingAtOnce, isCoalescing});
 }
 
 PosixUdpSocket::PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Manner& manner)
@@ -156,11 +169,40 @@ PosixUdpSocket::PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, 
       m_wakeEvent(std::move(wakeEvent)),
       m_local(manner.local),
       m_sendFrom(manner.sendFrom),
-      m_isSendingAtOnce(manner.isSendingAtOnce)
+      m_isSendingAtOnce(manner.isSendingAtOnce),
+      m_isCoalescing(manner.isCoalescing)
 {
 }
 
 VxResult PosixUdpSocket::SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination)
+{
+    const int error = Send(bytes, 0, destination);
+    return error == 0 ? VxResult::Ok() : SystemFailure("send to " + destination.ToString(), error);
+}
+
+VxResult PosixUdpSocket::SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
+                                 const Ipv4Endpoint& destination)
+{
+    // As many as older systems take, and as fit in what the system handles as one datagram.
+    constexpr std::size_t kMostSegments = 64;
+    constexpr std::size_t kMostBytes = 65507; // fixed by UDP over IPv4
+    const std::size_t most = std::clamp<std::size_t>(kMostBytes / segmentBytes, 1, kMostSegments);
+    while (!bytes.empty()) {
+        const auto now = bytes.first(std::min(bytes.size(), most * segmentBytes));
+        // A system that does not know such runs refuses, and so does one whose network is not for them.
+        if (now.size() <= segmentBytes || Send(now, segmentBytes, destination) != 0) {
+            if (auto sent = IUdpSocket::SendRun(now, segmentBytes, destination); !sent.IsOK())
+                return sent;
+        }
+        bytes = bytes.subspan(now.size());
+    }
+    return VxResult::Ok();
+}
+
+/// @param segmentBytes  the system makes datagrams of this length of the bytes; 0: they are one
+/// @return  errno of the failure; 0: sent
+int PosixUdpSocket::Send(std::span<const std::byte> bytes, std::size_t segmentBytes,
+                         const Ipv4Endpoint& destination)
 {
     sockaddr_in address = ToSystem(destination);
     iovec memory{const_cast<std::byte*>(bytes.data()), bytes.size()}; // only read from
@@ -169,9 +211,14 @@ VxResult PosixUdpSocket::SendTo(std::span<const std::byte> bytes, const Ipv4Endp
     message.msg_namelen = sizeof address;
     message.msg_iov = &memory;
     message.msg_iovlen = 1;
-    SourceAddress source(m_sendFrom);
-    if (!m_sendFrom.IsUnspecified())
-        source.AttachTo(message);
+    SendNotes notes;
+    if (!m_sendFrom.IsUnspecified()) {
+        in_pktinfo source{};
+        source.ipi_spec_dst.s_addr = htonl(m_sendFrom.Value());
+        notes.Add(message, IP_PKTINFO, IPPROTO_IP, source);
+    }
+    if (segmentBytes > 0) // not longer than a datagram can be, so it fits
+        notes.Add(message, UDP_SEGMENT, IPPROTO_UDP, static_cast<std::uint16_t>(segmentBytes));
     const auto send = [&] { return ::sendmsg(m_socket.Get(), &message, MSG_NOSIGNAL) >= 0; };
     bool isSent = send();
     if (!isSent && !m_isSendingAtOnce && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
@@ -179,7 +226,7 @@ VxResult PosixUdpSocket::SendTo(std::span<const std::byte> bytes, const Ipv4Endp
         ::poll(&waiting, 1, kSendQueueWaitMs);
         isSent = send();
     }
-    return isSent ? VxResult::Ok() : SystemFailure("send to " + destination.ToString(), errno);
+    return isSent ? 0 : errno;
 }
 
 VxExpected<std::size_t> PosixUdpSocket::Receive(std::span<Datagram> datagrams,
@@ -202,16 +249,29 @@ VxExpected<std::size_t> PosixUdpSocket::Receive(std::span<Datagram> datagrams,
 
 VxExpected<std::size_t> PosixUdpSocket::ReceiveWhatIsThere(std::span<Datagram> datagrams)
 {
-    std::array<mmsghdr, kMostPerCall> messages;            // the first ones are set below
-    std::array<std::array<iovec, 3>, kMostPerCall> memory; // head, body, rest
+    std::array<mmsghdr, kMostPerCall> messages; // the first ones are set below, here and in the next three
+    std::array<iovec, kMostPieces> pieces;
     std::array<sockaddr_in, kMostPerCall> senders;
-    const std::size_t count = std::min(datagrams.size(), kMostPerCall);
-    for (std::size_t i = 0; i < count; ++i) {
-        messages[i] = {};
-        messages[i].msg_hdr.msg_iov = memory[i].data();
-        messages[i].msg_hdr.msg_iovlen = SpreadOver(memory[i], datagrams[i]);
-        messages[i].msg_hdr.msg_name = &senders[i];
-        messages[i].msg_hdr.msg_namelen = sizeof senders[i];
+    std::array<Note, kMostPerCall> notes;
+    std::size_t used = 0; // pieces
+    std::size_t count = 0;
+    for (; count < std::min(datagrams.size(), kMostPerCall); ++count) {
+        const Datagram& datagram = datagrams[count];
+        if (used + datagram.PieceCount() > kMostPieces)
+            break;
+        msghdr& message = messages[count].msg_hdr;
+        message = {};
+        message.msg_iov = &pieces[used];
+        message.msg_iovlen = datagram.PieceCount();
+        message.msg_name = &senders[count];
+        message.msg_namelen = sizeof senders[count];
+        if (m_isCoalescing) {
+            message.msg_control = notes[count].memory.data();
+            message.msg_controllen = notes[count].memory.size();
+        }
+        datagram.ForEachPiece([&](std::span<std::byte> piece) {
+            pieces[used++] = {piece.data(), piece.size()};
+        });
     }
     const int received =
         ::recvmmsg(m_socket.Get(), messages.data(), static_cast<unsigned>(count), MSG_DONTWAIT, nullptr);
@@ -225,6 +285,7 @@ VxExpected<std::size_t> PosixUdpSocket::ReceiveWhatIsThere(std::span<Datagram> d
     for (std::size_t i = 0; i < filled; ++i) {
         datagrams[i].size = messages[i].msg_len;
         datagrams[i].isTruncated = (messages[i].msg_hdr.msg_flags & MSG_TRUNC) != 0;
+        datagrams[i].segmentBytes = SegmentBytesOf(messages[i].msg_hdr);
         datagrams[i].sender = FromSystem(senders[i]);
     }
     return filled;

@@ -19,6 +19,7 @@ public:
         Ipv4Endpoint local;
         Ipv4Address sendFrom; ///< 0.0.0.0 = the one it is bound to
         bool isSendingAtOnce = false;
+        bool isCoalescing = false; ///< the system has agreed to it
     };
 
     [[nodiscard]] static VxExpected<std::unique_ptr<PosixUdpSocket>> Open(const UdpSocketOptions& options);
@@ -26,6 +27,8 @@ public:
     PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Manner& manner);
 
     VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) override;
+    VxResult SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
+                     const Ipv4Endpoint& destination) override;
     VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
                                     std::chrono::microseconds timeout) override;
     void Gather(std::chrono::microseconds duration) override;
@@ -45,6 +48,7 @@ public:
     VxResult LeaveGroup(Ipv4Address group, Ipv4Address interfaceAddress) override;
 
 private:
+    int Send(std::span<const std::byte> bytes, std::size_t segmentBytes, const Ipv4Endpoint& destination);
     VxExpected<std::size_t> ReceiveWhatIsThere(std::span<Datagram> datagrams);
     VxResult WaitForData(std::chrono::nanoseconds timeout);
     VxResult ChangeMembership(int option, Ipv4Address group, Ipv4Address interfaceAddress);
@@ -54,6 +58,7 @@ private:
     const Ipv4Endpoint m_local;
     const Ipv4Address m_sendFrom;
     const bool m_isSendingAtOnce;
+    const bool m_isCoalescing;
     std::atomic<bool> m_isWoken =
         false; // set before the event is, so that a consumed wake leaves no second one
 };

@@ -49,7 +49,8 @@ void AskForReceiveBuffer(SOCKET socket, std::size_t bytes)
 }
 
 /// The options interfaceIndex and isBroadcastReceived need nothing here: Windows sends through the interface
-/// whose address a socket is bound to, and hands it what is broadcast on that interface.
+/// whose address a socket is bound to, and hands it what is broadcast on that interface. Datagrams are never
+/// coalesced.
 VxResult Configure(SOCKET socket, const UdpSocketOptions& options)
 {
     SwitchOffResetReports(socket);
@@ -88,20 +89,17 @@ VxExpected<Ipv4Endpoint> Bind(SOCKET socket, const Ipv4Endpoint& local)
     return FromSystem(address);
 }
 
+using Pieces = std::array<WSABUF, 2 * Datagram::kMostBodies + 1>;
+
 /// @return  how many of the pieces are used
-DWORD SpreadOver(std::array<WSABUF, 3>& pieces, const Datagram& datagram)
+DWORD SpreadOver(Pieces& pieces, const Datagram& datagram)
 {
-    const auto piece = [](std::span<std::byte> bytes) {
-        return WSABUF{static_cast<ULONG>(bytes.size()), // a datagram's room is far below 4 GiB
-                      reinterpret_cast<char*>(bytes.data())};
-    };
-    if (datagram.body.empty()) {
-        pieces[0] = piece(datagram.memory);
-        return 1;
-    }
-    pieces = {piece(datagram.memory.first(datagram.headBytes)), piece(datagram.body),
-              piece(datagram.memory.subspan(datagram.headBytes))};
-    return 3;
+    DWORD count = 0;
+    datagram.ForEachPiece([&](std::span<std::byte> piece) {
+        pieces[count++] = {static_cast<ULONG>(piece.size()), // a datagram's room is far below 4 GiB
+                           reinterpret_cast<char*>(piece.data())};
+    });
+    return count;
 }
 
 } // namespace
@@ -202,7 +200,7 @@ VxResult WinUdpSocket::ReceiveOne(Datagram& datagram)
 {
     sockaddr_in sender{};
     int senderLength = sizeof sender;
-    std::array<WSABUF, 3> memory{}; // head, body, rest
+    Pieces memory; // the first ones are set
     const DWORD pieces = SpreadOver(memory, datagram);
     DWORD size = 0;
     DWORD flags = 0;
@@ -214,7 +212,8 @@ VxResult WinUdpSocket::ReceiveOne(Datagram& datagram)
     switch (error) {
     case 0:
     case WSAEMSGSIZE:
-        datagram.size = datagram.isTruncated ? datagram.memory.size() + datagram.body.size() : size;
+        datagram.size = datagram.isTruncated ? datagram.memory.size() : size;
+        datagram.segmentBytes = 0;
         datagram.sender = FromSystem(sender);
         return VxResult::Ok();
     case WSAEWOULDBLOCK:

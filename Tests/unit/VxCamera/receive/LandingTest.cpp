@@ -1,8 +1,4 @@
-#include "VxCamera/receive/Landing.h"
-
-#include "FakeSink.h"
-#include "StreamPackets.h"
-#include "support/Bytes.h"
+#include "LandingReceiver.h"
 
 #include <gtest/gtest.h>
 
@@ -13,41 +9,6 @@ namespace receive {
 namespace {
 
 using Packets = std::vector<StreamPackets::Packet>;
-
-constexpr transport::Ipv4Endpoint kCamera{transport::Ipv4Address(192, 168, 1, 20), 50000};
-constexpr transport::Ipv4Endpoint kStranger{transport::Ipv4Address(192, 168, 1, 66), 50000};
-
-/// A receiver without threads and sockets, whose packets come through a landing.
-struct LandingReceiver {
-    void Receive(std::span<const StreamPackets::Packet> packets)
-    {
-        const auto slots = landing.Prepare(assembler);
-        for (std::size_t i = 0; i < packets.size(); ++i) {
-            slots[i].Fill(packets[i]);
-            slots[i].sender = seen++ == foreign ? kStranger : kCamera;
-        }
-        landing.Settle(packets.size(),
-                       [](const transport::Ipv4Endpoint& sender) { return sender == kCamera; });
-        for (std::size_t i = 0; i < packets.size(); ++i) {
-            atPlace += landing.ArrivalOf(i) == Arrival::AtPlace ? 1 : 0;
-            if (landing.Slot(i).sender != kCamera)
-                continue;
-            if (const auto& packet = landing.Packet(i))
-                assembler.OnPacket(*packet, {landing.Slot(i).size, landing.ArrivalOf(i)}, now);
-            else
-                assembler.OnPacket(landing.Slot(i).Head(), now);
-        }
-    }
-
-    std::size_t foreign = SIZE_MAX; ///< which packet comes from a stranger
-    std::size_t seen = 0;
-    FakeSink sink{4, 64 * 48};
-    StreamCounters counters;
-    BlockAssembler assembler{{}, sink, counters};
-    Landing landing;
-    std::size_t atPlace = 0;
-    IVxClock::Time now{std::chrono::hours(1)};
-};
 
 /// Whether the buffer holds the payload of its block, whole.
 void ExpectPicture(const FakeSink::Delivered& delivered, std::size_t bytes)
@@ -119,9 +80,12 @@ TEST_P(LandingTest, APacketOfAStrangerDoesNotStayInThePicture)
     Packets packets = m_stream.Block(1);
     auto foreign = packets[10];
     std::ranges::fill(std::span(foreign).subspan(gvsp::HeaderBytes(GetParam())), std::byte{0xFF});
-    m_receiver.foreign = 10;
-    packets.insert(packets.begin() + 10, foreign);
-    Send(m_receiver, packets, {2, 64});
+    std::vector<Arrived> arrived;
+    for (const auto& packet : packets)
+        arrived.push_back({packet});
+    arrived.insert(arrived.begin() + 10, {foreign, 0, kStranger});
+    m_receiver.Receive(std::span(arrived).first(2));
+    m_receiver.Receive(std::span(arrived).subspan(2));
 
     ExpectPicture(m_receiver.sink.delivered.at(0), m_stream.payloadBytes);
 }

@@ -23,6 +23,14 @@ public:
         m_changed.notify_all();
     }
 
+    /// Several datagrams, one behind the other, that the system hands over as one.
+    void PutRun(const transport::Ipv4Endpoint& sender, std::vector<std::byte> bytes, std::size_t segmentBytes)
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_arrived.push_back({sender, std::move(bytes), segmentBytes});
+        m_changed.notify_all();
+    }
+
     VxResult SendTo(std::span<const std::byte> bytes, const transport::Ipv4Endpoint& destination) override
     {
         const std::scoped_lock lock(m_mutex);
@@ -77,9 +85,10 @@ public:
             return VxError::Timeout;
         std::size_t count = 0;
         for (; count < datagrams.size() && !m_arrived.empty(); ++count) {
-            const auto& [sender, bytes] = m_arrived.front();
-            datagrams[count].sender = sender;
-            datagrams[count].Fill(bytes);
+            const Arrival& arrival = m_arrived.front();
+            datagrams[count].sender = arrival.sender;
+            datagrams[count].Fill(arrival.bytes);
+            datagrams[count].segmentBytes = arrival.segmentBytes;
             m_arrived.pop_front();
         }
         return count;
@@ -100,6 +109,7 @@ private:
     struct Arrival {
         transport::Ipv4Endpoint sender;
         std::vector<std::byte> bytes;
+        std::size_t segmentBytes = 0; // 0: one datagram
     };
     std::mutex m_mutex;
     std::condition_variable m_changed;

@@ -12,16 +12,18 @@ namespace {
 using bytes::Copy;
 using bytes::FromHex;
 
-/// A datagram with a head of 2 bytes, a body of 3, and room for 5 behind the head.
+/// A datagram with two bodies of 3 and 2 bytes, heads of 2 bytes, and room for 3 behind them.
 struct Spread {
-    std::array<std::byte, 7> memory{};
-    std::array<std::byte, 3> body{};
-    Datagram datagram{.memory = memory, .body = body, .headBytes = 2};
+    std::array<std::byte, 12> memory{};
+    std::array<std::byte, 3> first{};
+    std::array<std::byte, 2> second{};
+    std::array<std::span<std::byte>, 2> bodies{first, second};
+    Datagram datagram{.memory = memory, .bodies = bodies, .headBytes = 2};
 };
 
-TEST(DatagramTest, FillsHeadBodyAndRestAndJoinsThem)
+TEST(DatagramTest, FillsHeadsBodiesAndRestAndJoinsThem)
 {
-    const auto all = FromHex("0102 030405 0607");
+    const auto all = FromHex("0102 030405 0607 0809 0A0B0C");
     for (std::size_t size = 0; size <= all.size(); ++size) {
         Spread spread;
 
@@ -35,12 +37,24 @@ TEST(DatagramTest, FillsHeadBodyAndRestAndJoinsThem)
     }
 }
 
+TEST(DatagramTest, WhatLiesInMemoryLiesWhereItWouldWithoutBodies)
+{
+    Spread spread;
+    spread.datagram.Fill(FromHex("0102 030405 0607 0809 0A0B0C"));
+
+    EXPECT_EQ(Copy(spread.memory), FromHex("0102 000000 0607 0000 0A0B0C"));
+    EXPECT_EQ(Copy(spread.first), FromHex("030405"));
+    EXPECT_EQ(Copy(spread.second), FromHex("0809"));
+    spread.datagram.Join(1);
+    EXPECT_EQ(Copy(spread.memory), FromHex("0102 000000 0607 0809 0A0B0C"));
+}
+
 TEST(DatagramTest, WhatDoesNotFitIsCutAndMarked)
 {
     Spread spread;
-    spread.datagram.Fill(bytes::Vector(11, std::byte{1}));
+    spread.datagram.Fill(bytes::Vector(13, std::byte{1}));
     EXPECT_TRUE(spread.datagram.isTruncated);
-    EXPECT_EQ(spread.datagram.size, 10u);
+    EXPECT_EQ(spread.datagram.size, 12u);
 
     std::array<std::byte, 4> memory{};
     Datagram plain{.memory = memory};
@@ -49,15 +63,24 @@ TEST(DatagramTest, WhatDoesNotFitIsCutAndMarked)
     EXPECT_EQ(plain.size, 4u);
 }
 
-TEST(DatagramTest, JoiningKeepsWithinTheMemory)
+TEST(DatagramTest, ItsSegmentsAreEquallyLongButForTheLast)
 {
-    Spread spread;
-    spread.datagram.Fill(bytes::Vector(10, std::byte{1}));
+    std::array<std::byte, 8> memory{};
+    Datagram datagram{.memory = memory};
+    datagram.Fill(FromHex("010203 040506 0708"));
+    EXPECT_EQ(datagram.SegmentCount(), 1u);
+    EXPECT_EQ(Copy(datagram.Segment(0)), FromHex("0102030405060708"));
 
-    spread.datagram.Join(); // 7 of the 10 bytes fit
+    datagram.segmentBytes = 3;
+    ASSERT_EQ(datagram.SegmentCount(), 3u);
+    EXPECT_EQ(Copy(datagram.Segment(1)), FromHex("040506"));
+    EXPECT_EQ(Copy(datagram.Segment(2)), FromHex("0708"));
 
-    EXPECT_EQ(spread.datagram.size, 7u);
-    EXPECT_TRUE(spread.datagram.isTruncated);
+    datagram.segmentBytes = 4;
+    EXPECT_EQ(datagram.SegmentCount(), 2u);
+    datagram.size = 0;
+    EXPECT_EQ(datagram.SegmentCount(), 1u);
+    EXPECT_TRUE(datagram.Segment(0).empty());
 }
 
 } // namespace

@@ -150,7 +150,8 @@ TEST_F(UdpSocketTest, ADatagramCanBeSpreadOverItsBody)
         ASSERT_TRUE(a->SendTo(AsBytes(text), b->LocalEndpoint()).IsOK());
         Received received;
         std::array<std::byte, 4> body{};
-        received.datagram.body = body;
+        const std::array<std::span<std::byte>, 1> bodies{body};
+        received.datagram.bodies = bodies;
         received.datagram.headBytes = 4;
 
         ASSERT_TRUE(b->Receive(std::span(&received.datagram, 1), kArrives)) << text;
@@ -173,13 +174,75 @@ TEST_F(UdpSocketTest, ADatagramThatIsSpreadIsCutAndMarkedToo)
     ASSERT_TRUE(a->SendTo(AsBytes(text), b->LocalEndpoint()).IsOK());
     Received received;
     std::array<std::byte, 4> body{};
-    received.datagram.body = body;
+    const std::array<std::span<std::byte>, 1> bodies{body};
+    received.datagram.bodies = bodies;
     received.datagram.headBytes = 4;
 
     ASSERT_TRUE(b->Receive(std::span(&received.datagram, 1), kArrives));
 
     EXPECT_TRUE(received.datagram.isTruncated);
-    EXPECT_EQ(received.datagram.size, received.memory.size() + body.size());
+    EXPECT_EQ(received.datagram.size, received.memory.size());
+}
+
+TEST_F(UdpSocketTest, ADatagramCanBeSpreadOverManyBodies)
+{
+    const auto a = Open();
+    const auto b = Open();
+    std::string text;
+    for (std::size_t i = 0; i < 3 * Datagram::kMostBodies + 7; ++i)
+        text += static_cast<char>('a' + i % 26);
+    ASSERT_TRUE(a->SendTo(AsBytes(text), b->LocalEndpoint()).IsOK());
+    std::array<std::byte, 3 * Datagram::kMostBodies + 50> memory{};
+    std::array<std::array<std::byte, 2>, Datagram::kMostBodies> places{};
+    std::array<std::span<std::byte>, Datagram::kMostBodies> bodies;
+    std::ranges::copy(places, bodies.begin());
+    Datagram datagram{.memory = memory, .bodies = bodies, .headBytes = 1};
+
+    ASSERT_TRUE(b->Receive({&datagram, 1}, kArrives));
+
+    EXPECT_EQ(static_cast<char>(places[1][0]), text[4]);
+    datagram.Join();
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(memory.data()), datagram.size), text);
+}
+
+TEST_F(UdpSocketTest, ARunArrivesAsItsDatagrams)
+{
+    const auto a = Open();
+    const auto b = Open();
+    std::string text;
+    for (int i = 0; i < 703; ++i) // more than the system takes at once
+        text += static_cast<char>('a' + i % 26);
+
+    ASSERT_TRUE(a->SendRun(AsBytes(text), 7, b->LocalEndpoint()).IsOK());
+
+    std::string all;
+    for (int i = 0; i < 101; ++i) {
+        Received received;
+        ASSERT_TRUE(b->Receive({&received.datagram, 1}, kArrives)) << i;
+        EXPECT_EQ(received.datagram.size, i < 100 ? 7u : 3u);
+        EXPECT_EQ(received.datagram.SegmentCount(), 1u);
+        EXPECT_EQ(received.datagram.sender, a->LocalEndpoint());
+        all += received.Text();
+    }
+    EXPECT_EQ(all, text);
+    Received more;
+    EXPECT_EQ(b->Receive({&more.datagram, 1}, 0us).Result().Code(), VxError::Timeout);
+}
+
+TEST_F(UdpSocketTest, ARunOfLongDatagramsArrives)
+{
+    const auto a = Open();
+    const auto b = Open();
+    const std::string text(65'000 * 2 + 5, 'x');
+
+    ASSERT_TRUE(a->SendRun(AsBytes(text), 65'000, b->LocalEndpoint()).IsOK());
+
+    std::vector<std::byte> memory(65'536);
+    for (const std::size_t size : {65'000u, 65'000u, 5u}) {
+        Datagram datagram{.memory = memory};
+        ASSERT_TRUE(b->Receive({&datagram, 1}, kArrives));
+        EXPECT_EQ(datagram.size, size);
+    }
 }
 
 TEST_F(UdpSocketTest, OneCallTakesAllDatagramsThatAreThere)

@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
+#include <memory>
+#include <span>
+#include <vector>
 
 namespace transport {
 namespace {
@@ -53,6 +57,89 @@ TEST_F(GatheringSocketTest, AWakeEndsItAndStaysForTheNextReceive)
     m_socket->Gather(std::chrono::hours(1)); // would last as long
 
     EXPECT_EQ(m_socket->Receive({&m_datagram, 1}, std::chrono::hours(1)).Error().Code(), VxError::Aborted);
+}
+
+class CoalescingSocketTest : public testing::Test {
+protected:
+    static std::unique_ptr<IUdpSocket> Open(bool isCoalescing)
+    {
+        UdpSocketOptions options;
+        options.local.address = Ipv4Address(127, 0, 0, 1);
+        options.isCoalescing = isCoalescing;
+        return *PosixUdpSocket::Open(options);
+    }
+
+    /// Sends so many datagrams of 100 bytes, and one of 40, together.
+    void SendRun(std::size_t count)
+    {
+        for (std::size_t i = 0; i < 100 * count + 40; ++i)
+            m_sent.push_back(static_cast<std::byte>(i * 7 + i / 100));
+        ASSERT_TRUE(m_sender->SendRun(m_sent, 100, m_socket->LocalEndpoint()).IsOK());
+    }
+
+    std::unique_ptr<IUdpSocket> m_sender = Open(false);
+    std::unique_ptr<IUdpSocket> m_socket = Open(true);
+    std::vector<std::byte> m_sent;
+    std::vector<std::byte> m_memory = std::vector<std::byte>(65'536);
+    Datagram m_datagram{m_memory};
+};
+
+TEST_F(CoalescingSocketTest, ARunArrivesAsOneDatagramThatTellsTheLengthOfEach)
+{
+    SendRun(5);
+
+    ASSERT_TRUE(m_socket->Receive({&m_datagram, 1}, std::chrono::seconds(10)));
+
+    EXPECT_EQ(m_datagram.segmentBytes, 100u);
+    ASSERT_EQ(m_datagram.SegmentCount(), 6u);
+    EXPECT_EQ(m_datagram.Segment(5).size(), 40u);
+    EXPECT_TRUE(std::ranges::equal(m_datagram.Bytes(), m_sent));
+    EXPECT_EQ(m_datagram.sender, m_sender->LocalEndpoint());
+    EXPECT_FALSE(m_datagram.isTruncated);
+}
+
+TEST_F(CoalescingSocketTest, ARunIsSpreadOverItsBodies)
+{
+    std::array<std::array<std::byte, 92>, 4> places{};
+    std::array<std::span<std::byte>, 4> bodies;
+    std::ranges::copy(places, bodies.begin());
+    m_datagram.bodies = bodies;
+    m_datagram.headBytes = 8;
+    SendRun(5);
+
+    ASSERT_TRUE(m_socket->Receive({&m_datagram, 1}, std::chrono::seconds(10)));
+
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const auto sent = std::span(m_sent).subspan(100 * i, 100);
+        EXPECT_TRUE(std::ranges::equal(places[i], sent.subspan(8))) << i;
+        EXPECT_TRUE(std::ranges::equal(m_datagram.Segment(i).first(8), sent.first(8))) << i;
+    }
+    m_datagram.Join();
+    EXPECT_TRUE(std::ranges::equal(m_datagram.Bytes(), m_sent));
+}
+
+TEST_F(CoalescingSocketTest, ADatagramAloneIsNoRun)
+{
+    m_datagram.segmentBytes = 7;
+    ASSERT_TRUE(m_sender->SendTo(std::span(m_memory).first(100), m_socket->LocalEndpoint()).IsOK());
+
+    ASSERT_TRUE(m_socket->Receive({&m_datagram, 1}, std::chrono::seconds(10)));
+
+    EXPECT_EQ(m_datagram.size, 100u);
+    EXPECT_EQ(m_datagram.segmentBytes, 0u);
+}
+
+TEST_F(CoalescingSocketTest, ARunForWhichThereIsNoRoomIsCutAndMarked)
+{
+    m_datagram.memory = std::span(m_memory).first(250);
+    SendRun(5);
+
+    ASSERT_TRUE(m_socket->Receive({&m_datagram, 1}, std::chrono::seconds(10)));
+
+    EXPECT_EQ(m_datagram.size, 250u);
+    EXPECT_EQ(m_datagram.segmentBytes, 100u);
+    EXPECT_TRUE(m_datagram.isTruncated);
+    EXPECT_EQ(m_datagram.Segment(2).size(), 50u);
 }
 
 class BroadcastSocketTest : public testing::Test {
