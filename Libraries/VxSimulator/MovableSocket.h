@@ -25,6 +25,11 @@ public:
     {
         return Socket()->SendTo(bytes, destination);
     }
+    VxResult SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
+                     const transport::Ipv4Endpoint& destination) override
+    {
+        return Socket()->SendRun(bytes, segmentBytes, destination);
+    }
     VxExpected<std::size_t> Receive(std::span<transport::Datagram> datagrams,
                                     std::chrono::microseconds timeout) override
     {

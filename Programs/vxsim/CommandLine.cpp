@@ -90,6 +90,9 @@ void AddCameraOptions(CLI::App& app, Texts& texts, VxSimulatorOptions& camera)
                    "Packets are not sent faster than on a link of this speed in Mbit/s")
         ->type_name("MBITS")
         ->capture_default_str();
+    app.add_flag(
+        "--single-sends", [&camera](std::int64_t) { camera.isSendingRuns = false; },
+        "Give the system each packet alone, as a receiver without a network card that collects gets them");
     app.add_option("--frames", camera.frameLimit, "Send no more than this many frames, then stay silent")
         ->type_name("NUMBER");
 }

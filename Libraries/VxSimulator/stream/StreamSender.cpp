@@ -18,6 +18,9 @@ namespace {
 // Fixed by UDP: no datagram is longer.
 constexpr std::size_t kDatagramMax = 65536;
 
+// Chosen: as many as a network card, or the system for it, hands over at once.
+constexpr std::size_t kMostInRun = 64;
+
 // Chosen: shorter waits are saved up; the system could not keep them anyway.
 constexpr auto kShortestWait = std::chrono::microseconds(500);
 
@@ -43,6 +46,7 @@ StreamSender::StreamSender(transport::IUdpSocket& socket, const VxSimulatorOptio
       m_linkSpeedMbps(options.linkSpeedMbps),
       m_resendMemory(options.faults.resendMemory),
       m_packet(kDatagramMax),
+      m_run(options.isSendingRuns ? kMostInRun : 1),
       m_random(options.faults.seed),
       m_path(options.faults, m_random),
       m_resendRandom(options.faults.seed + 1), // other chances than for the first sending
@@ -84,6 +88,25 @@ void StreamSender::Send(std::span<const std::byte> packet, const transport::Ipv4
         ++m_sendFailures;
 }
 
+/// Sends a packet together with the next ones.
+void StreamSender::Collect(std::span<const std::byte> packet, const transport::Ipv4Endpoint& destination)
+{
+    if (!m_run.Takes(packet))
+        SendCollected(destination);
+    m_run.Add(packet);
+}
+
+void StreamSender::SendCollected(const transport::Ipv4Endpoint& destination)
+{
+    if (m_run.Count() == 0)
+        return;
+    if (m_socket.SendRun(m_run.Bytes(), m_run.PacketBytes(), destination).IsOK())
+        m_packetsSent += m_run.Count();
+    else
+        m_sendFailures += m_run.Count();
+    m_run.Clear();
+}
+
 bool StreamSender::SendFrame(const FrameOrder& order)
 {
     const auto block = MakeBlock(order);
@@ -93,7 +116,8 @@ bool StreamSender::SendFrame(const FrameOrder& order)
         const VxLock lock(m_storeMutex);
         m_store.Add(block, std::chrono::steady_clock::now());
     }
-    const auto output = [&](std::span<const std::byte> packet) { Send(packet, order.destination); };
+    m_run.Clear(); // of a frame that was ended
+    const auto output = [&](std::span<const std::byte> packet) { Collect(packet, order.destination); };
     const auto packetTime = PacketTime(order, m_linkSpeedMbps);
     auto due = std::chrono::steady_clock::now();
     for (std::uint32_t packetId = 0; packetId < block->PacketCount(); ++packetId) {
@@ -105,10 +129,13 @@ bool StreamSender::SendFrame(const FrameOrder& order)
         if (m_resendMemory)
             block->NoteSent(packetId, std::chrono::steady_clock::now());
         due += packetTime;
-        if (due - std::chrono::steady_clock::now() >= kShortestWait)
-            std::this_thread::sleep_until(due); // ends by itself, after 0.1 s at the latest
+        if (due - std::chrono::steady_clock::now() < kShortestWait)
+            continue;
+        SendCollected(order.destination);
+        std::this_thread::sleep_until(due); // ends by itself, after 0.1 s at the latest
     }
     m_path.Flush(output);
+    SendCollected(order.destination);
     return true;
 }
 

@@ -11,6 +11,7 @@
 #include "VxSimulator/stream/Block.h"
 #include "VxSimulator/stream/BlockStore.h"
 #include "VxSimulator/stream/FaultyPath.h"
+#include "VxSimulator/stream/PacketRun.h"
 #include "VxSimulator/stream/SeededRandomSource.h"
 
 #include <atomic>
@@ -53,6 +54,8 @@ private:
     [[nodiscard]] std::shared_ptr<Block> MakeBlock(const FrameOrder& order);
     const TestPictureRenderer& RendererFor(const FrameOrder& order);
     void Send(std::span<const std::byte> packet, const transport::Ipv4Endpoint& destination);
+    void Collect(std::span<const std::byte> packet, const transport::Ipv4Endpoint& destination);
+    void SendCollected(const transport::Ipv4Endpoint& destination);
     [[nodiscard]] bool IsForgotten(const Block& block, std::uint32_t packetId) const;
     void SendRefusal(const gvcp::PacketResendCommand& command, const transport::Ipv4Endpoint& destination);
 
@@ -68,6 +71,7 @@ private:
     };
     std::optional<Cached> m_cached;
     std::vector<std::byte> m_packet;
+    PacketRun m_run;
     SeededRandomSource m_random;
     FaultyPath m_path;
 

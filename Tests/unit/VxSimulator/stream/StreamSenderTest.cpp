@@ -100,6 +100,29 @@ TEST_F(StreamSenderTest, FollowsAChangeOfSizeAndFormat)
     EXPECT_EQ(bytes::Vector(packet.begin() + 8, packet.end()), TestPicture(1, 256, 64, 0x01080001));
 }
 
+TEST_F(StreamSenderTest, SendsTheSamePacketsWithAndWithoutRuns)
+{
+    auto options = Options();
+    options.faults.dropShare = 0.1;
+    options.faults.duplicateShare = 0.1;
+    options.faults.reorderShare = 0.1;
+    options.faults.delayShare = 0.1;
+    std::vector<bytes::Vector> packets[2];
+    for (const bool isSendingRuns : {false, true}) {
+        options.isSendingRuns = isSendingRuns;
+        auto& sender = Sender(options);
+        m_sent.clear();
+        for (std::uint64_t frame = 0; frame < 20; ++frame)
+            EXPECT_TRUE(sender.SendFrame(Order(frame)));
+        EXPECT_EQ(sender.PacketsSent(), m_sent.size());
+        EXPECT_GT(sender.PacketsDropped(), 0u);
+        for (const Sent& sent : m_sent)
+            packets[isSendingRuns ? 1 : 0].push_back(sent.packet);
+    }
+
+    EXPECT_TRUE(packets[0] == packets[1]);
+}
+
 TEST_F(StreamSenderTest, SendsPacketsAgain)
 {
     auto& sender = Sender();
