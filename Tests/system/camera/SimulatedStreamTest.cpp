@@ -77,9 +77,12 @@ TEST_F(SimulatedStreamTest, TwoMulticastReceiversReceiveTheSameFrames)
         EXPECT_TRUE(pipeline->Stop().IsOK());
 }
 
-TEST_F(SimulatedStreamTest, AFrameWithLostPacketsIsNeverPassedAsGood)
+class LossySendingTest : public SimulatedStreamTest, public testing::WithParamInterface<bool> {};
+
+TEST_P(LossySendingTest, AFrameWithLostPacketsIsNeverPassedAsGood)
 {
     VxSimulatorOptions options;
+    options.isSendingRuns = GetParam();
     options.frameRateHz = 200;
     options.faults.dropShare = 0.02;
     options.faults.duplicateShare = 0.02;
@@ -111,6 +114,8 @@ TEST_F(SimulatedStreamTest, AFrameWithLostPacketsIsNeverPassedAsGood)
     EXPECT_GT(m_link.Statistic("PacketsDuplicate"), 0);
     m_link.Stop();
 }
+
+INSTANTIATE_TEST_SUITE_P(RunsOrNot, LossySendingTest, testing::Bool());
 
 TEST_F(SimulatedStreamTest, LostPacketsAreAskedForAgainAndFramesAreWhole)
 {
