@@ -29,21 +29,34 @@ bool Covers(const VxImage& image, PictureSize size)
     return (size.heightPx - 1) * StrideOf(image) + size.widthPx * kPackedBytes <= image.GetSize();
 }
 
-cv::Scalar BlackOf(Yuv422Layout layout)
+constexpr std::uint8_t kNoColour = 128;
+
+/// Where in a pixel's two bytes the luma is; the other one is chroma.
+std::size_t LumaIndex(Yuv422Layout layout)
 {
-    constexpr double kNoColour = 128.0;
-    return layout == Yuv422Layout::Uyvy ? cv::Scalar(kNoColour, 0.0) : cv::Scalar(0.0, kNoColour);
+    return layout == Yuv422Layout::Uyvy ? 1 : 0;
+}
+
+/// Not by the picture library, which takes memory for it each time.
+void Blacken(cv::Mat& packed, Yuv422Layout layout)
+{
+    const std::size_t luma = LumaIndex(layout);
+    for (int y = 0; y < packed.rows; ++y)
+        for (int x = 0; x < packed.cols; ++x) {
+            std::uint8_t* const pixel = packed.ptr(y, x);
+            pixel[luma] = 0;
+            pixel[1 - luma] = kNoColour;
+        }
 }
 
 /// Gives the pixel behind an odd width's last one the luma of that one and the chroma of the pair before.
 void CompleteLastPair(std::uint8_t* row, std::size_t widthPx, Yuv422Layout layout)
 {
-    const std::size_t luma = layout == Yuv422Layout::Uyvy ? 1 : 0;
+    const std::size_t luma = LumaIndex(layout);
     const std::size_t chroma = 1 - luma;
     std::uint8_t* const added = row + widthPx * kPackedBytes;
     added[luma] = (added - kPackedBytes)[luma];
-    if (widthPx > 1)
-        added[chroma] = (added - 2 * kPackedBytes)[chroma];
+    added[chroma] = widthPx > 1 ? (added - 2 * kPackedBytes)[chroma] : kNoColour;
 }
 
 } // namespace
@@ -86,7 +99,8 @@ cv::Mat YuvPicture::CompletedSource(const VxImage& image, Yuv422Layout layout, P
     // The colour conversion works on pairs of pixels; of an image that is too small the common part is shown.
     const std::uint32_t evenWidth = source.widthPx + source.widthPx % 2;
     m_completed.create(static_cast<int>(source.heightPx), static_cast<int>(evenWidth), CV_8UC2);
-    m_completed.setTo(BlackOf(layout));
+    if (!Covers(image, source))
+        Blacken(m_completed, layout);
     const std::size_t stride = StrideOf(image);
     const std::size_t rowBytes = std::min(source.widthPx, image.GetWidth()) * kPackedBytes;
     const std::uint32_t rows = std::min(source.heightPx, image.GetHeight());

@@ -1,9 +1,10 @@
 #include "support/camera/StandingPicture.h"
 
+#include "VxCamera/surface/ListedInteger.h"
 #include "VxCamera/surface/ParameterList.h"
 #include "VxCamera/surface/VxBufferImpl.h"
 #include "VxDSSource/camera/VxBuffer.h"
-#include "VxDSSource/camera/VxDevice.h"
+#include "VxDSSource/camera/VxDeviceGEV.h"
 #include "VxDSSource/camera/VxPipeline.h"
 #include "VxDSSource/camera/VxStreamGEV.h"
 #include "VxDSSource/camera/VxStreamU3V.h"
@@ -19,12 +20,60 @@ VxBuffer& Picture()
     return picture;
 }
 
+bool g_isControlAllowed = false; // used by the test's thread only
+
+/// The camera itself, which knows its size and no more.
+class StandingDevice final : public VxDeviceGEV {
+public:
+    StandingDevice()
+    {
+        const VxImage& image = *Picture().GetImage();
+        m_features.Add<ListedInteger>(
+            ParameterFacts{"Width", "root", VxGenVisibility::Beginner, ""},
+            ListedInteger::Access{[width = image.GetWidth()] { return std::int64_t{width}; }, {}});
+        m_features.Add<ListedInteger>(
+            ParameterFacts{"Height", "root", VxGenVisibility::Beginner, ""},
+            ListedInteger::Access{[height = image.GetHeight()] { return std::int64_t{height}; }, {}});
+    }
+    ~StandingDevice() override = default;
+
+    [[nodiscard]] bool IsConnected() const override { return m_isConnected; }
+    VxResult Disconnect() override
+    {
+        m_isConnected = false;
+        return VxResult::Ok();
+    }
+    VxGenParameterArray* GetParameters() override { return &m_features; }
+    VxGenParameterArray* GetCommunicationParameters() override { return &m_link; }
+    std::uint32_t GetPayloadSize() override
+    {
+        return static_cast<std::uint32_t>(Picture().GetImage()->GetSize());
+    }
+    VxResult StreamEnable(std::uint32_t) override { return VxResult::Ok(); }
+    VxResult StreamDisable(std::uint32_t) override { return VxResult::Ok(); }
+    VxResult SetStreamDestination(const VxString&, std::uint16_t, std::uint32_t) override
+    {
+        return VxResult::Ok();
+    }
+
+private:
+    bool m_isConnected = true;
+    ParameterList m_features;
+    ParameterList m_link;
+};
+
 } // namespace
 
-bool StandingPicture::Show(std::uint32_t pixelType, std::uint32_t widthPx, std::uint32_t heightPx)
+void StandingPicture::AllowControl(bool isAllowed)
+{
+    g_isControlAllowed = isAllowed;
+}
+
+bool StandingPicture::Show(std::uint32_t pixelType, std::uint32_t widthPx, std::uint32_t heightPx,
+                           std::uint32_t rowPaddingBytes)
 {
     VxImage& image = *Picture().GetImage();
-    if (!image.Alloc(widthPx, heightPx, pixelType, 0, 0, 0).IsOK())
+    if (!image.Alloc(widthPx, heightPx, pixelType, rowPaddingBytes, 0, 0).IsOK())
         return false;
     std::mt19937 random(1);
     std::generate_n(image.GetDataPointer(), image.GetSize(),
@@ -35,13 +84,13 @@ bool StandingPicture::Show(std::uint32_t pixelType, std::uint32_t widthPx, std::
 
 VxDevice* VxDevice::CreateAndConnect(const VxString&, VxResult* result)
 {
-    *result = VxResult(VxError::NotFound);
-    return nullptr;
+    *result = g_isControlAllowed ? VxResult::Ok() : VxResult(VxError::NotFound);
+    return g_isControlAllowed ? new StandingDevice : nullptr;
 }
 
 void VxDevice::Free(VxDevice* device)
 {
-    delete device;
+    delete static_cast<StandingDevice*>(device);
 }
 
 class VxStreamImpl {

@@ -11,6 +11,11 @@ namespace StandingPicture {
 
 /// Makes a picture of random bytes the one that every pipeline gives out.
 /// @return  false when the format is not known
-[[nodiscard]] bool Show(std::uint32_t pixelType, std::uint32_t widthPx, std::uint32_t heightPx);
+/// @param rowPaddingBytes  random ones behind each row
+[[nodiscard]] bool Show(std::uint32_t pixelType, std::uint32_t widthPx, std::uint32_t heightPx,
+                        std::uint32_t rowPaddingBytes = 0);
+
+/// Whether the camera can be controlled; it tells its picture's size then. Without, it can only be received.
+void AllowControl(bool isAllowed);
 
 } // namespace StandingPicture

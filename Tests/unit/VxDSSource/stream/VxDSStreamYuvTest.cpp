@@ -300,4 +300,32 @@ TEST_F(VxDSStreamYuvTest, ReadsNoByteBehindAYuvImageThatIsShorterThanItSays)
     EXPECT_EQ(sample.Bytes()[16 * 16 * 2 - 1], 128) << "black beside the small picture";
 }
 
+TEST_F(VxDSStreamYuvTest, ShowsBlackBesideAnImageThatIsSmallerThanTheCamerasSize)
+{
+    Stream(8, 4);
+    Store(Setting::OutputPixelType, 1);
+    UseType(3, 8, 4);
+    for (const auto& [pixelType, code] :
+         {std::pair{kYuyv, cv::COLOR_YUV2BGR_YUY2}, {kUyvy, cv::COLOR_YUV2BGR_UYVY}}) {
+        TheCamera().QueuePicture(PackedPicture(8, 4, pixelType)); // whose remains must not show
+        const ScriptedPicture small = PackedPicture(3, 2, pixelType);
+        TheCamera().QueuePicture(small);
+        CanarySample first(8 * 4 * 2);
+        CanarySample second(8 * 4 * 2);
+
+        Fill(first);
+        Fill(second);
+
+        ScriptedPicture framed{8, 4, pixelType, {}, 0};
+        for (std::size_t i = 0; i < 8 * 4; ++i) {
+            const bool isUyvy = pixelType == kUyvy;
+            framed.bytes.insert(framed.bytes.end(),
+                                {std::uint8_t(isUyvy ? 128 : 0), std::uint8_t(isUyvy ? 0 : 128)});
+        }
+        for (std::size_t y = 0; y < 2; ++y)
+            std::copy_n(&small.bytes[y * 6], 6, &framed.bytes[y * 16]);
+        EXPECT_EQ(second.Copy(), AsYuy2(ColoursOf(framed, code))) << std::hex << pixelType;
+    }
+}
+
 } // namespace
