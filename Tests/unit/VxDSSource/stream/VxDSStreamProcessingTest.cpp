@@ -186,4 +186,27 @@ TEST_F(VxDSStreamProcessingTest, ShowsAPictureAsItArrivesWhenTheCameraItselfWasN
     EXPECT_EQ(second.Copy(), AsBitmap(Halved(larger), 3, true));
 }
 
+TEST_F(VxDSStreamProcessingTest, KeepsTheCamerasSizeForAReceiverThatComesAfterAController)
+{
+    ASSERT_TRUE(Settings().SetOutputSize(8, 6));
+    Stream(16, 12);
+    UseType(0, 8, 6);
+    Store(Setting::Role, 1);
+    Pin().ApplyConnection();
+    ASSERT_EQ(TheCamera().liveDevices, 0);
+    const ReferencePicture picture = TestPicture(16, 12);
+    Queue(TestPicture(8, 6)); // as if another host had made the camera's picture smaller
+    Queue(picture);
+    CanarySample first(8 * 6 * 3);
+    CanarySample second(8 * 6 * 3);
+
+    TheCamera().log.Clear();
+    Fill(first);
+    Fill(second);
+
+    EXPECT_EQ(TheCamera().Pictures(), (Lines{"image.Alloc 16x12 02180015 padding 0", "Convert #0 flipped",
+                                             "image.Alloc 16x12 02180015 padding 0", "Convert #1 flipped"}));
+    EXPECT_EQ(second.Copy(), AsBitmap(Halved(picture), 3, true));
+}
+
 } // namespace
