@@ -21,7 +21,7 @@ inline constexpr std::chrono::seconds kLongestTransfer{30};
 struct CollectedFeatures {
     std::vector<ConfigurationStep> steps;
     VxResult result = VxResult::Ok(); ///< which features could not be read, and why, or were not reached
-    bool isGone = false; ///< the camera was lost meanwhile, so there is more than was read
+    bool isGone = false;              ///< the camera was lost meanwhile, so there is more than was read
 };
 
 /// Reads what has to be written back to bring features into their present state.

@@ -91,8 +91,9 @@ TEST(ControlFaultsTest, OneRegisterTakesLong)
     ControlFaults faults({.pendingTime = 1000ms, .pendingAddress = 0x0A00});
 
     EXPECT_EQ(faults.Pass(Packet(kWriteReg), gvcp::Datagram(kAnswer), kNow).size(), 2u);
-    EXPECT_EQ(faults.Pass(Packet(FromHex("42 01 00 82 00 08 00 05 | 00 00 0A 04 00 00 00 01")),
-                          gvcp::Datagram(kAnswer), kNow)
+    EXPECT_EQ(faults
+                  .Pass(Packet(FromHex("42 01 00 82 00 08 00 05 | 00 00 0A 04 00 00 00 01")),
+                        gvcp::Datagram(kAnswer), kNow)
                   .size(),
               1u)
         << "others are quick";
