@@ -1,28 +1,31 @@
+#include "VxDSSource/filter/IVxDSSource.h"
 #include "hosts/HostTest.h"
 #include "hosts/RandomPeer.h"
 
 #include "VxSimulator/picture/FrameNumberStrip.h"
 #include "VxSimulator/picture/PictureView.h"
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <limits>
 #include <thread>
 
-// A renderer with buffers of its own, in a running graph: it asks for another type by attaching that to the
-// next buffer that it hands out.
+// A renderer with buffers of its own, in a running graph: it is asked for another size while it gets frames,
+// and asks for another type itself by attaching that to the next buffer that it hands out.
 
 namespace {
 
 class PeerTypeHostTest : public HostTest {
 protected:
-    PeerTypeHostTest()
+    /// @param bufferBytes  of each of the peer's buffers
+    explicit PeerTypeHostTest(std::size_t bufferBytes = kBufferBytes)
     {
         m_camera = ChooseCamera();
         BuildGraph(m_camera);
         EXPECT_EQ(graph->AddFilter(&m_peer.Filter(), L"Peer"), S_OK);
         m_peer.hasClock = true;
-        m_peer.UseOwnBuffers(kBufferBytes);
+        m_peer.UseOwnBuffers(bufferBytes);
         m_peer.ExpectSamples();
         EXPECT_EQ(graph->ConnectDirect(CapturePin(*m_camera.Get()).Get(), &m_peer.Pin(), nullptr), S_OK);
         Run();
@@ -141,6 +144,94 @@ TEST_F(PeerTypeHostTest, TypesOfNoUseGiveZeroFramesUntilAUsableOneComes)
         m_peer.Ask(usable);
         ASSERT_NO_FATAL_FAILURE(ExpectPicturesAs(usable));
     }
+}
+
+/// The same peer, asked for another size by the pin, with buffers for the largest.
+class PeerSizeHostTest : public PeerTypeHostTest {
+protected:
+    static constexpr std::size_t kTwiceAsLarge = kBufferBytes * 4;
+
+    PeerSizeHostTest() : PeerTypeHostTest(kTwiceAsLarge) {}
+
+    void SetOutputSize(std::uint32_t widthPx, std::uint32_t heightPx)
+    {
+        EXPECT_EQ(m_camera.As<IVxDSSource>(IID_IVxDSSource)
+                      ->SetOutputSize(static_cast<INT>(widthPx), static_cast<INT>(heightPx)),
+                  S_OK);
+    }
+
+    void ExpectType(std::uint32_t widthPx, std::uint32_t heightPx)
+    {
+        const auto config = CapturePin(*m_camera.Get()).As<IAMStreamConfig>(IID_IAMStreamConfig);
+        const CMediaType type = Format(*config.Get());
+        EXPECT_TRUE(type.subtype == MEDIASUBTYPE_RGB24);
+        EXPECT_EQ(HeaderOf(type).biWidth, static_cast<LONG>(widthPx));
+        EXPECT_EQ(HeaderOf(type).biHeight, static_cast<LONG>(heightPx));
+        EXPECT_EQ(HeaderOf(type).biSizeImage, widthPx * heightPx * 3);
+    }
+
+    /// The camera's picture of a bitmap in which each of its pixels is a square of four; nothing when one is
+    /// not.
+    static std::vector<std::byte> Halved(const std::vector<std::byte>& bitmap)
+    {
+        constexpr std::size_t kRowBytes = std::size_t{kWidthPx} * 2 * 3;
+        std::vector<std::byte> half;
+        for (std::size_t y = 0; y < kHeightPx * 2; ++y) {
+            for (std::size_t x = 0; x < kWidthPx * 2; ++x) {
+                const std::byte* const pixel = &bitmap[y * kRowBytes + x * 3];
+                const std::byte* const first = &bitmap[y / 2 * 2 * kRowBytes + x / 2 * 2 * 3];
+                if (!std::equal(pixel, pixel + 3, first))
+                    return {};
+                if (y % 2 == 0 && x % 2 == 0)
+                    half.insert(half.end(), pixel, pixel + 3);
+            }
+        }
+        return half;
+    }
+};
+
+TEST_F(PeerSizeHostTest, FramesFollowASizeThatThePeerTakesWhileItStreams)
+{
+    ASSERT_NO_FATAL_FAILURE(ExpectPicturesAs(Rgb(24, false)));
+
+    SetOutputSize(kWidthPx * 2, kHeightPx * 2);
+
+    ExpectType(kWidthPx * 2, kHeightPx * 2);
+    std::vector<std::byte> half;
+    ASSERT_TRUE(WaitUntil([&] { return !(half = Halved(m_peer.Picture())).empty(); }));
+    const CMediaType camera = Rgb(24, false);
+    ASSERT_NO_FATAL_FAILURE(ExpectPicture(half, HeaderOf(camera)));
+
+    SetOutputSize(kWidthPx, kHeightPx);
+
+    ExpectType(kWidthPx, kHeightPx);
+    ASSERT_NO_FATAL_FAILURE(ExpectPicturesAs(camera));
+}
+
+TEST_F(PeerSizeHostTest, FramesAreZeroWhileThePeerRefusesALargerSize)
+{
+    const CMediaType camera = Rgb(24, false);
+    ASSERT_NO_FATAL_FAILURE(ExpectPicturesAs(camera));
+    m_peer.AnswerRenegotiation(VFW_E_TYPE_NOT_ACCEPTED);
+
+    SetOutputSize(kWidthPx * 2, kHeightPx * 2);
+
+    ExpectType(kWidthPx, kHeightPx);
+    // What lies behind the bitmap in a larger buffer is not touched.
+    const auto isZero = [&] {
+        std::vector<std::byte> bytes = m_peer.Picture();
+        bytes.resize(HeaderOf(camera).biSizeImage);
+        return std::ranges::all_of(bytes, [](std::byte each) { return each == std::byte{0}; });
+    };
+    ASSERT_TRUE(WaitUntil(isZero));
+    const int samples = m_peer.Samples();
+    ASSERT_TRUE(WaitUntil([&] { return m_peer.Samples() >= samples + 3; }));
+    EXPECT_TRUE(isZero());
+
+    SetOutputSize(kWidthPx, kHeightPx);
+
+    ExpectType(kWidthPx, kHeightPx);
+    ASSERT_NO_FATAL_FAILURE(ExpectPicturesAs(camera));
 }
 
 } // namespace
