@@ -81,21 +81,30 @@ def machine():
     ]
 
 
-def judged(goal, seconds, ratio):
-    """Whether a goal ("1.3 x" the better of the others, or a time: "10 ms") was met. Shown, never an error: how fast
-    a machine is, and what else it does, is not ours to fail for."""
-    if goal is None:
+def value_for(goal, seconds, ratio):
+    """@return  what is compared with the goal's number; none when it was not measured"""
+    _, unit, *peer = goal.split()
+    if unit != "x":
+        return seconds["ours"] / UNIT_SECONDS[unit]
+    if not peer:
+        return ratio
+    return seconds["ours"] / seconds[peer[0]] if peer[0] in seconds else None
+
+
+def judged(goals, seconds, ratio):
+    """Whether goals ("1.3 x" the better of the others, "1 x OpenCV", or a time: "10 ms"; several with commas between)
+    were met. Shown, never an error: how fast a machine is, and what else it does, is not ours to fail for."""
+    if goals is None:
         return "-"
-    number, unit = goal.split()
-    value = ratio if unit == "x" else seconds / UNIT_SECONDS[unit]
-    if value is None:
+    values = [(value_for(goal, seconds, ratio), float(goal.split()[0])) for goal in goals.split(",")]
+    if any(value is None for value, _ in values):
         return "-"
-    return "met" if value <= float(number) else "missed"
+    return "met" if all(value <= most for value, most in values) else "missed"
 
 
 def comparison_rows(systems):
-    """One row for each work and system: ours and its output, a plain copy, OpenCV, ours as a multiple of the better
-    one, the goal."""
+    """One row for each work and system: ours and its output, the others, ours as a multiple of the best of them and of
+    OpenCV, the goal."""
     works = {name.removesuffix("/ours") for results in systems.values() for name in results.medians
              if name.endswith("/ours")}
     # The programs measure in an order made by chance.
@@ -106,10 +115,12 @@ def comparison_rows(systems):
                 continue
             others = [seconds[who] for who in PEERS if who in seconds]
             ratio = seconds["ours"] / min(others) if others else None
+            of_open_cv = seconds["ours"] / seconds["OpenCV"] if "OpenCV" in seconds else None
             goal = results.goals.get(work)
             yield (work, system, text_of(seconds["ours"]), rate_of(results.rates[work + "/ours"]),
                    *(text_of(seconds.get(who)) for who in PEERS),
-                   "-" if ratio is None else f"{ratio:.2f}", goal or "-", judged(goal, seconds["ours"], ratio))
+                   *("-" if value is None else f"{value:.2f}" for value in (ratio, of_open_cv)),
+                   goal or "-", judged(goal, seconds, ratio))
 
 
 def single_rows(systems):
@@ -145,7 +156,8 @@ def main():
         return 1
     print("\n".join([*machine(), ""]))
     if compared:
-        print_table([("median of real time", "on", "ours", "GB/s", *PEERS, "ours / better", "goal", "goal is"),
+        print_table([("median of real time", "on", "ours", "GB/s", *PEERS, "ours / better", "ours / OpenCV", "goal",
+                      "goal is"),
                      *compared])
     if single:
         print_table([("median of real time", *systems), *single])

@@ -39,7 +39,8 @@ class BenchTableTest(unittest.TestCase):
             median("memcpy/6/real_time", 100), median("memcpy/8/real_time", 1)])})
 
         self.assertEqual(code, 0)
-        self.assertIn(["Copy", "native", "150.000 us", "-", "100.000 us", "300.000 us", "-", "1.50", "-", "-"],
+        self.assertIn(["Copy", "native", "150.000 us", "-", "100.000 us", "300.000 us", "-", "1.50", "0.50",
+                       "-", "-"],
                       rows)
 
     def goal_cells(self, ours, goal):
@@ -51,17 +52,33 @@ class BenchTableTest(unittest.TestCase):
         return next(row for row in rows if row and row[0] == "Copy")[-3:]
 
     def test_judges_a_multiple_of_the_better_of_the_others(self):
-        self.assertEqual(self.goal_cells(130, "1.3 x"), ["1.30", "1.3 x", "met"])
-        self.assertEqual(self.goal_cells(131, "1.3 x"), ["1.31", "1.3 x", "missed"])
+        self.assertEqual(self.goal_cells(130, "1.3 x"), ["-", "1.3 x", "met"])
+        self.assertEqual(self.goal_cells(131, "1.3 x"), ["-", "1.3 x", "missed"])
 
     def test_judges_a_time(self):
-        self.assertEqual(self.goal_cells(9999, "10 ms"), ["99.99", "10 ms", "met"])
-        self.assertEqual(self.goal_cells(10001, "10 ms"), ["100.01", "10 ms", "missed"])
+        self.assertEqual(self.goal_cells(9999, "10 ms"), ["-", "10 ms", "met"])
+        self.assertEqual(self.goal_cells(10001, "10 ms"), ["-", "10 ms", "missed"])
+
+    def verdict_beside_open_cv(self, ours, goal):
+        _, rows, _ = table_of({"native-A.json": ({"peer of Copy": "memcpy/6", "goal of Copy": goal}, [
+            median("Copy/ours/real_time", ours), median("Copy/OpenCV/real_time", 300),
+            median("memcpy/6/real_time", 100)])})
+        return next(row for row in rows if row and row[0] == "Copy")[-1]
+
+    def test_judges_a_multiple_of_one_of_the_others(self):
+        self.assertEqual(self.verdict_beside_open_cv(300, "1 x OpenCV"), "met")
+        self.assertEqual(self.verdict_beside_open_cv(301, "1 x OpenCV"), "missed")
+        self.assertEqual(self.goal_cells(1, "1 x OpenCV"), ["-", "1 x OpenCV", "-"])
+
+    def test_several_goals_must_all_be_met(self):
+        self.assertEqual(self.verdict_beside_open_cv(200, "1 x OpenCV, 0.2 ms"), "met")
+        self.assertEqual(self.verdict_beside_open_cv(201, "1 x OpenCV, 0.2 ms"), "missed")
+        self.assertEqual(self.verdict_beside_open_cv(301, "1 x OpenCV, 1 ms"), "missed")
 
     def test_does_not_judge_a_multiple_when_the_others_were_not_measured(self):
         _, rows, _ = table_of({"native-A.json": ({"goal of Copy": "1.3 x"}, [median("Copy/ours/real_time", 1)])})
 
-        self.assertIn(["Copy", "native", "1.000 us", "-", "-", "-", "-", "-", "1.3 x", "-"], rows)
+        self.assertIn(["Copy", "native", "1.000 us", "-", "-", "-", "-", "-", "-", "1.3 x", "-"], rows)
 
     def test_a_missed_goal_is_no_error(self):
         code, _, errors = table_of({"native-A.json": ({"goal of Copy": "1 us"}, [median("Copy/ours/real_time", 2)])})
@@ -72,7 +89,7 @@ class BenchTableTest(unittest.TestCase):
         _, rows, _ = table_of({"native-A.json": ({}, [
             {**median("Copy/ours", 2, "ms"), "bytes_per_second": 3.1e9}])})
 
-        self.assertIn(["Copy", "native", "2.000 ms", "3.10", "-", "-", "-", "-", "-", "-"], rows)
+        self.assertIn(["Copy", "native", "2.000 ms", "3.10", "-", "-", "-", "-", "-", "-", "-"], rows)
 
     def test_shows_both_systems_beside_each_other(self):
         _, rows, _ = table_of({"native-A.json": ({}, [median("Start", 2, "ms")]),
