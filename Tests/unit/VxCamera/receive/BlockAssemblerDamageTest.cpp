@@ -1,0 +1,177 @@
+#include "BlockAssemblerFixture.h"
+
+#include <algorithm>
+#include <random>
+
+namespace receive {
+namespace {
+
+using namespace std::chrono_literals;
+using Packet = StreamPackets::Packet;
+
+/// Packets that are shorter, longer, or under another id than they should be: what comes of them is never
+/// passed as good.
+class BlockAssemblerDamageTest : public BlockAssemblerFixture {};
+
+TEST_F(BlockAssemblerDamageTest, APacketCutShortIsNeverGood)
+{
+    const std::size_t count = m_stream.Block(1).size();
+    for (std::size_t cut = 1; cut + 1 < count; ++cut) { // every payload packet
+        auto packets = m_stream.Block(cut);
+        packets[cut].pop_back();
+        SendAll(packets);
+        Wait(300ms);
+
+        ASSERT_EQ(m_sink.delivered.size(), cut);
+        EXPECT_EQ(CodeOf(cut - 1), VxError::MissingPackets) << cut;
+    }
+    EXPECT_EQ(m_counters.packetsWrongSize.Value(), count - 2);
+}
+
+TEST_F(BlockAssemblerDamageTest, TheLastPacketCutShortIsMissing)
+{
+    auto packets = m_stream.Block(1);
+    auto& last = packets[packets.size() - 2];
+    const Packet whole = last;
+    last.pop_back();
+    SendAll(packets);
+    EXPECT_TRUE(m_sink.delivered.empty()) << "it may be sent again";
+    Send(whole);
+
+    ExpectPicture(0, 1);
+
+    auto next = m_stream.Block(2);
+    next[next.size() - 2].pop_back();
+    SendAll(next);
+    Wait(300ms);
+    EXPECT_EQ(CodeOf(1), VxError::MissingPackets);
+    EXPECT_EQ(m_sink.delivered[1].info.packetsMissing, 1u);
+}
+
+TEST_F(BlockAssemblerDamageTest, TheLastPacketCutShortIsMissingInWhateverOrderTheyCome)
+{
+    std::mt19937 chance(3);
+    for (std::uint64_t id = 1; id <= 200; ++id) {
+        auto packets = m_stream.Block(id);
+        packets[packets.size() - 2].pop_back();
+        std::ranges::shuffle(packets, chance);
+        SendAll(packets);
+        Wait(300ms);
+
+        ASSERT_EQ(m_sink.delivered.size(), id);
+        ASSERT_EQ(m_sink.delivered.back().info.code, VxError::MissingPackets) << id;
+    }
+}
+
+/// Mono12p with lines of 961.5 bytes, which cameras round up or do not.
+class PackedLinesTest : public BlockAssemblerFixture {
+protected:
+    static constexpr std::uint32_t kWidthPx = 641;
+    static constexpr std::uint32_t kHeightPx = 31;
+    static constexpr std::size_t kRoundedBytes = std::size_t{962} * kHeightPx;
+    static constexpr std::size_t kJoinedBytes = 29'807; // 961.5 * 31, rounded up
+
+    PackedLinesTest()
+    {
+        m_stream.leader = StreamPackets::Mono8(kWidthPx, kHeightPx);
+        m_stream.leader.pixelFormat = 0x010C0047; // Mono12p
+        m_stream.payloadBytes = kRoundedBytes;
+        m_stream.stepBytes = 1464;
+    }
+
+    FakeSink m_largeSink{4, kRoundedBytes};
+    BlockAssembler m_large{{}, m_largeSink, m_counters};
+
+    VxError Receive(const std::vector<Packet>& packets)
+    {
+        for (const Packet& packet : packets)
+            m_large.OnPacket(packet, m_now);
+        m_now += 300ms;
+        m_large.OnTime(m_now);
+        return m_largeSink.delivered.back().info.code;
+    }
+};
+
+TEST_F(PackedLinesTest, APacketCutShortIsNeverGood)
+{
+    std::uint64_t id = 0;
+    EXPECT_EQ(Receive(m_stream.Block(++id)), VxError::Ok);
+    const std::size_t lastBytes = kRoundedBytes % m_stream.stepBytes;
+    for (std::size_t cut = 1; cut < lastBytes; ++cut) {
+        auto packets = m_stream.Block(++id);
+        auto& last = packets[packets.size() - 2];
+        last.resize(last.size() - cut);
+        ASSERT_NE(Receive(packets), VxError::Ok) << cut;
+        ASSERT_EQ(m_largeSink.delivered.size(), id);
+        m_largeSink.delivered.clear();
+        m_largeSink.delivered.resize(id); // the pictures take much memory
+    }
+}
+
+TEST_F(PackedLinesTest, LinesThatRunTogetherAreNotPassedAsAPicture)
+{
+    m_stream.payloadBytes = kJoinedBytes;
+    EXPECT_EQ(Receive(m_stream.Block(1)), VxError::NotSupported);
+    auto packets = m_stream.Block(2);
+    packets.pop_back(); // without its trailer
+    EXPECT_NE(Receive(packets), VxError::Ok);
+}
+
+TEST_F(BlockAssemblerDamageTest, APacketUnderAnIdBehindTheTrailerHidesNoHole)
+{
+    m_stream.leader = StreamPackets::Mono8(40, 50); // smaller than the buffer
+    m_stream.payloadBytes = 40 * 50;                // 4 full packets
+    auto packets = m_stream.Block(1);
+    Packet astray = packets[3]; // packet 3, sent again under a wrong id
+    astray[7] = std::byte{6};
+    packets[3] = astray;
+    SendAll(packets);
+    Wait(300ms);
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
+    EXPECT_EQ(m_sink.delivered[0].info.packetsMissing, 1u);
+}
+
+TEST_F(BlockAssemblerDamageTest, APacketUnderAWrongIdDoesNotKeepTheRightOneOut)
+{
+    m_stream.leader = StreamPackets::Mono8(40, 50);
+    m_stream.payloadBytes = 40 * 50;
+    auto packets = m_stream.Block(1);
+    Packet astray = packets[3];
+    astray[7] = std::byte{6};
+    SendAll({packets[0], packets[1], packets[2], packets[4], astray, packets[5]});
+    EXPECT_TRUE(m_sink.delivered.empty());
+    Send(packets[3]);
+
+    ExpectPicture(0, 1);
+}
+
+TEST_F(BlockAssemblerDamageTest, MorePacketsThanThePictureHasDoNotHideAHoleWhenTheTrailerIsLost)
+{
+    m_stream.leader = StreamPackets::Mono8(40, 48); // 1920 bytes in a buffer of 3072
+    m_stream.payloadBytes = 3000;                   // and the camera sends more than it announced
+    auto packets = m_stream.Block(1);
+    packets.pop_back();
+    packets.erase(packets.begin() + 3);
+    SendAll(packets);
+    Wait(300ms);
+
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
+    EXPECT_EQ(m_sink.delivered[0].info.packetsMissing, 1u);
+}
+
+TEST_F(BlockAssemblerDamageTest, APacketThatIsTooLongIsNotStored)
+{
+    auto packets = m_stream.Block(1);
+    packets[3].push_back(std::byte{0xFF});
+    SendAll(packets);
+    Wait(300ms);
+
+    EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
+    EXPECT_EQ(m_counters.packetsWrongSize.Value(), 1u);
+}
+
+} // namespace
+} // namespace receive
