@@ -19,6 +19,7 @@ void CameraDouble::Reset()
     kind = DeviceKind::Gev;
     connecting = VxResult::Ok();
     opening = VxResult::Ok();
+    failing.clear();
     payloadBytes = 921600;
     localAddress = "127.0.0.1";
     localPort = 50000;
@@ -39,6 +40,12 @@ void CameraDouble::Reset()
     restored.clear();
     log.onCall = nullptr;
     log.Clear();
+}
+
+VxResult CameraDouble::Act(const std::string& call)
+{
+    log.Add(CallKind::Action, call);
+    return !failing.empty() && call.starts_with(failing) ? VxResult(VxError::Busy) : VxResult::Ok();
 }
 
 VxBuffer& CameraDouble::QueuePicture(const ScriptedPicture& picture, std::size_t waitingAfter)

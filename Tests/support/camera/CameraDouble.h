@@ -60,6 +60,7 @@ public:
     DeviceKind kind = DeviceKind::Gev;
     VxResult connecting = VxResult::Ok();
     VxResult opening = VxResult::Ok();
+    std::string failing; ///< calls that begin so fail, where nothing else says what they answer; empty: none
     std::uint32_t payloadBytes = 0;
     std::string localAddress = "127.0.0.1";
     std::uint16_t localPort = 50000;
@@ -79,6 +80,9 @@ public:
     std::atomic<int> livePipelines = 0;
     std::atomic<int> liveBuffers = 0;  ///< without those of the script
     std::vector<std::string> restored; ///< "device" and "stream", as configurations were restored into them
+
+    /// Records a call and answers it.
+    [[nodiscard]] VxResult Act(const std::string& call);
 
     /// Queues a complete picture.
     VxBuffer& QueuePicture(const ScriptedPicture& picture, std::size_t waitingAfter = 0);

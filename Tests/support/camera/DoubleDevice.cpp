@@ -24,9 +24,8 @@ public:
 
     VxResult Disconnect() override
     {
-        TheCamera().log.Add(CallKind::Action, "device.Disconnect");
         TheCamera().isConnected = false;
-        return VxResult::Ok();
+        return TheCamera().Act("device.Disconnect");
     }
 
     [[nodiscard]] VxGenParameterArray* GetParameters() override { return TheCamera().device.get(); }
@@ -43,14 +42,12 @@ public:
 
     VxResult StreamEnable(std::uint32_t channel) override
     {
-        TheCamera().log.Add(CallKind::Action, "device.StreamEnable(" + std::to_string(channel) + ")");
-        return VxResult::Ok();
+        return TheCamera().Act("device.StreamEnable(" + std::to_string(channel) + ")");
     }
 
     VxResult StreamDisable(std::uint32_t channel) override
     {
-        TheCamera().log.Add(CallKind::Action, "device.StreamDisable(" + std::to_string(channel) + ")");
-        return VxResult::Ok();
+        return TheCamera().Act("device.StreamDisable(" + std::to_string(channel) + ")");
     }
 };
 
@@ -59,10 +56,8 @@ public:
     VxResult SetStreamDestination(const VxString& ipAddress, std::uint16_t port,
                                   std::uint32_t channel) override
     {
-        TheCamera().log.Add(CallKind::Action, "device.SetStreamDestination(" + ipAddress.Narrow() + ", " +
-                                                  std::to_string(port) + ", " + std::to_string(channel) +
-                                                  ")");
-        return VxResult::Ok();
+        return TheCamera().Act("device.SetStreamDestination(" + ipAddress.Narrow() + ", " +
+                               std::to_string(port) + ", " + std::to_string(channel) + ")");
     }
 };
 

@@ -35,8 +35,7 @@ void VxPipeline::SetBufferSize(std::uint32_t bytes)
 
 VxResult VxPipeline::SetBufferCount(std::uint32_t count)
 {
-    TheCamera().log.Add(CallKind::Action, "pipeline.SetBufferCount(" + std::to_string(count) + ")");
-    return VxResult::Ok();
+    return TheCamera().Act("pipeline.SetBufferCount(" + std::to_string(count) + ")");
 }
 
 void VxPipeline::SetHandleBufferTooSmall(bool handle)
@@ -47,16 +46,15 @@ void VxPipeline::SetHandleBufferTooSmall(bool handle)
 
 VxResult VxPipeline::Start()
 {
-    TheCamera().log.Add(CallKind::Action, "pipeline.Start");
-    m_impl->isStarted = true;
-    return VxResult::Ok();
+    const VxResult result = TheCamera().Act("pipeline.Start");
+    m_impl->isStarted = result.IsOK();
+    return result;
 }
 
 VxResult VxPipeline::Stop()
 {
-    TheCamera().log.Add(CallKind::Action, "pipeline.Stop");
     m_impl->isStarted = false;
-    return VxResult::Ok();
+    return TheCamera().Act("pipeline.Stop");
 }
 
 bool VxPipeline::IsStarted() const

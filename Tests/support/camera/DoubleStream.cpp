@@ -38,9 +38,8 @@ bool VxStream::IsOpen() const
 
 VxResult VxStream::Close()
 {
-    TheCamera().log.Add(CallKind::Action, "stream.Close");
     m_impl->isOpen = false;
-    return VxResult::Ok();
+    return TheCamera().Act("stream.Close");
 }
 
 VxGenParameterArray* VxStream::GetParameters()

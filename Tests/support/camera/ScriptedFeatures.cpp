@@ -72,10 +72,10 @@ VxResult ScriptedRegister::SetValue(std::span<const std::byte> from)
 
 VxResult ScriptedCommand::Execute()
 {
-    TheCamera().log.Add(CallKind::Action, owner + "." + name + "()");
+    const VxResult result = TheCamera().Act(owner + "." + name + "()");
     if (onWrite)
         onWrite();
-    return writing;
+    return result.IsOK() ? writing : result;
 }
 
 VxResult ScriptedEnumEntry::GetName(VxString& name) const

@@ -449,6 +449,33 @@ TEST_F(VxDSStreamConnectionTest, FollowsTheCamerasSizeWhenNoOutputSizeIsSet)
     EXPECT_EQ(Settings().Number(Setting::Height), 480u);
 }
 
+TEST_F(VxDSStreamConnectionTest, KeepsASideThatTheCameraDoesNotTell)
+{
+    ConnectAndForget();
+    ASSERT_EQ(Settings().Number(Setting::Width), 640u);
+    ASSERT_EQ(Settings().Number(Setting::Height), 480u);
+    Store(Setting::OutputWidth, 0u);
+    Store(Setting::OutputHeight, 0u);
+    auto& width = dynamic_cast<ScriptedInteger&>(*TheCamera().device->Get(VxString("Width")));
+    auto& height = dynamic_cast<ScriptedInteger&>(*TheCamera().device->Get(VxString("Height")));
+    width.value = 320;
+    width.reading = VxError::Busy;
+    height.value = 200;
+
+    Pin().UpdateOutputSize();
+
+    // The output size follows what was read; the other side stays to be told.
+    EXPECT_EQ(Settings().Number(Setting::OutputWidth), 0u);
+    EXPECT_EQ(Settings().Number(Setting::OutputHeight), 200u);
+    EXPECT_EQ(Settings().Number(Setting::Height), 200u);
+
+    width.reading = VxResult::Ok();
+    Pin().UpdateOutputSize();
+
+    EXPECT_EQ(Settings().Number(Setting::OutputWidth), 320u);
+    EXPECT_EQ(Settings().Number(Setting::Width), 320u);
+}
+
 TEST_F(VxDSStreamConnectionTest, DeliversTheOutputSizeThatIsSet)
 {
     ASSERT_TRUE(Settings().SetOutputSize(320, 200));

@@ -316,6 +316,21 @@ TEST_F(VxDSStreamFramesTest, LeavesTheSampleAsItIsForAnotherPixelType)
     EXPECT_EQ(Pin().Statistics().FrameCounter(), 1u);
 }
 
+TEST_F(VxDSStreamFramesTest, LeavesWhatTheConverterLeavesWhenItCannotConvert)
+{
+    Stream(4, 2);
+    UseType(0, 4, 2);
+    TheCamera().QueuePicture(
+        {4, 2, kYuyv, std::vector<std::uint8_t>(16, 100), 0}); // the double has no such conversion
+    CanarySample sample(24);
+
+    Fill(sample);
+
+    EXPECT_TRUE(sample.IsAll(CanarySample::kStale));
+    EXPECT_TRUE(sample.time) << "it is a frame all the same";
+    EXPECT_EQ(Pin().Statistics().LastErrorText(), L"") << "and nobody is told";
+}
+
 // --- Time stamps, counters, order.
 
 TEST_F(VxDSStreamFramesTest, StampsFramesFromTheClock)

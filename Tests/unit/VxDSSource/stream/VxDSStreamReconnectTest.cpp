@@ -1,5 +1,6 @@
 #include "support/directshow/Gate.h"
 
+#include "CanarySample.h"
 #include "PinFixture.h"
 #include "RenegotiatingSink.h"
 
@@ -108,6 +109,33 @@ TEST_F(VxDSStreamReconnectTest, StartsOnceWhenThePeerAppliesOnceMore)
 
     EXPECT_EQ(Count(Done(), "pipeline.Start"), 1);
     EXPECT_TRUE(isNested);
+    (void)Pin().OnThreadDestroy();
+}
+
+TEST_F(VxDSStreamReconnectTest, RestartsAcquisitionBeforeItLetsTheMutexGo)
+{
+    ConnectAndForget();
+    (void)Pin().OnThreadCreate();
+    TheCamera().log.Clear();
+    bool isTried = false;
+    TheCamera().log.onCall = [&](const std::string& call) {
+        if (call != kStart || std::exchange(isTried, true))
+            return;
+        // Frame production would retrieve a buffer if it got the mutex now.
+        std::thread streaming([this] {
+            CanarySample sample(24);
+            EXPECT_EQ(Pin().FillBuffer(&sample), S_OK);
+            EXPECT_TRUE(sample.IsAll(0));
+        });
+        streaming.join();
+    };
+
+    Store(Setting::DeviceId, L"other");
+    Pin().ApplyConnection();
+
+    TheCamera().log.onCall = nullptr;
+    EXPECT_TRUE(isTried);
+    EXPECT_EQ(Done().back(), kStart) << "nothing was retrieved meanwhile";
     (void)Pin().OnThreadDestroy();
 }
 

@@ -1,6 +1,7 @@
 #include "LinkModel.h"
 #include "PinFixture.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -115,6 +116,51 @@ TEST_F(VxDSStreamTransitionsTest, MakesEveryChangeWithACameraThatRefusesControl)
 TEST_F(VxDSStreamTransitionsTest, MakesEveryChangeWithACameraThatRefusesItsStream)
 {
     GoThroughAllPairs({.refusesStream = true});
+}
+
+/// The camera refuses one call after the other: nobody hears of it, and all that follows is done all the
+/// same.
+class VxDSStreamRefusalsTest : public PinFixture {
+protected:
+    /// Connects, streams, stops and closes.
+    /// @return  what that took
+    Lines GoThroughALife(const std::string& failing)
+    {
+        DestroyPin();
+        TheCamera().Reset();
+        TheCamera().failing = failing;
+        Store(Setting::DeviceId, L"cam");
+        Pin().ApplyConnection();
+        EXPECT_EQ(Pin().OnThreadCreate(), S_OK);
+        EXPECT_EQ(Pin().OnThreadDestroy(), S_OK);
+        Pin().CloseConnection();
+        EXPECT_EQ(TheCamera().liveDevices, 0) << failing;
+        EXPECT_EQ(TheCamera().liveStreams, 0) << failing;
+        EXPECT_EQ(TheCamera().livePipelines, 0) << failing;
+        return Done();
+    }
+};
+
+TEST_F(VxDSStreamRefusalsTest, DoesTheRestWhenACallFails)
+{
+    const Lines usual = GoThroughALife({});
+    for (const char* const failing :
+         {"pipeline.SetBufferCount", "device.SetStreamDestination", "stream.Reset", "device.StreamEnable",
+          "device.AcquisitionStart", "device.AcquisitionStop", "device.StreamDisable", "pipeline.Stop",
+          "stream.Close", "device.Disconnect"}) {
+        ASSERT_TRUE(
+            std::ranges::any_of(usual, [&](const std::string& call) { return call.starts_with(failing); }))
+            << failing << " does not come";
+        EXPECT_EQ(GoThroughALife(failing), usual) << failing;
+    }
+}
+
+TEST_F(VxDSStreamRefusalsTest, DoesNotStopAPipelineThatCouldNotStart)
+{
+    Lines expected = GoThroughALife({});
+    std::erase(expected, "pipeline.Stop");
+
+    EXPECT_EQ(GoThroughALife("pipeline.Start"), expected);
 }
 
 } // namespace
