@@ -49,7 +49,8 @@ protected:
     /// socket, object or handle.
     ///
     /// What a run-time library makes once and late, as it gives a mutex its event when two threads first meet
-    /// there, makes a series of rounds grow by chance; then another series decides. A loss shows in each.
+    /// there, makes a series of rounds grow by chance; then another series decides, and fewer events than
+    /// rounds are no loss. A loss shows in each series, and each round adds to it.
     void ExpectNothingIsLeftBy(const std::function<void()>& action, Repetition repetition);
     void ExpectNothingIsLeftBy(const std::function<void()>& action) { ExpectNothingIsLeftBy(action, {}); }
 

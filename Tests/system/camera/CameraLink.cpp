@@ -4,13 +4,27 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <tuple>
 
 namespace {
 
 constexpr std::uint32_t kLongestWaitMs = 10'000;
+// After which a block is given up. Chosen: what a busy machine does not let its sender send for that long is
+// late, not lost.
+constexpr std::int64_t kPatientMs = 2000;
 
 } // namespace
+
+VxResult ConnectPatiently(DevicePointer& device, const char* connectionId)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kLongestWaitMs);
+    VxResult result;
+    do {
+        device.reset(VxDevice::CreateAndConnect(connectionId, &result));
+    } while (result.Code() == VxError::NotFound && std::chrono::steady_clock::now() < end);
+    return result;
+}
 
 CameraLink::~CameraLink()
 {
@@ -22,8 +36,7 @@ CameraLink::~CameraLink()
 
 void CameraLink::Connect(const char* connectionId)
 {
-    VxResult result;
-    device.reset(VxDevice::CreateAndConnect(connectionId, &result));
+    const VxResult result = ConnectPatiently(device, connectionId);
     ASSERT_TRUE(result.IsOK()) << result.GetDescription().Narrow();
     ASSERT_NE(device, nullptr);
     ASSERT_TRUE(device->IsConnected());
@@ -33,6 +46,9 @@ void CameraLink::OpenStream(const char* connectionId)
 {
     const VxResult opened = stream.Open(connectionId);
     ASSERT_TRUE(opened.IsOK()) << opened.GetDescription().Narrow();
+    VxGenParameterArray& receiver = *stream.GetParameters();
+    EXPECT_TRUE(receiver.SetIntegerValue("ResendTimeout", kPatientMs).IsOK());
+    EXPECT_TRUE(receiver.SetIntegerValue("BlockTimeout", kPatientMs).IsOK());
     pipeline = std::make_unique<VxPipeline>(&stream);
     const VxResult directed =
         Gev().SetStreamDestination(stream.GetLocalIPAddress(), stream.GetLocalPort(), 0);

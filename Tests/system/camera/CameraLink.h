@@ -13,6 +13,11 @@ struct FreeDevice {
 };
 using DevicePointer = std::unique_ptr<VxDevice, FreeDevice>;
 
+/// Connects to a camera that is there. A search is short, and a busy machine may not let the camera answer in
+/// time, so a camera that was not found is searched for again, ten seconds long.
+/// @return  the result of the last attempt
+[[nodiscard]] VxResult ConnectPatiently(DevicePointer& device, const char* connectionId);
+
 /// A camera, its stream and a pipeline, set up in the order in which the module does it.
 ///
 /// Owner:  a test.
@@ -23,6 +28,7 @@ public:
 
     /// Takes control of the camera; failures end the test.
     void Connect(const char* connectionId);
+    /// Opens the stream with more patience than a user's, so that no picture is lost on a busy machine.
     void OpenStream(const char* connectionId);
 
     /// Starts the pipeline, then the camera.

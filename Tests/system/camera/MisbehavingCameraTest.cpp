@@ -52,12 +52,7 @@ protected:
         loopback.address = transport::Ipv4Address::Loopback();
         return control::DeviceSession::Connect({*m_sockets, m_clock}, m_camera.ControlEndpoint(), loopback);
     }
-    static VxResult Connect(DevicePointer& device)
-    {
-        VxResult result;
-        device.reset(VxDevice::CreateAndConnect(kAddress, &result));
-        return result;
-    }
+    static VxResult Connect(DevicePointer& device) { return ConnectPatiently(device, kAddress); }
 
     VxSteadyClock m_clock;
     std::unique_ptr<transport::ISocketFactory> m_sockets = transport::MakeSystemSocketFactory();

@@ -327,8 +327,16 @@ TEST_F(SimulatedCameraTest, StartingAndStoppingAgainAndAgainLosesNothing)
     m_link.Connect(kAddress);
     m_link.OpenStream(kAddress);
     for (int i = 0; i < 20; ++i) {
+        // A camera that is stopped in the middle of a picture ends that first; of this one we are here too
+        // late for the beginning.
+        const std::uint64_t underWay = m_camera.FramesSent() + 1;
         m_link.Start();
-        ASSERT_TRUE(IsWholePicture(*m_link.Next())) << i;
+        VxBuffer* first = m_link.Next();
+        if (i > 0 && !IsWholePicture(*first)) {
+            EXPECT_EQ(first->GetBlockID(), underWay) << i;
+            first = m_link.Next();
+        }
+        ASSERT_TRUE(IsWholePicture(*first)) << i;
         ASSERT_TRUE(IsWholePicture(*m_link.Next())) << i;
         m_link.Stop();
         EXPECT_EQ(m_link.pipeline->GetOutputQueueSize(), 0u);
