@@ -157,11 +157,11 @@ void StreamReceiver::Run(Landing& landing)
     m_silence.Start(m_clock.Now());
     m_gathering.SetSocketBuffer(m_socket->ReceiveBufferBytes());
     m_blocksWithoutPayload = 0;
-    bool isMoreLikely = false;
+    bool isLooking = false;
     while (!m_isStopping) {
         TakeOrders();
         const auto slots = landing.Prepare(m_assembler);
-        const auto received = m_socket->Receive(slots, isMoreLikely ? 0us : WaitingTime());
+        const auto received = m_socket->Receive(slots, isLooking ? 0us : WaitingTime());
         try {
             if (received)
                 Take(landing, *received);
@@ -176,7 +176,7 @@ void StreamReceiver::Run(Landing& landing)
             m_lastError = code;
             std::this_thread::sleep_for(kPauseAfterError);
         }
-        isMoreLikely = AfterReceive(slots.size(), received ? *received : 0, isMoreLikely);
+        isLooking = AfterReceive(slots.size(), received ? *received : 0, isLooking);
     }
     m_assembler.Abort();
 }
@@ -199,9 +199,10 @@ void StreamReceiver::Take(Landing& landing, std::size_t received)
     });
 }
 
-/// Lets packets gather when all that were there have been received.
-/// @param hasLooked  whether it was the second look, which nothing but more packets was wanted from
-/// @return  whether to look a second time before packets may gather
+/// Lets packets gather when all that were there have been received. Slots that are all filled do not tell
+/// whether these were all.
+/// @param hasLooked  whether this receive did not wait, but only looked for more
+/// @return  whether the next one should only look, too
 bool StreamReceiver::AfterReceive(std::size_t slots, std::size_t received, bool hasLooked)
 {
     if (received == 0 && !hasLooked)
