@@ -15,7 +15,7 @@ constexpr std::chrono::microseconds kLongest = 1ms;
 // Measured: falling asleep and being woken takes 3 to 5 us of a processor; what is shorter saves nothing.
 constexpr std::chrono::microseconds kShortest = 40us;
 
-// Chosen: before that the pace is a matter of luck, and that of the block before counts.
+// Chosen: before that the pace is a matter of luck.
 constexpr std::uint32_t kPacketsForPace = 8;
 
 // Measured: Linux counts 2,304 bytes for a packet of 1,500 bytes, and up to twice the size of larger ones.
@@ -32,11 +32,9 @@ std::chrono::microseconds PacketGathering::TimeFor(const Progress& progress)
         m_hasStart = true;
     }
     const std::uint32_t packets = progress.highestId - m_start.highestId;
-    if (packets >= kPacketsForPace)
-        m_perPacket = (progress.lastAdvance - m_start.lastAdvance) / packets;
-    if (progress.endId <= progress.highestId)
+    if (packets < kPacketsForPace || progress.endId <= progress.highestId)
         return 0us;
-    const auto perPacket = m_perPacket;
+    const auto perPacket = (progress.lastAdvance - m_start.lastAdvance) / packets;
     const auto rest = perPacket * (progress.endId - progress.highestId);
     const std::size_t packetMemory = 2 * (progress.stepBytes + kBookkeepingBytes);
     const auto untilFull =

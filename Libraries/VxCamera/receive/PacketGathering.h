@@ -12,8 +12,7 @@ namespace receive {
 ///
 /// To be woken for each packet costs several times what receiving it costs. In the middle of a block nobody
 /// waits for the packets, only for the last one: so the receiver sleeps for half of the time that the rest of
-/// the block should take, again and again, and is awake when the end comes. Until a block's pace is known, it
-/// counts as coming like the one before.
+/// the block should take, again and again, and is awake when the end comes.
 ///
 /// Owner:  StreamReceiver, by value.
 /// Thread: one. Time is an argument.
@@ -39,8 +38,7 @@ public:
 private:
     std::size_t m_socketBufferBytes = 0;
     bool m_hasStart = false;
-    Progress m_start;             // of the block, from where its pace is measured
-    Time::duration m_perPacket{}; // the pace; 0: not known
+    Progress m_start; // of the block, from where its pace is measured
 };
 
 } // namespace receive
