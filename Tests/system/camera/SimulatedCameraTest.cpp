@@ -191,6 +191,32 @@ TEST_F(SimulatedCameraTest, DiscoveryListsItAndItsMacAddressConnects)
     EXPECT_EQ(m_link.stream.GetLocalIPAddress(), kAddress);
 }
 
+TEST_F(SimulatedCameraTest, RecordsOfASearchStayValidUntilTheNextOne)
+{
+    StartCamera();
+    VxSystem system;
+    system.SetDetectionTimeout(500);
+    ASSERT_TRUE(system.Find().IsOK());
+    ASSERT_EQ(system.GetInterfaceCount(), 1u);
+    const VxInterface* const loopback = system.GetInterface(0);
+    ASSERT_EQ(loopback->GetDeviceCount(), 1u);
+    const VxDeviceInfo* const info = loopback->GetDeviceInfo(0);
+
+    m_camera.Stop();
+    VxSystem other;
+    other.SetDetectionTimeout(100);
+    ASSERT_TRUE(other.Find().IsOK());
+
+    EXPECT_EQ(info->GetModelName(), "SimulatedCamera"); // what was found, though it is gone
+    EXPECT_EQ(info->GetIPAddress(), kAddress);
+    EXPECT_EQ(system.GetInterface(0), loopback);
+    EXPECT_EQ(loopback->GetDeviceInfo(0), info);
+    system.SetDetectionTimeout(100);
+    ASSERT_TRUE(system.Find().IsOK());
+    ASSERT_EQ(system.GetInterfaceCount(), 1u);
+    EXPECT_EQ(system.GetInterface(0)->GetDeviceCount(), 0u);
+}
+
 TEST_F(SimulatedCameraTest, ACameraThatVanishesIsNoticedAndEverythingEnds)
 {
     StartAll();
