@@ -290,9 +290,11 @@ int main(int argc, char** argv)
     for (const Work& work : Works()) {
         RegisterWork(work);
         table.AddWork(work.name, CopyName(work.targetCode));
-        if (work.openCvType >= 0) // the time is chosen: where a copy of the result takes 0.12 ms
+        // Chosen: two equally fast ones differ by less from run to run; the time is for a machine where a
+        // copy of the result takes 0.12 ms.
+        if (work.openCvType >= 0)
             MedianTable::AddGoal(work.name,
-                                 work.name == "BayerRG8_to_BGR8" ? "1 x OpenCV, 0.8 ms" : "1 x OpenCV");
+                                 work.name == "BayerRG8_to_BGR8" ? "1.05 x OpenCV, 0.8 ms" : "1.05 x OpenCV");
     }
     benchmark::RunSpecifiedBenchmarks(&table);
     benchmark::Shutdown();
