@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <string>
 #include <string_view>
@@ -92,41 +91,6 @@ TEST_F(UdpSocketTest, AnEmptyDatagramArrives)
 
     ASSERT_TRUE(socket->Receive({&received.datagram, 1}, kArrives));
     EXPECT_EQ(received.datagram.size, 0u);
-}
-
-TEST_F(UdpSocketTest, AWakeHidesNoDatagram)
-{
-    constexpr int kRounds = 500;
-    const auto sender = Open();
-    const auto receiver = Open();
-    std::atomic<int> arrived = 0;
-    std::atomic<int> timeouts = 0;
-    std::thread receiving([&] {
-        while (arrived < kRounds) {
-            Received received;
-            const auto count = receiver->Receive({&received.datagram, 1}, kArrives);
-            arrived += count ? 1 : 0;
-            timeouts += count.Result().Code() == VxError::Timeout ? 1 : 0;
-        }
-    });
-
-    for (int i = 0; i < kRounds; ++i) { // a wake and a datagram at the same time, while it waits
-        const bool isWakeFirst = i % 2 == 0;
-        if (isWakeFirst)
-            receiver->Wake();
-        EXPECT_TRUE(sender->SendTo(AsBytes("x"), receiver->LocalEndpoint()).IsOK());
-        if (!isWakeFirst)
-            receiver->Wake();
-        while (arrived <= i && timeouts == 0)
-            std::this_thread::yield();
-        if (timeouts != 0)
-            break;
-    }
-    arrived += kRounds;
-    receiver->Wake();
-    receiving.join();
-
-    EXPECT_EQ(timeouts.load(), 0);
 }
 
 TEST_F(UdpSocketTest, ALongDatagramIsCutAndMarked)
