@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Counts the test cases of build folders after CTest ran, names what failed, and prints the last line.
 
-usage: test-summary.py [--only PATTERN] BUILD_FOLDER...
+usage: test-summary.py [--only PATTERN] BUILD_FOLDER[=PATTERN]...
 
 A case is one GoogleTest case (or one case of a Python script), read from test-results/NAME.xml; a CTest
 entry that writes no such file counts as one case. A program that crashed, was not built, wrote no results
 or ended with an error after its last case counts as a failure, and so does a case that was skipped.
+With a pattern behind its name only the entries of a folder that fit it count.
 Ends with 0 only if something passed and nothing failed.
 """
 
@@ -82,20 +83,22 @@ def judge(status, path):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--only", default="")
-    parser.add_argument("folders", nargs="+", type=pathlib.Path)
+    parser.add_argument("folders", nargs="+")
     arguments = parser.parse_args()
 
     passed, failed = 0, 0
-    for folder in arguments.folders:
+    for each in arguments.folders:
+        name_of_folder, _, pattern = each.partition("=")
+        folder = pathlib.Path(name_of_folder)
         statuses = statuses_of(folder)
         for name, path in entries_of(folder):
-            if not re.search(arguments.only, name):
+            if not re.search(pattern or arguments.only, name):
                 continue
             good, bad = judge(statuses.get(name), path)
             passed += good
             failed += len(bad)
-            for each in bad:
-                print(f"FAILED: {folder.name}: {name}: {each}")
+            for reason in bad:
+                print(f"FAILED: {folder.name}: {name}: {reason}")
     print(f"{passed} passed, {failed} failed")
     return 0 if passed and not failed else 1
 

@@ -26,7 +26,7 @@ def writes(more="", after=""):
 
 
 class TestSummaryTest(unittest.TestCase):
-    def summary_of(self, programs, *options):
+    def summary_of(self, programs, *options, pattern=""):
         """Runs programs (name: shell text, or None for one that was not built) by CTest.
 
         @return  exit code and printed lines
@@ -47,7 +47,7 @@ class TestSummaryTest(unittest.TestCase):
             (folder / "CTestTestfile.cmake").write_text("\n".join(lines), encoding="utf-8")
             subprocess.run(["ctest", "--test-dir", folder, "--output-junit", folder / "tests-unit.xml"],
                            capture_output=True, check=False)
-            done = subprocess.run([sys.executable, SCRIPT, *options, folder],
+            done = subprocess.run([sys.executable, SCRIPT, *options, f"{folder}={pattern}" if pattern else folder],
                                   capture_output=True, text=True, check=False)
             return done.returncode, done.stdout.splitlines()
 
@@ -93,6 +93,11 @@ class TestSummaryTest(unittest.TestCase):
     def test_counts_only_what_was_asked_for(self):
         self.assertEqual(self.summary_of({"A": writes(), "B": writes(FAILED_CASE, "exit 1")}, "--only", "^A"),
                          (0, ["2 passed, 0 failed"]))
+
+    def test_counts_only_what_a_folder_is_asked_for(self):
+        self.assertEqual(self.summary_of({"A": writes(), "B": None}, pattern="^A$"), (0, ["2 passed, 0 failed"]))
+        self.assertEqual(self.summary_of({"A": None, "B": writes()}, pattern="^A$"),
+                         (1, ["FAILED: linux: A: was not run", "0 passed, 1 failed"]))
 
     def test_ends_with_an_error_when_nothing_ran(self):
         self.assertEqual(self.summary_of({}), (1, ["0 passed, 0 failed"]))
