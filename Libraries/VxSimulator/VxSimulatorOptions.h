@@ -62,8 +62,9 @@ struct VxSimulatorOptions {
     double frameRateHz = 25;                ///< 0.1 to 1000
     std::uint32_t linkSpeedMbps = 1000;     ///< packets are not sent faster
     /// Packets that are due at the same moment go to the system in one call, where it takes them so. It may
-    /// then hand them to a receiver as a real network card does: many at once.
-    bool isSendingRuns = true;
+    /// then hand them to a receiver as a real network card does: many at once. Loopback hands such a run as
+    /// one long packet to programs that listen below UDP, which no camera's packets look like there.
+    bool isSendingRuns = false;
     std::optional<std::uint64_t>
         frameLimit;             ///< after so many frames the camera sends no more; none: without end
     bool hasSources = true;     ///< whether the feature list has SourceSelector

@@ -91,8 +91,9 @@ void AddCameraOptions(CLI::App& app, Texts& texts, VxSimulatorOptions& camera)
         ->type_name("MBITS")
         ->capture_default_str();
     app.add_flag(
-        "--single-sends", [&camera](std::int64_t) { camera.isSendingRuns = false; },
-        "Give the system each packet alone, as a receiver without a network card that collects gets them");
+        "--send-runs", camera.isSendingRuns,
+        "Give the system packets that are due together in one call: a receiver may get them as from a "
+        "network card that collects");
     app.add_option("--frames", camera.frameLimit, "Send no more than this many frames, then stay silent")
         ->type_name("NUMBER");
 }

@@ -40,7 +40,7 @@ TEST(CommandLineTest, WithoutArgumentsItIsACameraOnLoopback)
     EXPECT_TRUE(parsed->camera.hasSources);
     EXPECT_FALSE(parsed->camera.mac);
     EXPECT_FALSE(parsed->camera.frameLimit);
-    EXPECT_TRUE(parsed->camera.isSendingRuns);
+    EXPECT_FALSE(parsed->camera.isSendingRuns);
     EXPECT_FALSE(parsed->camera.faults.vanishAfterFrames);
 }
 
@@ -48,8 +48,7 @@ TEST(CommandLineTest, TakesThePicturesSettings)
 {
     const auto parsed =
         Parse({"--address", "127.0.0.3", "--port", "4000", "--width", "1280", "--height", "720", "--format",
-               "BayerRG8", "--fps", "29.97", "--link-speed", "10000", "--single-sends",
-               "--frames", "5"});
+               "BayerRG8", "--fps", "29.97", "--link-speed", "10000", "--send-runs", "--frames", "5"});
 
     ASSERT_TRUE(parsed);
     EXPECT_EQ(parsed->camera.address, Ipv4Address(127, 0, 0, 3));
@@ -59,7 +58,7 @@ TEST(CommandLineTest, TakesThePicturesSettings)
     EXPECT_EQ(parsed->camera.pixelFormat, 0x01080009u);
     EXPECT_EQ(parsed->camera.frameRateHz, 29.97);
     EXPECT_EQ(parsed->camera.linkSpeedMbps, 10000u);
-    EXPECT_FALSE(parsed->camera.isSendingRuns);
+    EXPECT_TRUE(parsed->camera.isSendingRuns);
     EXPECT_EQ(parsed->camera.frameLimit, 5u);
 }
 
