@@ -18,7 +18,8 @@ PAUSE = 0.5              # seconds: a camera that has just been ended, or is abo
 HD = {"width": 1920, "height": 1080}
 FULL_SPEED = 100000      # Mbit/s: far more than a processor can send
 USUAL_SPEED = 1000       # Mbit/s: what most cameras have
-SINGLE = "--single-sends"
+RUNS = "--send-runs"
+SMALL_FPS = 1000         # the most that the simulated camera does
 FAKE = {"width": 2048, "height": 2048}  # the largest picture of the independent camera
 
 HOW_SENT = """
@@ -49,13 +50,6 @@ class Camera:
         time.sleep(PAUSE)
 
 
-def busy_seconds():
-    """Of all processors together, since the machine was started."""
-    numbers = [int(n) for n in pathlib.Path("/proc/stat").read_text(encoding="ascii").split("\n")[0].split()[1:]]
-    idle = numbers[3] + numbers[4]
-    return (sum(numbers[:8]) - idle) / 100
-
-
 class Bench:
     def __init__(self, build, quick):
         self.build = pathlib.Path(build)
@@ -70,15 +64,13 @@ class Bench:
         return Camera(["arv-fake-gv-camera-0.8", "-i", "127.0.0.1"])
 
     def receive(self, who, **order):
-        """What the measuring program says, and the whole machine's seconds of work meanwhile."""
-        before = busy_seconds()
+        """What the measuring program says."""
         run = subprocess.run([str(self.build / "bench-streams/StreamMeasurement"), who,
                               *(f"{name}={value}" for name, value in order.items())],
                              capture_output=True, text=True, timeout=300, check=False)
         if run.returncode != 0 or not run.stdout:
             raise RuntimeError(f"{who} {order}: {run.stderr.strip()}")
         result = json.loads(run.stdout)
-        result["machine_s"] = busy_seconds() - before
         result["counts"] = run.stderr.strip()
         print(f"  {who} {order}: {run.stdout.strip()} | {result['counts']}", file=sys.stderr)
         return result
@@ -95,8 +87,8 @@ class Bench:
 
     def cpu(self):
         frames = 100 if self.quick else 400
-        cases = [("simulated camera, sends runs", lambda: self.simulator(HD, 100), {**HD, "fps": 100}),
-                 ("simulated camera, single sends", lambda: self.simulator(HD, 100, SINGLE), {**HD, "fps": 100}),
+        cases = [("simulated camera, sends runs", lambda: self.simulator(HD, 100, RUNS), {**HD, "fps": 100}),
+                 ("simulated camera, single sends", lambda: self.simulator(HD, 100), {**HD, "fps": 100}),
                  ("arv-fake-gv-camera", self.fake, {**FAKE, "fps": 25})]
         for name, camera, order in cases:
             for packet in (1500, 9000):
@@ -116,8 +108,8 @@ class Bench:
                 self.add(f"frames complete:          {title}", share_of(results["ours"]), share_of(results["aravis"]))
 
     def highest_rate(self):
-        cameras = [("simulated camera, sends runs", lambda fps: self.simulator(HD, fps), HD, 25.0),
-                   ("simulated camera, single sends", lambda fps: self.simulator(HD, fps, SINGLE), HD, 25.0),
+        cameras = [("simulated camera, sends runs", lambda fps: self.simulator(HD, fps, RUNS), HD, 25.0),
+                   ("simulated camera, single sends", lambda fps: self.simulator(HD, fps), HD, 25.0),
                    ("arv-fake-gv-camera", lambda fps: self.fake(), FAKE, 10.0)]
         for name, camera, size, slowest in cameras:
             for packet in (1500, 9000):
@@ -162,12 +154,25 @@ class Bench:
                 self.add(f"added latency, median / 99 %, ms: {title}",
                          *(f"{added[who][0]:.1f} / {added[who][1]:.1f}" for who in ("ours", "aravis")))
 
+    def memory(self):
+        """Small pictures, so that many come soon."""
+        frames = 10_000 if self.quick else 100_000
+        size = {"width": 128, "height": 96}
+        results = self.both(lambda: self.simulator(size, SMALL_FPS), packet=1500, frames=frames, fps=SMALL_FPS, **size)
+        held = {}
+        for who, result in results.items():
+            early, late = result["memory_kib"]
+            held[who] = f"{late - early:+d} of {early}"
+        self.add(f"resident memory from frame {frames // 10} to {frames}, KiB", held["ours"], held["aravis"])
+        self.add(f"frames complete of these {frames}", share_of(results["ours"]), share_of(results["aravis"]))
+
     def delivery(self):
         run = subprocess.run([str(self.build / "bench-streams/DeliveryLatency")], capture_output=True, text=True,
                              timeout=120, check=True)
         result = json.loads(run.stdout)
         print(f"  delivery: {run.stdout.strip()}", file=sys.stderr)
-        self.add("from the last packet sent to the consumer, us: median", f"{result['median_us']:.0f}", "-")
+        arrived = f"{result['frames']} of {result['of']} frames"
+        self.add(f"from the last packet sent to the consumer, us: median, {arrived}", f"{result['median_us']:.0f}", "-")
         self.add("from the last packet sent to the consumer, us: 99.9 %", f"{result['p999_us']:.0f}", "-")
 
 
@@ -190,7 +195,7 @@ def main():
         return 2
     bench = Bench(sys.argv[1], "--quick" in sys.argv)
     failed = 0
-    for part in (bench.cpu, bench.highest_rate, bench.losses, bench.delivery):
+    for part in (bench.cpu, bench.highest_rate, bench.losses, bench.memory, bench.delivery):
         try:
             part()
         except (RuntimeError, OSError, ValueError, subprocess.SubprocessError) as error:

@@ -1,13 +1,19 @@
-// Receives a stream with one receiver and prints one line of JSON: what it cost, what arrived, and how late.
+// Receives a stream with one receiver and prints one line of JSON: what it cost this program and the machine,
+// what arrived, how late, and how much memory it held early and at the end.
+//
 // Usage: StreamMeasurement ours|aravis NAME=VALUE...   (address, packet, width, height, fps, frames)
 
 #include "ReceiverRun.h"
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -26,6 +32,31 @@ double CpuSeconds()
         return static_cast<double>(time.tv_sec) + kMicro * static_cast<double>(time.tv_usec);
     };
     return seconds(use.ru_utime) + seconds(use.ru_stime);
+}
+
+/// @return  of all processors together, since the machine was started
+double MachineBusySeconds()
+{
+    std::ifstream file("/proc/stat");
+    std::string name;
+    std::array<double, 8> ticks{}; // user, nice, system, idle, waiting, interrupts, soft interrupts, stolen
+    file >> name;
+    for (double& each : ticks)
+        file >> each;
+    const double busy =
+        ticks[0] + ticks[1] + ticks[2] + ticks[5] + ticks[6] + ticks[7]; // neither idle nor waiting
+    return busy / static_cast<double>(::sysconf(_SC_CLK_TCK));
+}
+
+/// @return  what this process holds of the machine's memory
+long ResidentKib()
+{
+    std::ifstream file("/proc/self/statm");
+    long total = 0;
+    long resident = 0;
+    file >> total >> resident;
+    constexpr long kBytesPerKib = 1024;
+    return resident * (::sysconf(_SC_PAGESIZE) / kBytesPerKib);
 }
 
 std::uint64_t HostNowNs()
@@ -75,15 +106,26 @@ ReceiverOrder ReadOrder(int argc, char** argv)
     return order;
 }
 
+/// @return  the frames from one block to a later one; block ids of 16 bits begin again at 1
+std::uint64_t FramesBetween(std::uint64_t earlier, std::uint64_t later)
+{
+    constexpr std::uint64_t kLargestId = 0xFFFF;
+    if (later >= earlier)
+        return later - earlier;
+    return earlier <= kLargestId && earlier - later > kLargestId / 2 ? later + kLargestId - earlier : 0;
+}
+
 struct Outcome {
     std::uint64_t complete = 0;
     std::uint64_t incomplete = 0;
     std::uint64_t bytes = 0;
-    std::uint64_t firstId = 0;
-    std::uint64_t lastId = 0;
+    std::uint64_t frames = 0; // sent meanwhile, by their ids
     double cpuSeconds = 0;
+    double machineSeconds = 0;
     double seconds = 0;
     std::vector<double> latenciesMs; // from the camera's timestamp to the consumer, of complete frames
+    long earlyKib = 0;               // resident after a tenth of the frames
+    long lateKib = 0;                // resident at the end
 };
 
 Outcome Measure(IMeasuredReceiver& receiver, const ReceiverOrder& order)
@@ -93,13 +135,21 @@ Outcome Measure(IMeasuredReceiver& receiver, const ReceiverOrder& order)
     for (std::uint64_t i = 0; i < kUnmeasuredFrames && receiver.Next(frame, kPatience); ++i) {
     }
     Outcome outcome;
-    outcome.firstId = frame.blockId;
-    outcome.lastId = frame.blockId;
+    std::uint64_t lastId = frame.blockId;
+    outcome.latenciesMs.assign(order.frames, 0); // so that its memory is there before any is counted
+    outcome.latenciesMs.clear();
     const double cpuBefore = CpuSeconds();
+    const double machineBefore = MachineBusySeconds();
     const auto begin = Clock::now();
-    while (outcome.lastId - outcome.firstId < order.frames && receiver.Next(frame, kPatience)) {
+    while (outcome.frames < order.frames && receiver.Next(frame, kPatience)) {
         constexpr double kMsPerNs = 1e-6;
-        outcome.lastId = std::max(outcome.lastId, frame.blockId);
+        constexpr std::uint64_t kTenth = 10;
+        if (const std::uint64_t further = FramesBetween(lastId, frame.blockId); further > 0) {
+            outcome.frames += further;
+            lastId = frame.blockId;
+        }
+        if (outcome.earlyKib == 0 && outcome.frames >= order.frames / kTenth)
+            outcome.earlyKib = ResidentKib();
         if (!frame.isComplete) {
             ++outcome.incomplete;
             continue;
@@ -111,6 +161,8 @@ Outcome Measure(IMeasuredReceiver& receiver, const ReceiverOrder& order)
                                       kMsPerNs);
     }
     outcome.cpuSeconds = CpuSeconds() - cpuBefore;
+    outcome.machineSeconds = MachineBusySeconds() - machineBefore;
+    outcome.lateKib = ResidentKib();
     outcome.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
     std::ranges::sort(outcome.latenciesMs);
     return outcome;
@@ -144,11 +196,12 @@ int main(int argc, char** argv)
     std::fprintf(stderr, "%s\n", receiver->Counts().c_str());
     std::printf(
         "{\"frames\": %llu, \"complete\": %llu, \"incomplete\": %llu, \"bytes\": %llu, \"cpu_s\": %.6f, "
-        "\"seconds\": %.6f, \"latency_ms\": [%.4f, %.4f, %.4f]}\n",
-        static_cast<unsigned long long>(outcome.lastId - outcome.firstId),
-        static_cast<unsigned long long>(outcome.complete),
+        "\"machine_s\": %.2f, \"seconds\": %.6f, \"latency_ms\": [%.4f, %.4f, %.4f], "
+        "\"memory_kib\": [%ld, %ld]}\n",
+        static_cast<unsigned long long>(outcome.frames), static_cast<unsigned long long>(outcome.complete),
         static_cast<unsigned long long>(outcome.incomplete), static_cast<unsigned long long>(outcome.bytes),
-        outcome.cpuSeconds, outcome.seconds, Quantile(outcome.latenciesMs, 0.5),
-        Quantile(outcome.latenciesMs, 0.99), Quantile(outcome.latenciesMs, 0.999));
+        outcome.cpuSeconds, outcome.machineSeconds, outcome.seconds, Quantile(outcome.latenciesMs, 0.5),
+        Quantile(outcome.latenciesMs, 0.99), Quantile(outcome.latenciesMs, 0.999), outcome.earlyKib,
+        outcome.lateKib);
     return 0;
 }
