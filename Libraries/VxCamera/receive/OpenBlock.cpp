@@ -192,6 +192,7 @@ bool OpenBlock::FitStep(std::uint32_t packetId, std::size_t bytes, Time now)
         return false;
     // The only packet so far is the shorter one, so it was cut. Its bytes, at the very beginning, do no harm.
     Withdraw(1, m_payloadBytes, now);
+    m_shortId = 0;
     m_stepBytes = bytes;
     return true;
 }

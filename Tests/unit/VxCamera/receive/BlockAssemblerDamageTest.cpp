@@ -63,6 +63,22 @@ TEST_F(BlockAssemblerDamageTest, TheLastPacketCutShortIsMissingInWhateverOrderTh
     }
 }
 
+TEST_F(BlockAssemblerDamageTest, AFirstPacketOfWhichLittleIsLeftCanBeRepaired)
+{
+    std::uint64_t id = 0;
+    for (const std::size_t left : {1, 20, 63, 64, 65, 499}) {
+        auto packets = m_stream.Block(++id);
+        const Packet whole = packets[1];
+        packets[1].resize(gvsp::HeaderBytes(m_stream.idMode) + left);
+        SendAll(packets);
+        ASSERT_EQ(m_sink.delivered.size(), id - 1) << "it may be sent again";
+        Send(whole);
+
+        ExpectPicture(id - 1, id);
+        EXPECT_EQ(m_counters.packetsWrongSize.Value(), id) << left;
+    }
+}
+
 /// Mono12p with lines of 961.5 bytes, which cameras round up or do not.
 class PackedLinesTest : public BlockAssemblerFixture {
 protected:
