@@ -46,6 +46,10 @@ void OpenBlock::Forget()
     m_payloadPackets = 0;
     m_withdrawnPackets = 0;
     m_payloadBytes = 0;
+    m_pictureBytes = 0;
+    m_earlyPieces.clear();
+    m_lastPiece = {};
+    m_cutPiece = {};
     m_highestId = 0;
     m_shortId = 0;
     m_shortBytes = 0;
@@ -84,8 +88,10 @@ OpenBlock::Effect OpenBlock::OnLeader(const BlockGeometry& geometry, Time now)
         Forget(); // another block under the same id, or not the kind that it was taken for without its leader
     m_geometry = geometry;
     m_hasLeader = true;
+    CountEarlyPieces();
     Follow(0, now);
     WithdrawCutEnd(now);
+    WithdrawCutPiece(now);
     return Effect::Stored;
 }
 
@@ -169,10 +175,65 @@ OpenBlock::Effect OpenBlock::OnPartPayload(std::uint32_t packetId, std::span<con
         return Effect::Malformed;
     if (packetId > kMostPackets)
         return Effect::OutOfRange;
-    if (part->partId == *PartId() && part->offsetBytes < Capacity())
-        Store(static_cast<std::size_t>(part->offsetBytes), part->data); // below the capacity
+    if (part->partId == *PartId()) {
+        if (part->offsetBytes < Capacity())
+            Store(static_cast<std::size_t>(part->offsetBytes), part->data); // below the capacity
+        FollowPiece({packetId, part->offsetBytes, part->data.size()});
+    }
     Count(packetId, now);
+    WithdrawCutPiece(now);
     return Effect::Stored;
+}
+
+/// Keeps account of what is here of the picture's lines, and of where a packet may have been cut.
+void OpenBlock::FollowPiece(const Piece& piece)
+{
+    if (m_hasLeader)
+        m_pictureBytes += PictureBytesOf(piece);
+    else
+        m_earlyPieces.push_back(piece);
+    if (piece.packetId < m_lastPiece.packetId)
+        return;
+    const bool isNext =
+        m_lastPiece.packetId != 0 && piece.packetId == m_lastPiece.packetId + std::uint64_t{1};
+    if (isNext && piece.offset > m_lastPiece.End())
+        m_cutPiece = m_lastPiece;
+    m_lastPiece = piece;
+}
+
+/// How much of a piece lies in the lines, of which the leader tells. What a part announces behind them must
+/// not make up for what is missing in them.
+std::size_t OpenBlock::PictureBytesOf(const Piece& piece) const
+{
+    const std::uint64_t end = m_geometry.leastImageBytes;
+    return piece.offset < end
+               ? static_cast<std::size_t>(std::min<std::uint64_t>(piece.bytes, end - piece.offset))
+               : 0;
+}
+
+void OpenBlock::CountEarlyPieces()
+{
+    for (const Piece& piece : m_earlyPieces)
+        m_pictureBytes += PictureBytesOf(piece);
+    m_earlyPieces.clear();
+}
+
+/// Packets of a multi-part block may have any length and come with any offset. So none counts as cut before
+/// all of them are here and do not make the picture; then it is the one behind which there is a hole.
+void OpenBlock::WithdrawCutPiece(Time now)
+{
+    if (!PartId() || !IsStored() || !HasAllPackets())
+        return;
+    const bool isWhole = m_pictureBytes >= m_geometry.leastImageBytes;
+    if (isWhole || m_geometry.IsJoined(m_payloadBytes))
+        return;
+    const Piece cut = m_cutPiece.packetId != 0 ? m_cutPiece : m_lastPiece;
+    m_cutPiece = {};
+    const bool isHere = cut.packetId != 0 && m_received.IsSet(cut.packetId); // no piece has an id above all
+    if (!isHere || cut.End() >= m_geometry.leastImageBytes)
+        return;
+    Withdraw(cut.packetId, cut.offset < Capacity() ? cut.bytes : 0, now);
+    m_pictureBytes -= PictureBytesOf(cut);
 }
 
 /// Learns the step from the packets.
@@ -308,6 +369,7 @@ OpenBlock::Effect OpenBlock::OnTrailer(std::uint32_t packetId, std::span<const s
     WithdrawBehindTrailer(now);
     m_missing.EndAt(packetId);
     WithdrawCutEnd(now);
+    WithdrawCutPiece(now);
     return Effect::Stored;
 }
 
@@ -338,7 +400,8 @@ bool OpenBlock::IsPictureWhole() const
     if (!m_hasLeader || !IsStored() || m_geometry.payloadType.HasChunks() || m_missing.IsOverfull())
         return false;
     if (PartId())
-        return m_missing.IsEmpty() && m_payloadBytes >= m_geometry.imageBytes;
+        return m_missing.IsEmpty() && m_payloadBytes >= m_geometry.imageBytes &&
+               m_pictureBytes >= m_geometry.leastImageBytes;
     if (m_stepBytes == 0)
         return false;
     // Packets behind the picture do not count, however many came.
@@ -410,7 +473,9 @@ std::uint64_t OpenBlock::PacketsMissing() const
 /// The leader announces the largest picture; the trailer tells how many lines there really were.
 BlockGeometry OpenBlock::GeometryAsSent() const
 {
-    const bool isShorter = m_trailerHeightPx > 0 && m_trailerHeightPx < m_geometry.heightPx;
+    // The trailer of a multi-part block does not tell it.
+    const bool isShorter =
+        !m_geometry.partId && m_trailerHeightPx > 0 && m_trailerHeightPx < m_geometry.heightPx;
     if (m_geometry.code != VxError::Ok || !isShorter || m_payloadBytes >= m_geometry.imageBytes)
         return m_geometry;
     return WithHeight(m_geometry, m_trailerHeightPx);
@@ -435,7 +500,8 @@ VxError OpenBlock::Code(const BlockGeometry& sent) const
         return CodeOfChunkData();
     if (IsJoined(sent))
         return VxError::NotSupported;
-    return m_payloadBytes >= sent.leastImageBytes ? VxError::Ok : VxError::MissingPackets;
+    const std::size_t bytes = PartId() ? m_pictureBytes : m_payloadBytes;
+    return bytes >= sent.leastImageBytes ? VxError::Ok : VxError::MissingPackets;
 }
 
 /// Whether the lines of the picture run together, so that it cannot be read by lines.

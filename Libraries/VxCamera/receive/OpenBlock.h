@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace receive {
 
@@ -121,6 +122,15 @@ public:
     [[nodiscard]] std::uint64_t WithdrawnPackets() const { return m_withdrawnPackets; }
 
 private:
+    /// What a packet of a multi-part block brought of the picture's part.
+    struct Piece {
+        std::uint32_t packetId = 0; ///< 0: none
+        std::uint64_t offset = 0;
+        std::size_t bytes = 0;
+
+        [[nodiscard]] std::uint64_t End() const { return offset + bytes; } // offsets have 48 bits
+    };
+
     [[nodiscard]] std::size_t Capacity() const { return m_buffer != nullptr ? m_buffer->memory.size() : 0; }
     [[nodiscard]] std::optional<std::uint8_t> PartId() const;
     Effect OnPlainPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now);
@@ -133,6 +143,10 @@ private:
     void WithdrawBehindTrailer(Time now);
     [[nodiscard]] bool IsCutEnd(std::uint32_t packetId, std::size_t bytes) const;
     void WithdrawCutEnd(Time now);
+    void FollowPiece(const Piece& piece);
+    [[nodiscard]] std::size_t PictureBytesOf(const Piece& piece) const;
+    void CountEarlyPieces();
+    void WithdrawCutPiece(Time now);
     void Follow(std::uint32_t packetId, Time now);
     [[nodiscard]] bool HasAllPackets() const;
     [[nodiscard]] std::uint64_t EndOfLast(std::uint64_t packetId) const;
@@ -152,8 +166,12 @@ private:
     std::size_t m_stepBytes = 0;
     std::uint64_t m_payloadPackets = 0;
     std::uint64_t m_withdrawnPackets = 0;
-    std::size_t m_payloadBytes = 0; // of the picture's part
-    std::uint32_t m_highestId = 0;  // of the payload packets stored
+    std::size_t m_payloadBytes = 0;   // of the picture's part
+    std::size_t m_pictureBytes = 0;   // of a multi-part block: the same without what lies behind the lines
+    std::vector<Piece> m_earlyPieces; // of a multi-part block: came before the leader; memory is kept
+    Piece m_lastPiece;                // with the highest id
+    Piece m_cutPiece;                 // the next id does not begin where this one ends
+    std::uint32_t m_highestId = 0;    // of the payload packets stored
     std::uint32_t m_shortId =
         0; // of the one that is shorter than the step, which only the last may be; 0 = none
     std::size_t m_shortBytes = 0;

@@ -185,8 +185,85 @@ TEST_F(BlockAssemblerPayloadTest, APartThatIsCutIsNotGood)
     Send(bytes::FromHex("0000 0001 07 000002 | 01 00 000000000000 | 01020304"));
     Send(bytes::FromHex("0000 0001 07 000003 | 01 40 000000000005 | 060708"));
     Send(bytes::FromHex("0000 0001 02 000004 | 0000 000A"));
+    Wait(300ms);
 
     EXPECT_EQ(CodeOf(0), VxError::MissingPackets);
+    EXPECT_EQ(m_sink.delivered[0].info.packetsMissing, 1u);
+}
+
+/// The same with four bytes behind the picture, as parts have that end with a page of memory.
+Packet PaddedPartLeader()
+{
+    Packet leader = MultiPartLeader();
+    leader[8 + 12 + 48 + 7] = std::byte{12};
+    return leader;
+}
+
+const auto kMapPiece = bytes::FromHex("0000 0001 07 000001 | 00 40 000000000000 | EEEEEE");
+const auto kFirstPiece = bytes::FromHex("0000 0001 07 000002 | 01 00 000000000000 | 0102030405");
+const auto kLastPiece = bytes::FromHex("0000 0001 07 000003 | 01 40 000000000005 | 060708 EEEEEEEE");
+const auto kPartTrailer = bytes::FromHex("0000 0001 02 000004 | 0000 000A");
+
+Packet CutBy(Packet packet, std::size_t count)
+{
+    packet.resize(packet.size() - count);
+    return packet;
+}
+
+TEST_F(BlockAssemblerPayloadTest, WhatIsBehindAPictureDoesNotMakeUpForAPartThatIsCut)
+{
+    for (std::size_t cut = 1; cut <= 5; ++cut) {
+        SendAll({PaddedPartLeader(), kMapPiece, CutBy(kFirstPiece, cut), kLastPiece, kPartTrailer});
+        Wait(300ms);
+
+        ASSERT_EQ(m_sink.delivered.size(), cut);
+        EXPECT_EQ(CodeOf(cut - 1), VxError::MissingPackets) << cut;
+        m_assembler.Abort(); // the same id comes again
+    }
+    SendAll({PaddedPartLeader(), kMapPiece, kFirstPiece, CutBy(kLastPiece, 1), kPartTrailer});
+    EXPECT_EQ(CodeOf(5), VxError::Ok) << "nothing of the picture is missing";
+}
+
+TEST_F(BlockAssemblerPayloadTest, APartThatIsCutIsTakenWhenItComesAgain)
+{
+    SendAll({PaddedPartLeader(), kMapPiece, CutBy(kFirstPiece, 2), kLastPiece, kPartTrailer});
+    EXPECT_TRUE(m_sink.delivered.empty()) << "it may be sent again";
+    Send(kFirstPiece);
+    m_assembler.Abort();
+    SendAll({PaddedPartLeader(), kMapPiece, kFirstPiece, kPartTrailer, CutBy(kLastPiece, 5)});
+    EXPECT_EQ(m_sink.delivered.size(), 1u) << "it may be sent again";
+    Send(kLastPiece);
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    for (const auto& delivered : m_sink.delivered) {
+        EXPECT_EQ(delivered.info.code, VxError::Ok);
+        EXPECT_EQ(bytes::Copy(bytes::First(delivered.memory, 8)), bytes::FromHex("0102030405060708"));
+    }
+    EXPECT_EQ(m_counters.packetsWrongSize.Value(), 2u);
+}
+
+TEST_F(BlockAssemblerPayloadTest, PartsAreJudgedByTheirOwnLeaderHoweverLateItComes)
+{
+    const auto sendAs = [this](int blockId, std::vector<Packet> packets) {
+        for (Packet& packet : packets) {
+            packet[3] = static_cast<std::byte>(blockId); // fits
+            Send(packet);
+        }
+        Wait(300ms);
+        return m_sink.delivered.back().info.code;
+    };
+    const Packet large = PaddedPartLeader();
+    Packet small = large; // one line, and behind it what is the second one above
+    small[8 + 12 + 48 + 31] = std::byte{1};
+    const Packet cut = CutBy(kFirstPiece, 2); // less than a line
+
+    EXPECT_EQ(sendAs(1, {large, kMapPiece, kFirstPiece, kLastPiece, kPartTrailer}), VxError::Ok);
+    EXPECT_EQ(sendAs(2, {kMapPiece, kFirstPiece, kLastPiece, kPartTrailer, large}), VxError::Ok);
+    EXPECT_EQ(sendAs(3, {kMapPiece, cut, kLastPiece, kPartTrailer, small}), VxError::MissingPackets);
+    EXPECT_EQ(sendAs(4, {kMapPiece, kFirstPiece, kLastPiece, kPartTrailer, small}), VxError::Ok);
+    EXPECT_EQ(sendAs(5, {kMapPiece, cut, large, kLastPiece, kPartTrailer}), VxError::MissingPackets);
+    EXPECT_EQ(sendAs(6, {kMapPiece, cut, small, kLastPiece, kPartTrailer}), VxError::MissingPackets);
+    EXPECT_EQ(m_sink.delivered.size(), 6u);
 }
 
 TEST_F(BlockAssemblerPayloadTest, PartsOutsideTheBufferAreNotWritten)
