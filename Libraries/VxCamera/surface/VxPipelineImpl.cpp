@@ -100,13 +100,13 @@ VxResult VxPipelineImpl::Allocate(std::size_t count, std::size_t bytes)
     std::erase_if(m_slots, [](const auto& slot) { return slot->place != Place::HandedOut; });
     m_free.clear();
     m_ready.clear();
-    m_allocatedBytes = bytes;
     const std::size_t kept = m_slots.size();
     m_slots.reserve(kept + count);
     m_free.reserve(kept + count);
     m_ready.reserve(kept + count);
     for (std::size_t i = 0; i < count; ++i) {
         auto slot = std::make_unique<Slot>();
+        slot->startBytes = bytes;
         if (VxResult reserved = slot->Reserve(bytes); !reserved.IsOK())
             return reserved;
         m_free.push_back(slot.get());
@@ -220,14 +220,14 @@ std::size_t VxPipelineImpl::GrownBytes() const
 {
     std::size_t grown = 0;
     for (const auto& slot : m_slots)
-        grown += slot->memory.size() - std::min(slot->memory.size(), m_allocatedBytes);
+        grown += slot->GrownBytes(slot->memory.size());
     return grown;
 }
 
 VxPipelineImpl::Slot* VxPipelineImpl::PopGrown()
 {
     const auto found = std::ranges::find_if(
-        m_free, [this](const Slot* slot) { return slot->memory.size() > m_allocatedBytes; });
+        m_free, [](const Slot* slot) { return slot->GrownBytes(slot->memory.size()) > 0; });
     if (found == m_free.end())
         return nullptr;
     Slot* const slot = *found;
@@ -245,9 +245,8 @@ bool VxPipelineImpl::MakeRoom(const Slot& slot, std::size_t wantedBytes)
         Slot* grown = nullptr;
         {
             const VxLock lock(m_mutex);
-            const std::size_t own = slot.memory.size() - std::min(slot.memory.size(), m_allocatedBytes);
-            const std::size_t wanted = wantedBytes - std::min(wantedBytes, m_allocatedBytes);
-            if (GrownBytes() - own + wanted <= kMostGrownBytes)
+            const std::size_t others = GrownBytes() - slot.GrownBytes(slot.memory.size());
+            if (others + slot.GrownBytes(wantedBytes) <= kMostGrownBytes)
                 return true;
             grown = PopGrown();
             if (grown == nullptr)

@@ -47,6 +47,12 @@ private:
     struct Slot : receive::BlockBuffer {
         VxBuffer buffer{VxPayloadType::Image};
         Place place = Place::Free;
+        std::size_t startBytes = 0; ///< what Start gave it
+        /// How much larger than that it is with so many bytes.
+        [[nodiscard]] std::size_t GrownBytes(std::size_t bytes) const
+        {
+            return bytes > startBytes ? bytes - startBytes : 0;
+        }
         VxResult Reserve(std::size_t bytes);
         void Release();
         void Describe();
@@ -66,7 +72,6 @@ private:
     std::vector<Slot*> m_ready VX_GUARDED_BY(m_mutex); // oldest first
     std::size_t m_bufferBytes VX_GUARDED_BY(m_mutex) = 0;
     std::size_t m_bufferCount VX_GUARDED_BY(m_mutex);
-    std::size_t m_allocatedBytes VX_GUARDED_BY(m_mutex) = 0; // of each buffer, by Start
     bool m_isGrowing VX_GUARDED_BY(m_mutex) = false;
     bool m_isStarted VX_GUARDED_BY(m_mutex) = false;
 };

@@ -388,6 +388,22 @@ TEST_F(VxPipelineTest, MemoryOfBuffersThatGrewIsGivenBackForOthers)
     EXPECT_EQ(Next()->GetOperationResult().Code(), VxError::MissingPackets) << "it had a buffer";
 }
 
+TEST_F(VxPipelineTest, LargeBuffersOfAnEarlierStartDoNotCountAsGrown)
+{
+    constexpr std::uint32_t kManyBytes = 900'000'000; // three of them are more than buffers may grow
+    Start(3, kManyBytes);
+    for (std::uint64_t id = 1; id <= 3; ++id) {
+        m_stream.Put(m_packets, id);
+        ASSERT_NE(Next(), nullptr); // held
+    }
+    ASSERT_TRUE(m_pipeline.Stop().IsOK());
+    m_pipeline.SetHandleBufferTooSmall(true);
+    Start(1, kPictureBytes - 1);
+    m_stream.Put(m_packets, 4);
+
+    EXPECT_TRUE(IsPictureOf(*Next(), 4));
+}
+
 TEST_F(VxPipelineTest, NoBuffersCountAsOneAndFarTooManyAreRefused)
 {
     EXPECT_TRUE(m_pipeline.SetBufferCount(0).IsOK());
