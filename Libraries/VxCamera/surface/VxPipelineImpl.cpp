@@ -253,7 +253,8 @@ bool VxPipelineImpl::MakeRoom(const Slot& slot, std::size_t wantedBytes)
                 return false;
         }
         grown->Release();
-        // What Start gave it comes back with the next picture that is put into it.
+        // Less than was given back, so there is memory for it; if not, it comes back with the next picture.
+        std::ignore = grown->Reserve(grown->startBytes);
         GiveBack(*grown);
     }
 }

@@ -388,6 +388,33 @@ TEST_F(VxPipelineTest, MemoryOfBuffersThatGrewIsGivenBackForOthers)
     EXPECT_EQ(Next()->GetOperationResult().Code(), VxError::MissingPackets) << "it had a buffer";
 }
 
+TEST_F(VxPipelineTest, ABufferWhoseGrowthWasTakenBackHasWhatStartGaveIt)
+{
+    constexpr std::uint64_t kBuffers = 4;
+    m_pipeline.SetHandleBufferTooSmall(true);
+    Start(kBuffers);
+    StreamPackets lies = m_packets;
+    lies.leader = StreamPackets::Mono8(30'000, 30'000); // 0.9 GB
+    m_stream.socket->Put(kCamera, lies.Leader(1));
+    m_stream.socket->Put(kCamera, lies.Leader(2)); // both open at the same time
+    m_stream.Put(m_packets, 3);
+    lies.leader.heightPx = 31'000; // fits into none of them
+    for (std::uint64_t id = 1; id <= 3; ++id)
+        ASSERT_TRUE(m_pipeline.ReleaseBuffer(Next()).IsOK());
+    m_stream.socket->Put(kCamera, lies.Leader(4));
+    m_stream.Put(m_packets, 5);
+    for (std::uint64_t id = 4; id <= 5; ++id)
+        ASSERT_TRUE(m_pipeline.ReleaseBuffer(Next()).IsOK());
+
+    m_pipeline.SetHandleBufferTooSmall(false);
+    for (std::uint64_t id = 6; id < 6 + kBuffers; ++id) { // each buffer once
+        m_stream.Put(m_packets, id);
+        VxBuffer* const buffer = Next();
+        ASSERT_NE(buffer, nullptr);
+        EXPECT_TRUE(IsPictureOf(*buffer, id)) << id;
+    }
+}
+
 TEST_F(VxPipelineTest, LargeBuffersOfAnEarlierStartDoNotCountAsGrown)
 {
     constexpr std::uint32_t kManyBytes = 900'000'000; // three of them are more than buffers may grow
