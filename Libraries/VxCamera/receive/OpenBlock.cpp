@@ -377,7 +377,9 @@ OpenBlock::Effect OpenBlock::OnAllIn(std::span<const std::byte> data, Time now)
 {
     const BlockGeometry geometry = ReadGeometry(data);
     const Effect leader = OnLeader(geometry, now);
-    if (leader != Effect::Stored || !geometry.payloadType.HasImageLeader()) {
+    // One that comes again may be whole where the first one was cut.
+    const bool isWanted = leader == Effect::Stored || (leader == Effect::Duplicate && !IsDone());
+    if (!isWanted || !geometry.payloadType.HasImageLeader()) {
         m_hasTrailer = leader == Effect::Stored || m_hasTrailer; // nothing more comes
         return leader;
     }
@@ -389,7 +391,8 @@ OpenBlock::Effect OpenBlock::OnAllIn(std::span<const std::byte> data, Time now)
     payload.header.packetId = 1;
     payload.data = behindLeader.subspan(trailerBytes);
     const Effect stored = OnPayload(payload, Arrival::InDatagram, now);
-    if (stored != Effect::Stored)
+    const bool isHere = stored == Effect::Stored || stored == Effect::Duplicate;
+    if (!isHere || m_hasTrailer)
         return stored;
     constexpr std::uint32_t kTrailerId = 2; // as if they had come one by one
     return OnTrailer(kTrailerId, behindLeader.first(trailerBytes), now);

@@ -121,6 +121,25 @@ TEST_F(BlockAssemblerPayloadTest, ABlockInOnePacketThatIsCutIsNotGood)
     EXPECT_EQ(m_sink.FreeCount(), 4u);
 }
 
+TEST_F(BlockAssemblerPayloadTest, ABlockInOnePacketThatWasCutIsTakenWhenItComesAgain)
+{
+    const auto whole =
+        bytes::FromHex("0000 0007 04 000000 | 0000 0001 00000001 23456789 01080001 00000004 00000002 "
+                       "00000000 00000000 0000 0000 | 0000 0001 00000002 | 01020304 05060708");
+    std::size_t delivered = 0;
+    for (std::size_t size = 8 + 36; size < whole.size(); ++size) { // the leader is whole
+        Send(bytes::Copy(bytes::First(whole, size)));
+        ASSERT_EQ(m_sink.delivered.size(), delivered) << "it may be sent again";
+        Send(whole);
+
+        ASSERT_EQ(m_sink.delivered.size(), ++delivered) << size;
+        EXPECT_EQ(m_sink.delivered.back().info.code, VxError::Ok) << size;
+        EXPECT_EQ(bytes::Copy(bytes::First(m_sink.delivered.back().memory, 8)),
+                  bytes::FromHex("0102030405060708"));
+        m_assembler.Abort(); // the same id comes again
+    }
+}
+
 /// Two parts: a map that is no picture, and a picture of Mono8, 4 x 2 pixels.
 Packet MultiPartLeader()
 {
