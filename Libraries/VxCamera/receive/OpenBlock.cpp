@@ -247,15 +247,27 @@ bool OpenBlock::FitStep(std::uint32_t packetId, std::size_t bytes, Time now)
         m_stepBytes = std::max(bytes, kSmallestStepBytes);
         return true;
     }
-    if (bytes <= m_stepBytes)
+    if (bytes <= m_stepBytes && !IsStepTooLong(packetId, bytes))
         return true;
-    if (m_payloadPackets != 1 || m_highestId != 1)
+    // The step that the only packet so far told is replaced.
+    const bool isTold = m_highestId == 1 || m_stepBytes != m_start.stepBytes;
+    const bool isLonger = bytes > m_stepBytes;
+    if (m_payloadPackets != 1 || !m_received.IsSet(m_highestId) || (isLonger && !isTold))
         return false;
-    // The only packet so far is the shorter one, so it was cut. Its bytes, at the very beginning, do no harm.
-    Withdraw(1, m_payloadBytes, now);
+    // It was cut, or lies where the step of the block before put it. Either way the packets that belong there
+    // overwrite it.
+    Withdraw(m_highestId, m_payloadBytes, now);
     m_shortId = 0;
     m_stepBytes = bytes;
     return true;
+}
+
+/// Whether the step of the block before is longer than the packets of this one: no two that were cut have the
+/// same length.
+bool OpenBlock::IsStepTooLong(std::uint32_t packetId, std::size_t bytes) const
+{
+    const bool isOnlyOne = m_payloadPackets == 1 && m_shortId != 0 && m_shortId == m_highestId;
+    return isOnlyOne && packetId > m_shortId && bytes == m_shortBytes && bytes >= kSmallestStepBytes;
 }
 
 /// Keeps packets out that were cut: none but the last one of a block is shorter than the step.
@@ -307,8 +319,8 @@ void OpenBlock::WithdrawCutEnd(Time now)
 void OpenBlock::Store(std::size_t offset, std::span<const std::byte> data)
 {
     const auto place = m_buffer->memory.subspan(offset);
-    if (place.data() != data.data())
-        std::memcpy(place.data(), data.data(), std::min(data.size(), place.size()));
+    if (place.data() != data.data()) // may overlap what landed where the step was still another one
+        std::memmove(place.data(), data.data(), std::min(data.size(), place.size()));
     m_payloadBytes += data.size();
 }
 

@@ -136,6 +136,7 @@ private:
     Effect OnPlainPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now);
     Effect OnPartPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now);
     [[nodiscard]] bool FitStep(std::uint32_t packetId, std::size_t bytes, Time now);
+    [[nodiscard]] bool IsStepTooLong(std::uint32_t packetId, std::size_t bytes) const;
     [[nodiscard]] bool FitLength(std::uint32_t packetId, std::size_t bytes, Time now);
     void Store(std::size_t offset, std::span<const std::byte> data);
     void Count(std::uint32_t packetId, Time now);

@@ -79,6 +79,52 @@ TEST_F(BlockAssemblerDamageTest, AFirstPacketOfWhichLittleIsLeftCanBeRepaired)
     }
 }
 
+TEST_F(BlockAssemblerDamageTest, SmallerPacketsThanBeforeAreTakenAlsoWhenTheFirstOneIsLate)
+{
+    SendBlock(1);
+    m_stream.stepBytes = 300;
+    const auto packets = m_stream.Block(2);
+    Send(packets[0]);
+    for (std::size_t i = 2; i < packets.size(); ++i)
+        Send(packets[i]);
+    EXPECT_EQ(m_counters.packetsWrongSize.Value(), 0u) << "counted with the block";
+    EXPECT_EQ(m_sink.delivered.size(), 1u);
+    Send(packets[1]);
+    Send(packets[2]); // lay at the wrong place
+
+    ExpectPicture(1, 2);
+    EXPECT_EQ(m_counters.packetsWrongSize.Value(), 1u);
+}
+
+TEST_F(BlockAssemblerDamageTest, AStreamWhoseFirstPacketThatComesWasCutCanBeRepaired)
+{
+    const auto packets = m_stream.Block(1);
+    Packet cut = packets[3];
+    cut.resize(cut.size() - 100);
+    SendAll({packets[0], cut}); // 1 and 2 are lost
+    for (std::size_t i = 4; i < packets.size(); ++i)
+        Send(packets[i]);
+    SendAll({packets[1], packets[2], packets[3]});
+
+    ExpectPicture(0, 1);
+    EXPECT_EQ(m_counters.packetsWrongSize.Value(), 1u);
+}
+
+TEST_F(BlockAssemblerDamageTest, APacketThatIsTooLongDoesNotReplaceTheStepOfTheBlockBefore)
+{
+    SendBlock(1);
+    auto packets = m_stream.Block(2);
+    Packet tooLong = packets[3];
+    tooLong.push_back(std::byte{0xFF});
+    SendAll({packets[0], packets[2], tooLong}); // 1 is lost
+    for (std::size_t i = 4; i < packets.size(); ++i)
+        Send(packets[i]);
+    SendAll({packets[1], packets[3]});
+
+    ExpectPicture(1, 2);
+    EXPECT_EQ(m_counters.packetsWrongSize.Value(), 1u);
+}
+
 /// Mono12p with lines of 961.5 bytes, which cameras round up or do not.
 class PackedLinesTest : public BlockAssemblerFixture {
 protected:
