@@ -25,8 +25,8 @@ public:
     {
         return Socket()->SendTo(bytes, destination);
     }
-    VxResult SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
-                     const transport::Ipv4Endpoint& destination) override
+    std::size_t SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
+                        const transport::Ipv4Endpoint& destination) override
     {
         return Socket()->SendRun(bytes, segmentBytes, destination);
     }

@@ -28,20 +28,21 @@ public:
     /// @return  NETWORK_ERROR with the system's reason (no route, message too long, ...)
     virtual VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) = 0;
 
-    /// Sends several datagrams, in as few calls of the system as it allows; how they arrive is the same.
+    /// Sends several datagrams, in as few calls of the system as it allows; how they arrive is the same. Each
+    /// is tried, also behind one that cannot be sent.
     /// @param bytes  one datagram behind the other
     /// @param segmentBytes  length of each; the last one may be shorter. Not 0
-    /// @return  as SendTo, of the first one that fails; those behind it are not sent
-    virtual VxResult SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
-                             const Ipv4Endpoint& destination)
+    /// @return  how many of them were sent
+    virtual std::size_t SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
+                                const Ipv4Endpoint& destination)
     {
+        std::size_t sent = 0;
         while (!bytes.empty()) {
             const std::size_t size = std::min(segmentBytes, bytes.size());
-            if (auto sent = SendTo(bytes.first(size), destination); !sent.IsOK())
-                return sent;
+            sent += SendTo(bytes.first(size), destination).IsOK() ? 1 : 0;
             bytes = bytes.subspan(size);
         }
-        return VxResult::Ok();
+        return sent;
     }
 
     /// Waits for at least one datagram, then takes as many as are there and as there is room for.

@@ -100,10 +100,9 @@ void StreamSender::SendCollected(const transport::Ipv4Endpoint& destination)
 {
     if (m_run.Count() == 0)
         return;
-    if (m_socket.SendRun(m_run.Bytes(), m_run.PacketBytes(), destination).IsOK())
-        m_packetsSent += m_run.Count();
-    else
-        m_sendFailures += m_run.Count();
+    const std::size_t sent = m_socket.SendRun(m_run.Bytes(), m_run.PacketBytes(), destination);
+    m_packetsSent += sent;
+    m_sendFailures += m_run.Count() - sent;
     m_run.Clear();
 }
 

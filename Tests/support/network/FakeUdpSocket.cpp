@@ -14,6 +14,10 @@ VxResult FakeUdpSocket::SendTo(std::span<const std::byte> bytes, const transport
 {
     if (!m_sendResult.IsOK())
         return m_sendResult;
+    if (m_sendsToFailure && (*m_sendsToFailure)-- == 0) {
+        m_sendsToFailure.reset();
+        return VxResult(VxError::NetworkError, "the queue is full");
+    }
     m_peer(*this, bytes, destination);
     return VxResult::Ok();
 }

@@ -47,6 +47,8 @@ public:
 
     /// What SendTo returns from now on, instead of sending.
     void FailSending(const VxResult& result) { m_sendResult = result; }
+    /// Lets only one SendTo fail: after so many others.
+    void FailOnceAfter(std::size_t sends) { m_sendsToFailure = sends; }
 
 private:
     struct Arrival {
@@ -60,6 +62,7 @@ private:
     const Peer m_peer;
     std::deque<Arrival> m_arrivals; // by time
     VxResult m_sendResult = VxResult::Ok();
+    std::optional<std::size_t> m_sendsToFailure;
     VxResult m_receiveResult = VxResult::Ok();
     bool m_isWoken = false;
 };

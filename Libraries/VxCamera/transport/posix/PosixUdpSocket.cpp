@@ -180,23 +180,23 @@ VxResult PosixUdpSocket::SendTo(std::span<const std::byte> bytes, const Ipv4Endp
     return error == 0 ? VxResult::Ok() : SystemFailure("send to " + destination.ToString(), error);
 }
 
-VxResult PosixUdpSocket::SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
-                                 const Ipv4Endpoint& destination)
+std::size_t PosixUdpSocket::SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
+                                    const Ipv4Endpoint& destination)
 {
     // As many as older systems take, and as fit in what the system handles as one datagram.
     constexpr std::size_t kMostSegments = 64;
     constexpr std::size_t kMostBytes = 65507; // fixed by UDP over IPv4
     const std::size_t most = std::clamp<std::size_t>(kMostBytes / segmentBytes, 1, kMostSegments);
+    std::size_t sent = 0;
     while (!bytes.empty()) {
         const auto now = bytes.first(std::min(bytes.size(), most * segmentBytes));
         // A system that does not know such runs refuses, and so does one whose network is not for them.
-        if (now.size() <= segmentBytes || Send(now, segmentBytes, destination) != 0) {
-            if (auto sent = IUdpSocket::SendRun(now, segmentBytes, destination); !sent.IsOK())
-                return sent;
-        }
+        const bool isRun = now.size() > segmentBytes && Send(now, segmentBytes, destination) == 0;
+        sent += isRun ? (now.size() + segmentBytes - 1) / segmentBytes
+                      : IUdpSocket::SendRun(now, segmentBytes, destination);
         bytes = bytes.subspan(now.size());
     }
-    return VxResult::Ok();
+    return sent;
 }
 
 /// @param segmentBytes  the system makes datagrams of this length of the bytes; 0: they are one

@@ -27,8 +27,8 @@ public:
     PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Manner& manner);
 
     VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) override;
-    VxResult SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
-                     const Ipv4Endpoint& destination) override;
+    std::size_t SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
+                        const Ipv4Endpoint& destination) override;
     VxExpected<std::size_t> Receive(std::span<Datagram> datagrams,
                                     std::chrono::microseconds timeout) override;
     void Gather(std::chrono::microseconds duration) override;

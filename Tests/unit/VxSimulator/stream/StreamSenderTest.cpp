@@ -249,6 +249,20 @@ TEST_F(StreamSenderTest, CountsWhatTheSystemDoesNotSend)
     EXPECT_EQ(sender.SendFailures(), 8u);
 }
 
+TEST_F(StreamSenderTest, APacketThatTheSystemDoesNotSendKeepsNoneBehindItBack)
+{
+    auto options = Options();
+    options.isSendingRuns = true;
+    auto& sender = Sender(options);
+    m_socket.FailOnceAfter(3);
+
+    EXPECT_TRUE(sender.SendFrame(Order()));
+
+    EXPECT_EQ(m_sent.size(), 7u);
+    EXPECT_EQ(sender.PacketsSent(), 7u);
+    EXPECT_EQ(sender.SendFailures(), 1u);
+}
+
 TEST_F(StreamSenderTest, SendsNothingAfterItWasCancelled)
 {
     auto& sender = Sender();

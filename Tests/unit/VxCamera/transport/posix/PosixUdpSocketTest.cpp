@@ -74,7 +74,7 @@ protected:
     {
         for (std::size_t i = 0; i < 100 * count + 40; ++i)
             m_sent.push_back(static_cast<std::byte>(i * 7 + i / 100));
-        ASSERT_TRUE(m_sender->SendRun(m_sent, 100, m_socket->LocalEndpoint()).IsOK());
+        ASSERT_EQ(m_sender->SendRun(m_sent, 100, m_socket->LocalEndpoint()), count + 1);
     }
 
     std::unique_ptr<IUdpSocket> m_sender = Open(false);
