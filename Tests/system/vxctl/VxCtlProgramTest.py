@@ -66,12 +66,12 @@ silent_ends = []
 
 
 def vxctl(*arguments, text=None):
-    """Runs the program. Wine ends some process in thousands with 1 before its first instruction and says nothing,
-    which the program itself never does: that is forgiven once in a run, and told."""
+    """Runs the program. Under Wine, one process in thousands was seen to end with 1 and without a word, which the
+    program's own code never does: that is forgiven once in a run, and told."""
     done = run_once(arguments, text)
     if RUNNER and not silent_ends and (done.returncode, done.stdout, done.stderr) == (REFUSED, "", ""):
         silent_ends.append(arguments)
-        print(f"Wine started no program for {arguments}: once more", file=sys.stderr)
+        print(f"not a word, and 1, for {arguments}: once more", file=sys.stderr)
         done = run_once(arguments, text)
     return done
 
