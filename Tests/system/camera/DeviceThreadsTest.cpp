@@ -170,13 +170,15 @@ protected:
         const auto duration = Clock::now() - start;
 
         EXPECT_GT(duration, kDisconnectTime / 2) << "nobody waited for the camera";
-        EXPECT_LT(duration, kDisconnectTime + std::chrono::milliseconds(500)); // as much for a busy machine
+        EXPECT_LT(duration, kDisconnectLimit);
         EXPECT_FALSE(m_link.device->IsConnected());
         return answer;
     }
 
     static constexpr std::chrono::milliseconds kLong{9000};           // the longest that is believed is 10 s
     static constexpr std::chrono::milliseconds kDisconnectTime{2000}; // see Docs/Threads.md
+    // As much again for a busy machine; less than half of what the camera asks for.
+    static constexpr auto kDisconnectLimit = 2 * kDisconnectTime;
 };
 
 TEST_F(PatientDeviceTest, ADisconnectEndsTheWriteThatAnotherThreadWaitsFor)
@@ -229,7 +231,8 @@ TEST_F(PatientDeviceTest, ADisconnectEndsTheRestoringOfAConfiguration)
 TEST_F(PatientDeviceTest, ADeviceIsFreedThoughItsCameraNeedsLongToGiveControlBack)
 {
     VxSimulatorOptions options;
-    options.faults.pendingTime = kDisconnectTime + std::chrono::milliseconds(200);
+    // Long enough to tell; taking control takes as long.
+    options.faults.pendingTime = kDisconnectLimit + std::chrono::milliseconds(1000);
     options.faults.pendingAddress = bootstrap::kControlChannelPrivilege;
     DeviceThreadsTest::Start(options);
     const auto start = Clock::now();
@@ -237,7 +240,7 @@ TEST_F(PatientDeviceTest, ADeviceIsFreedThoughItsCameraNeedsLongToGiveControlBac
     m_link.device.reset();
 
     EXPECT_GT(Clock::now() - start, kDisconnectTime / 2) << "it did not wait for the camera";
-    EXPECT_LT(Clock::now() - start, kDisconnectTime + std::chrono::milliseconds(500));
+    EXPECT_LT(Clock::now() - start, kDisconnectLimit);
 }
 
 } // namespace
