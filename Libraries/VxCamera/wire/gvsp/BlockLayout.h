@@ -39,7 +39,7 @@ constexpr std::size_t kIpUdpHeaderBytes = 20 + 8;
     return blockId >= last ? 1 : blockId + 1;
 }
 
-/// @param from, to  ids of blocks, not 0
+/// @param from, to  ids of blocks, not 0; in standard mode they are taken modulo 65535, whatever they are
 /// @return  how many blocks lie between them along the shorter way round, negative when `to` is the older
 ///          one: 1 from 65535 to 1 in standard mode
 [[nodiscard]] constexpr std::int64_t BlockIdStep(std::uint64_t from, std::uint64_t to, IdMode mode)
@@ -47,7 +47,7 @@ constexpr std::size_t kIpUdpHeaderBytes = 20 + 8;
     if (mode == IdMode::Extended)
         return static_cast<std::int64_t>(to - from); // modulo 2^64; 2^63 blocks are never sent
     constexpr std::int64_t kIds = UINT16_MAX;        // 1 to 65535: 0 does not count
-    std::int64_t step = (static_cast<std::int64_t>(to) - static_cast<std::int64_t>(from)) % kIds;
+    std::int64_t step = static_cast<std::int64_t>(to % kIds) - static_cast<std::int64_t>(from % kIds);
     if (step > kIds / 2)
         step -= kIds;
     if (step < -(kIds / 2))

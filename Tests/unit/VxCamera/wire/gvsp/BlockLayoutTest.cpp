@@ -69,6 +69,12 @@ TEST(BlockLayoutTest, ExtendedStepsHaveNoWrapAt16Bits)
     EXPECT_EQ(BlockIdStep(0x100000000, 0x100000003, IdMode::Extended), 3);
 }
 
+TEST(BlockLayoutTest, StandardStepsOfExtendedIdsAreTakenModulo)
+{
+    EXPECT_EQ(BlockIdStep(0x8000'0000'0000'0000, 0x7FFF'FFFF'FFFF'FFFF, IdMode::Standard), -1);
+    EXPECT_EQ(BlockIdStep(65535ull * 7 + 3, 5, IdMode::Standard), 2);
+}
+
 TEST(BlockLayoutTest, AStepIsOneForEveryNextId)
 {
     std::uint64_t id = 1;
