@@ -20,7 +20,7 @@ struct Datagram {
 
     std::span<std::byte> memory; ///< in: borrowed; a longer datagram is cut and marked
     /// in: borrowed, kMostBodies at most, all but the last equally long; with their heads they are not longer
-    /// than memory. Empty = everything goes to memory
+    /// than memory. Empty = everything goes to memory; a socket that cannot spread so much clears them
     std::span<const std::span<std::byte>> bodies{};
     std::size_t headBytes = 0;    ///< in: of each body
     std::size_t size = 0;         ///< out: bytes received

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <utility>
@@ -49,8 +50,7 @@ void AskForReceiveBuffer(SOCKET socket, std::size_t bytes)
 }
 
 /// The options interfaceIndex and isBroadcastReceived need nothing here: Windows sends through the interface
-/// whose address a socket is bound to, and hands it what is broadcast on that interface. Datagrams are never
-/// coalesced.
+/// whose address a socket is bound to, and hands it what is broadcast on that interface.
 VxResult Configure(SOCKET socket, const UdpSocketOptions& options)
 {
     SwitchOffResetReports(socket);
@@ -91,21 +91,53 @@ VxExpected<Ipv4Endpoint> Bind(SOCKET socket, const Ipv4Endpoint& local)
 
 using Pieces = std::array<WSABUF, 2 * Datagram::kMostBodies + 1>;
 
+WSABUF ToSystem(std::span<std::byte> memory)
+{
+    return {static_cast<ULONG>(memory.size()), // a datagram's room is far below 4 GiB
+            reinterpret_cast<char*>(memory.data())};
+}
+
 /// @return  how many of the pieces are used
 DWORD SpreadOver(Pieces& pieces, const Datagram& datagram)
 {
     DWORD count = 0;
-    datagram.ForEachPiece([&](std::span<std::byte> piece) {
-        pieces[count++] = {static_cast<ULONG>(piece.size()), // a datagram's room is far below 4 GiB
-                           reinterpret_cast<char*>(piece.data())};
-    });
+    datagram.ForEachPiece([&](std::span<std::byte> piece) { pieces[count++] = ToSystem(piece); });
     return count;
+}
+
+// Fixed by UDP over IPv4: no datagram is longer, so who has room for any has room for any run.
+constexpr DWORD kMostRunBytes = 65507;
+
+// Chosen: for what is asked for, and once more.
+constexpr std::size_t kNoteBytes = 2 * WSA_CMSG_SPACE(sizeof(DWORD));
+
+/// @param notes  control messages of a datagram
+/// @return  length of the datagrams that came as this one; 0: they do not tell
+std::size_t SegmentBytesOf(std::span<const std::byte> notes)
+{
+    constexpr std::size_t kDataOffset = WSA_CMSG_LEN(0);
+    while (notes.size() >= kDataOffset) {
+        WSACMSGHDR header{};
+        std::memcpy(&header, notes.data(), sizeof header);
+        if (header.cmsg_len < kDataOffset || header.cmsg_len > notes.size())
+            return 0;
+        const auto data = notes.subspan(kDataOffset, header.cmsg_len - kDataOffset);
+        DWORD bytes = 0;
+        if (header.cmsg_level == IPPROTO_UDP && header.cmsg_type == kCoalescedInfo &&
+            data.size() >= sizeof bytes) {
+            std::memcpy(&bytes, data.data(), sizeof bytes);
+            return bytes;
+        }
+        notes = notes.subspan(std::min<std::size_t>(WSA_CMSGHDR_ALIGN(header.cmsg_len), notes.size()));
+    }
+    return 0;
 }
 
 } // namespace
 
 VxExpected<std::unique_ptr<WinUdpSocket>> WinUdpSocket::Open(const UdpSocketOptions& options,
-                                                             std::shared_ptr<const KernelHandle> event)
+                                                             std::shared_ptr<const KernelHandle> event,
+                                                             std::unique_ptr<IRunReceiver> runs)
 {
     WinsockUse winsock;
     if (auto started = winsock.Result(); !started.IsOK())
@@ -114,13 +146,16 @@ VxExpected<std::unique_ptr<WinUdpSocket>> WinUdpSocket::Open(const UdpSocketOpti
                                      WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
     if (!socket.IsValid())
         return SystemFailure("open a UDP socket", ::WSAGetLastError());
-    Parts parts{std::move(winsock), std::move(event), std::move(socket)};
+    Parts parts{std::move(winsock), std::move(event), std::move(socket), nullptr};
     const SOCKET handle = parts.socket.Get();
     if (auto configured = Configure(handle, options); !configured.IsOK())
         return configured;
     const auto local = Bind(handle, options.local);
     if (!local)
         return local.Error();
+    // A system that does not know of runs hands over each datagram alone.
+    if (options.isCoalescing && runs->Ask(handle, kMostRunBytes))
+        parts.runs = std::move(runs);
     // Makes the socket non-blocking, too.
     if (::WSAEventSelect(handle, parts.event->Get(), FD_READ) != 0)
         return SystemFailure("watch a UDP socket", ::WSAGetLastError());
@@ -174,6 +209,8 @@ VxExpected<std::size_t> WinUdpSocket::Receive(std::span<Datagram> datagrams,
         const auto rest = deadline - Clock::now();
         if (rest <= rest.zero())
             return VxError::Timeout;
+        if (!WillBeTold())
+            continue;
         if (auto waited = WaitForData(rest); !waited.IsOK())
             return waited;
         m_isEmpty = false; // the event may have told of data, and tells once
@@ -184,7 +221,7 @@ VxExpected<std::size_t> WinUdpSocket::ReceiveWhatIsThere(std::span<Datagram> dat
 {
     std::size_t filled = 0;
     for (Datagram& datagram : datagrams) {
-        auto received = ReceiveOne(datagram);
+        auto received = m_parts.runs ? ReceiveRun(datagram) : ReceiveOne(datagram);
         if (received.IsOK()) {
             ++filled;
             continue;
@@ -207,14 +244,60 @@ VxResult WinUdpSocket::ReceiveOne(Datagram& datagram)
     const int failed = ::WSARecvFrom(m_parts.socket.Get(), memory.data(), pieces, &size, &flags,
                                      reinterpret_cast<sockaddr*>(&sender), &senderLength, nullptr, nullptr);
     const int error = failed != 0 ? ::WSAGetLastError() : 0;
-    m_isEmpty = error == WSAEWOULDBLOCK;
+    if (auto judged = Judge(error); !judged.IsOK())
+        return judged;
     datagram.isTruncated = error == WSAEMSGSIZE;
+    datagram.size = datagram.isTruncated ? datagram.memory.size() : size;
+    datagram.segmentBytes = 0;
+    datagram.sender = FromSystem(sender);
+    return VxResult::Ok();
+}
+
+/// The same where the system may hand over several datagrams as one.
+VxResult WinUdpSocket::ReceiveRun(Datagram& datagram)
+{
+    if (!m_isSpreading)
+        datagram.bodies = {};
+    sockaddr_in sender{};
+    Pieces memory; // the first ones are set
+    // Cleared: a system that has nothing to tell may leave the length as it was.
+    alignas(WSACMSGHDR) std::array<std::byte, kNoteBytes> notes{};
+    WSAMSG message{};
+    message.name = reinterpret_cast<sockaddr*>(&sender);
+    message.namelen = sizeof sender;
+    message.lpBuffers = memory.data();
+    message.dwBufferCount = SpreadOver(memory, datagram);
+    message.Control = ToSystem(notes);
+    DWORD received = 0;
+    const int error = m_parts.runs->Receive(m_parts.socket.Get(), message, received);
+    // How many pieces a system takes shows when it refuses.
+    if (error == WSAEINVAL && !datagram.bodies.empty()) {
+        m_isSpreading = false;
+        return ReceiveRun(datagram);
+    }
+    if (auto judged = Judge(error); !judged.IsOK())
+        return judged;
+    // A message whose notes were cut says nothing of how long its datagrams are, and is whole otherwise.
+    const bool areNotesCut = (message.dwFlags & MSG_CTRUNC) != 0;
+    const bool isCut = (message.dwFlags & MSG_TRUNC) != 0 || (error == WSAEMSGSIZE && !areNotesCut);
+    const std::size_t room = datagram.memory.size();
+    datagram.isTruncated = isCut || areNotesCut;
+    datagram.size = isCut ? room : std::min<std::size_t>(received, room);
+    const std::size_t noteBytes = std::min<std::size_t>(message.Control.len, notes.size());
+    const std::size_t segmentBytes = SegmentBytesOf(std::span(notes).first(noteBytes));
+    datagram.segmentBytes = segmentBytes < datagram.size ? segmentBytes : 0;
+    datagram.sender = FromSystem(sender);
+    return VxResult::Ok();
+}
+
+/// @param error  of a receiving call
+/// @return  OK: a datagram is there, whole or cut; TIMEOUT: none; NETWORK_ERROR
+VxResult WinUdpSocket::Judge(int error)
+{
+    m_isEmpty = error == WSAEWOULDBLOCK;
     switch (error) {
     case 0:
     case WSAEMSGSIZE:
-        datagram.size = datagram.isTruncated ? datagram.memory.size() : size;
-        datagram.segmentBytes = 0;
-        datagram.sender = FromSystem(sender);
         return VxResult::Ok();
     case WSAEWOULDBLOCK:
     case WSAECONNRESET:
@@ -223,6 +306,23 @@ VxResult WinUdpSocket::ReceiveOne(Datagram& datagram)
     default:
         return SystemFailure("receive at " + m_local.ToString(), error);
     }
+}
+
+/// Whether nothing is there, so that the event tells of what comes next.
+///
+/// An event that has told tells again once a receiving call has looked after it. The documentation names the
+/// calls that count as such, and the one that receives runs is not among them: here another one looks.
+bool WinUdpSocket::WillBeTold()
+{
+    if (!m_parts.runs)
+        return true;
+    std::byte memory{};
+    WSABUF piece = ToSystem({&memory, 1});
+    DWORD size = 0;
+    DWORD flags = MSG_PEEK;
+    const int failed =
+        ::WSARecvFrom(m_parts.socket.Get(), &piece, 1, &size, &flags, nullptr, nullptr, nullptr, nullptr);
+    return failed != 0 && ::WSAGetLastError() != WSAEMSGSIZE;
 }
 
 VxResult WinUdpSocket::WaitForData(std::chrono::nanoseconds timeout)

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "VxCamera/transport/ISocketFactory.h"
+#include "VxCamera/transport/win/IRunReceiver.h"
+#include "VxCamera/transport/win/WinRunReceiver.h"
 #include "VxCamera/transport/win/WinSystem.h"
 
 #include <atomic>
@@ -16,12 +18,15 @@ public:
         WinsockUse winsock;
         std::shared_ptr<const KernelHandle> event; // see Open
         SocketHandle socket;
+        std::unique_ptr<IRunReceiver> runs; // null: each datagram comes alone
     };
 
     /// @param event  signalled when data arrives or Wake is called; resets itself. Shared by the sockets of a
     ///               group: one that finds nothing at its own socket waits again.
+    /// @param runs  asked when the options want datagrams coalesced, used when it agrees
     [[nodiscard]] static VxExpected<std::unique_ptr<WinUdpSocket>>
-    Open(const UdpSocketOptions& options, std::shared_ptr<const KernelHandle> event);
+    Open(const UdpSocketOptions& options, std::shared_ptr<const KernelHandle> event,
+         std::unique_ptr<IRunReceiver> runs = std::make_unique<WinRunReceiver>());
 
     WinUdpSocket(Parts parts, const Ipv4Endpoint& local, bool isSendingAtOnce);
 
@@ -42,13 +47,17 @@ public:
 private:
     VxExpected<std::size_t> ReceiveWhatIsThere(std::span<Datagram> datagrams);
     VxResult ReceiveOne(Datagram& datagram);
+    VxResult ReceiveRun(Datagram& datagram);
+    VxResult Judge(int error);
+    [[nodiscard]] bool WillBeTold();
     VxResult WaitForData(std::chrono::nanoseconds timeout);
     VxResult ChangeMembership(int option, Ipv4Address group, Ipv4Address interfaceAddress);
 
     const Parts m_parts;
     const Ipv4Endpoint m_local;
     const bool m_isSendingAtOnce;
-    bool m_isEmpty = false; // nothing was there at the last look; the receiving thread's
+    bool m_isEmpty = false;    // nothing was there at the last look; the receiving thread's, as the next one
+    bool m_isSpreading = true; // runs over many pieces of memory; until the system refuses
     std::atomic<bool> m_isWoken =
         false; // set before the event is, so that a consumed wake leaves no second one
 };
