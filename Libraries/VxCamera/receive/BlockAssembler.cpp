@@ -280,7 +280,8 @@ OpenBlock& BlockAssembler::Open(const gvsp::Packet& packet, Time now)
     m_idMode = header.idMode;
 
     OpenBlock* const block = m_open[m_openCount];
-    block->Begin({header.blockId, header.idMode, m_stepBytes, m_lastGeometry, m_lastEndId, now});
+    block->Begin(
+        {header.blockId, header.idMode, m_stepBytes, m_lastGeometry, m_lastEndId, m_hasChunkLists, now});
     const BlockGeometry geometry =
         gvsp::HasLeader(header.format) ? ReadGeometry(packet.data, m_cameraPicture) : m_lastGeometry;
     block->SetBuffer(m_sink.TakeFree(WantedBytes(geometry)));
@@ -476,6 +477,7 @@ void BlockAssembler::BeginAnew(Time now)
             m_sink.GiveBack(*buffer);
     }
     m_lastFinished.reset();
+    m_hasChunkLists = false; // its chunks may be others now
 }
 
 /// @return  the oldest open block, which is not open any more
@@ -524,6 +526,7 @@ void BlockAssembler::LearnFrom(const OpenBlock& block)
         return;
     if (block.Geometry().payloadType.Type() == gvsp::PayloadType::kChunkData)
         m_chunkDataBytes = block.PayloadBytes();
+    m_hasChunkLists = m_hasChunkLists || block.HasChunkList();
     m_lastEndId = block.EndId();
     constexpr int kForgetting = 8; // chosen: after some dozen blocks a long pause counts no more
     m_longestPause = std::max(block.LongestPause(), m_longestPause - m_longestPause / kForgetting);
@@ -559,6 +562,7 @@ void BlockAssembler::Abort()
     }
     m_openCount = 0;
     m_lastFinished.reset();
+    m_hasChunkLists = false;
 }
 
 } // namespace receive

@@ -165,6 +165,7 @@ private:
     BlockGeometry m_lastGeometry;
     std::optional<PictureShape> m_cameraPicture;
     std::size_t m_chunkDataBytes = 0; // of the block of chunk data before
+    bool m_hasChunkLists = false;     // of this acquisition some could be read
     std::size_t m_stepBytes = 0;
     std::uint32_t m_lastEndId = 0;   // of a block that was complete; 0: none was
     Time::duration m_longestPause{}; // inside such blocks, lately

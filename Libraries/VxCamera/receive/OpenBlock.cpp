@@ -46,15 +46,14 @@ void OpenBlock::Forget()
     m_payloadPackets = 0;
     m_withdrawnPackets = 0;
     m_payloadBytes = 0;
-    m_pictureBytes = 0;
-    m_earlyPieces.clear();
-    m_lastPiece = {};
-    m_cutPiece = {};
+    m_pieces.Clear();
+    m_aside.clear();
     m_highestId = 0;
     m_shortId = 0;
     m_shortBytes = 0;
     m_trailerId = 0;
     m_trailerHeightPx = 0;
+    m_trailerChunkBytes = 0;
     m_longestPause = {};
     m_hasLeader = false;
     m_hasTrailer = false;
@@ -88,10 +87,9 @@ OpenBlock::Effect OpenBlock::OnLeader(const BlockGeometry& geometry, Time now)
         Forget(); // another block under the same id, or not the kind that it was taken for without its leader
     m_geometry = geometry;
     m_hasLeader = true;
-    CountEarlyPieces();
     Follow(0, now);
     WithdrawCutEnd(now);
-    WithdrawCutPiece(now);
+    WithdrawCutPieces(now);
     return Effect::Stored;
 }
 
@@ -150,6 +148,11 @@ OpenBlock::Effect OpenBlock::OnPayload(const gvsp::Packet& packet, Arrival arriv
 
 OpenBlock::Effect OpenBlock::OnPlainPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now)
 {
+    KeepAside(packetId, data);
+    if (MakesTwo(packetId, data.size())) {
+        StoreTwo(data, now);
+        return Effect::Stored;
+    }
     if (!FitStep(packetId, data.size(), now))
         return Effect::WrongSize;
     const std::uint64_t offset = gvsp::PayloadOffset(packetId, m_stepBytes);
@@ -160,12 +163,41 @@ OpenBlock::Effect OpenBlock::OnPlainPayload(std::uint32_t packetId, std::span<co
         return Effect::OutOfRange;
     if (!FitLength(packetId, data.size(), now))
         return Effect::WrongSize;
-    if (offset < Capacity())
-        Store(static_cast<std::size_t>(offset), data); // below the capacity
-    else
-        m_payloadBytes += data.size();
+    Store(offset, data);
     Count(packetId, now);
+    WithdrawCutEnd(now);
     return Effect::Stored;
+}
+
+/// Where the second packet belongs is not known before the first one is here: the step may be another one
+/// than that of the block before, and the place even outside of the buffer.
+void OpenBlock::KeepAside(std::uint32_t packetId, std::span<const std::byte> data)
+{
+    if (packetId == 2 && m_payloadPackets == 0)
+        m_aside.assign(data.begin(), data.end());
+}
+
+/// Whether a first packet that came behind the second one is as long as it was sent, whatever the step was:
+/// two packets of which one was cut do not make a whole block.
+bool OpenBlock::MakesTwo(std::uint32_t packetId, std::size_t bytes) const
+{
+    const bool isBoth = packetId == 1 && !m_aside.empty() && m_highestId <= 2;
+    const bool isWholeKnown = m_hasTrailer || !m_geometry.payloadType.HasChunks();
+    return isBoth && m_hasLeader && isWholeKnown && bytes >= std::max(kSmallestStepBytes, m_aside.size()) &&
+           bytes + m_aside.size() == WholeBytes();
+}
+
+void OpenBlock::StoreTwo(std::span<const std::byte> first, Time now)
+{
+    m_stepBytes = first.size();
+    m_shortId = m_aside.size() < m_stepBytes ? 2 : 0;
+    m_shortBytes = m_aside.size();
+    m_payloadPackets = 0; // the second one is stored anew
+    m_payloadBytes = 0;
+    Store(0, first); // before the second one, over which it may lie
+    Store(m_stepBytes, m_aside);
+    Count(2, now);
+    Count(1, now);
 }
 
 OpenBlock::Effect OpenBlock::OnPartPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now)
@@ -177,63 +209,26 @@ OpenBlock::Effect OpenBlock::OnPartPayload(std::uint32_t packetId, std::span<con
         return Effect::OutOfRange;
     if (part->partId == *PartId()) {
         if (part->offsetBytes < Capacity())
-            Store(static_cast<std::size_t>(part->offsetBytes), part->data); // below the capacity
-        FollowPiece({packetId, part->offsetBytes, part->data.size()});
+            Store(part->offsetBytes, part->data);
+        m_pieces.Add({packetId, part->offsetBytes, part->data.size()});
     }
     Count(packetId, now);
-    WithdrawCutPiece(now);
+    WithdrawCutPieces(now);
     return Effect::Stored;
 }
 
-/// Keeps account of what is here of the picture's lines, and of where a packet may have been cut.
-void OpenBlock::FollowPiece(const Piece& piece)
-{
-    if (m_hasLeader)
-        m_pictureBytes += PictureBytesOf(piece);
-    else
-        m_earlyPieces.push_back(piece);
-    if (piece.packetId < m_lastPiece.packetId)
-        return;
-    const bool isNext =
-        m_lastPiece.packetId != 0 && piece.packetId == m_lastPiece.packetId + std::uint64_t{1};
-    if (isNext && piece.offset > m_lastPiece.End())
-        m_cutPiece = m_lastPiece;
-    m_lastPiece = piece;
-}
-
-/// How much of a piece lies in the lines, of which the leader tells. What a part announces behind them must
-/// not make up for what is missing in them.
-std::size_t OpenBlock::PictureBytesOf(const Piece& piece) const
-{
-    const std::uint64_t end = m_geometry.leastImageBytes;
-    return piece.offset < end
-               ? static_cast<std::size_t>(std::min<std::uint64_t>(piece.bytes, end - piece.offset))
-               : 0;
-}
-
-void OpenBlock::CountEarlyPieces()
-{
-    for (const Piece& piece : m_earlyPieces)
-        m_pictureBytes += PictureBytesOf(piece);
-    m_earlyPieces.clear();
-}
-
 /// Packets of a multi-part block may have any length and come with any offset. So none counts as cut before
-/// all of them are here and do not make the picture; then it is the one behind which there is a hole.
-void OpenBlock::WithdrawCutPiece(Time now)
+/// all of them are here and do not make the picture; then it is each behind which there is a hole. What a
+/// part announces behind its lines does not make up for what is missing in them.
+void OpenBlock::WithdrawCutPieces(Time now)
 {
     if (!PartId() || !IsStored() || !HasAllPackets())
         return;
-    const bool isWhole = m_pictureBytes >= m_geometry.leastImageBytes;
-    if (isWhole || m_geometry.IsJoined(m_payloadBytes))
+    const std::size_t end = m_geometry.leastImageBytes;
+    if (m_pieces.Cover(end) || m_geometry.IsJoined(m_payloadBytes))
         return;
-    const Piece cut = m_cutPiece.packetId != 0 ? m_cutPiece : m_lastPiece;
-    m_cutPiece = {};
-    const bool isHere = cut.packetId != 0 && m_received.IsSet(cut.packetId); // no piece has an id above all
-    if (!isHere || cut.End() >= m_geometry.leastImageBytes)
-        return;
-    Withdraw(cut.packetId, cut.offset < Capacity() ? cut.bytes : 0, now);
-    m_pictureBytes -= PictureBytesOf(cut);
+    for (const PartPieces::Piece& cut : m_pieces.TakeCut(end))
+        Withdraw(cut.packetId, cut.offset < Capacity() ? cut.bytes : 0, now);
 }
 
 /// Learns the step from the packets.
@@ -249,14 +244,19 @@ bool OpenBlock::FitStep(std::uint32_t packetId, std::size_t bytes, Time now)
     }
     if (bytes <= m_stepBytes && !IsStepTooLong(packetId, bytes))
         return true;
-    // The step that the only packet so far told is replaced.
-    const bool isTold = m_highestId == 1 || m_stepBytes != m_start.stepBytes;
+    // The step that the only full packet so far told is replaced.
+    const bool isFirstWithLast = m_payloadPackets == 2 && m_shortId != 0 && m_received.IsSet(1);
+    const std::uint32_t fullId = isFirstWithLast ? 1 : m_highestId;
+    const bool isTold = fullId == 1 || m_stepBytes != m_start.stepBytes;
     const bool isLonger = bytes > m_stepBytes;
-    if (m_payloadPackets != 1 || !m_received.IsSet(m_highestId) || (isLonger && !isTold))
+    const bool isOnlyOne = (m_payloadPackets == 1 || isFirstWithLast) && m_received.IsSet(fullId);
+    if (!isOnlyOne || (isLonger && !isTold) || (isFirstWithLast && !isLonger))
         return false;
     // It was cut, or lies where the step of the block before put it. Either way the packets that belong there
     // overwrite it.
-    Withdraw(m_highestId, m_payloadBytes, now);
+    if (isFirstWithLast)
+        Withdraw(m_shortId, m_shortBytes, now);
+    Withdraw(fullId, m_payloadBytes, now);
     m_shortId = 0;
     m_stepBytes = bytes;
     return true;
@@ -288,40 +288,38 @@ bool OpenBlock::FitLength(std::uint32_t packetId, std::size_t bytes, Time now)
     return true;
 }
 
-/// Whether the last packet ends before the picture does; not known before leader and trailer are here.
-bool OpenBlock::IsCutEnd(std::uint32_t packetId, std::size_t bytes) const
-{
-    const bool isPlainPicture = m_hasLeader && m_geometry.code == VxError::Ok && !PartId();
-    if (!isPlainPicture || !m_hasTrailer || packetId + std::uint64_t{1} != m_trailerId ||
-        m_geometry.payloadType.Type() == gvsp::PayloadType::kChunkData)
-        return false;
-    const BlockGeometry sent = GeometryAsSent();
-    const std::uint64_t end = gvsp::PayloadOffset(packetId, m_stepBytes) + bytes;
-    return end < sent.leastImageBytes && !sent.IsJoined(static_cast<std::size_t>(end)); // smaller: fits
-}
-
-/// A last packet that was cut shows when both leader and trailer are here.
+/// A last packet that was cut shows when both leader and trailer are here or, where only the list of chunks
+/// tells of it, when everything is.
 void OpenBlock::WithdrawCutEnd(Time now)
 {
     if (!m_hasTrailer || !m_hasLeader || m_trailerId < 2)
         return;
     const std::uint32_t last = m_trailerId - 1;
-    // One that is full has not been cut, unless there is no other one that tells what full is.
-    const bool isShort = m_shortId == last || last == 1;
     const bool isHere = last < m_received.Size() && m_received.IsSet(last);
-    const std::size_t bytes = m_shortId == last ? m_shortBytes : m_payloadBytes;
-    if (!isShort || !isHere || !IsCutEnd(last, bytes))
+    // One that is full has not been cut, unless no other one tells what full is.
+    const bool isShort = m_shortId == last;
+    const bool isFirstInDoubt = last == 2 && m_received.IsSet(1) && m_stepBytes != m_start.stepBytes;
+    if (!isHere || (!isShort && last != 1 && !isFirstInDoubt))
+        return;
+    const std::size_t ofOnlyOne = last == 1 ? m_payloadBytes : m_stepBytes;
+    const std::size_t bytes = isShort ? m_shortBytes : ofOnlyOne;
+    if (!IsCutEnd(last, bytes) && !IsChunkListCut())
         return;
     Withdraw(last, bytes, now);
     m_shortId = 0;
+    if (isFirstInDoubt)
+        Withdraw(1, m_stepBytes, now);
 }
 
-void OpenBlock::Store(std::size_t offset, std::span<const std::byte> data)
+/// What lies outside of the buffer is only counted.
+void OpenBlock::Store(std::uint64_t offset, std::span<const std::byte> data)
 {
-    const auto place = m_buffer->memory.subspan(offset);
+    m_payloadBytes += data.size();
+    if (offset >= Capacity())
+        return;
+    const auto place = m_buffer->memory.subspan(static_cast<std::size_t>(offset)); // below the capacity
     if (place.data() != data.data()) // may overlap what landed where the step was still another one
         std::memmove(place.data(), data.data(), std::min(data.size(), place.size()));
-    m_payloadBytes += data.size();
 }
 
 void OpenBlock::Count(std::uint32_t packetId, Time now)
@@ -373,6 +371,7 @@ OpenBlock::Effect OpenBlock::OnTrailer(std::uint32_t packetId, std::span<const s
     m_trailerId = packetId;
     if (const auto trailer = gvsp::ParseImageTrailer(data))
         m_trailerHeightPx = trailer->heightPx;
+    m_trailerChunkBytes = gvsp::ParseTrailerChunkBytes(data);
     if (m_shortId != 0 && m_shortId + std::uint64_t{1} < m_trailerId) {
         Withdraw(m_shortId, m_shortBytes, now);
         m_shortId = 0;
@@ -381,7 +380,7 @@ OpenBlock::Effect OpenBlock::OnTrailer(std::uint32_t packetId, std::span<const s
     WithdrawBehindTrailer(now);
     m_missing.EndAt(packetId);
     WithdrawCutEnd(now);
-    WithdrawCutPiece(now);
+    WithdrawCutPieces(now);
     return Effect::Stored;
 }
 
@@ -408,157 +407,6 @@ OpenBlock::Effect OpenBlock::OnAllIn(std::span<const std::byte> data, Time now)
         return stored;
     constexpr std::uint32_t kTrailerId = 2; // as if they had come one by one
     return OnTrailer(kTrailerId, behindLeader.first(trailerBytes), now);
-}
-
-bool OpenBlock::IsPictureWhole() const
-{
-    if (!m_hasLeader || !IsStored() || m_geometry.payloadType.HasChunks() || m_missing.IsOverfull())
-        return false;
-    if (PartId())
-        return m_missing.IsEmpty() && m_payloadBytes >= m_geometry.imageBytes &&
-               m_pictureBytes >= m_geometry.leastImageBytes;
-    if (m_stepBytes == 0)
-        return false;
-    // Packets behind the picture do not count, however many came.
-    const std::uint64_t last = gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes);
-    const bool isInRow =
-        m_missing.Next() > last && (m_missing.IsEmpty() || m_missing.All().front().first > last);
-    return isInRow && (m_shortId != last || EndOfLast(last) >= m_geometry.imageBytes);
-}
-
-bool OpenBlock::IsDone() const
-{
-    return m_hasTrailer && (!IsStored() || HasAllPackets());
-}
-
-/// Whether every packet in front of the trailer is here.
-bool OpenBlock::HasAllPackets() const
-{
-    return m_hasTrailer && m_hasLeader && m_missing.IsEmpty() && !m_missing.IsOverfull() && !m_isMixedUp;
-}
-
-/// @return  where the data of the packet end, if it is the last one
-std::uint64_t OpenBlock::EndOfLast(std::uint64_t packetId) const
-{
-    return packetId * m_stepBytes - (m_shortId == packetId ? m_stepBytes - m_shortBytes : 0);
-}
-
-std::uint32_t OpenBlock::EndId() const
-{
-    if (m_hasTrailer)
-        return m_trailerId;
-    if (m_start.lastEndId != 0 && (!m_hasLeader || IsSameShape(m_geometry, m_start.lastGeometry)))
-        return m_start.lastEndId;
-    const bool isPlainPicture = m_hasLeader && m_geometry.code == VxError::Ok && !PartId();
-    if (!isPlainPicture || m_stepBytes == 0 || m_geometry.payloadType.HasChunks())
-        return 0;
-    const std::uint64_t packets = gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes);
-    constexpr std::uint64_t kMostIds = 0xFF'FFFF; // fixed by the standard header; more is no picture
-    return packets < kMostIds ? static_cast<std::uint32_t>(packets + 1) : 0;
-}
-
-void OpenBlock::ExpectEnd(Time now)
-{
-    const std::uint32_t end = EndId();
-    if (end != 0)
-        m_missing.ExpectUpTo(end, now);
-}
-
-bool OpenBlock::IsEnded() const
-{
-    const std::uint32_t end = EndId();
-    return m_hasTrailer || (end != 0 && m_missing.Next() > end);
-}
-
-/// @return  at least 1: it is asked of incomplete blocks only
-std::uint64_t OpenBlock::PacketsMissing() const
-{
-    const std::uint64_t end =
-        m_hasTrailer ? m_trailerId : std::max(EndId(), m_highestId + std::uint32_t{1}); // 24 or 32 bits
-    if (m_missing.IsOverfull()) // not all ranges are known
-        return std::max<std::uint64_t>(end - std::min(end, m_payloadPackets + (m_hasLeader ? 1 : 0)), 1);
-    std::uint64_t missing = end - std::min(end, m_missing.Next());
-    for (const MissingRange& range : m_missing.All()) {
-        if (range.first < end)
-            missing += std::min<std::uint64_t>(range.last + std::uint64_t{1}, end) - range.first;
-    }
-    return std::max<std::uint64_t>(missing, 1);
-}
-
-/// The leader announces the largest picture; the trailer tells how many lines there really were.
-BlockGeometry OpenBlock::GeometryAsSent() const
-{
-    // The trailer of a multi-part block does not tell it.
-    const bool isShorter =
-        !m_geometry.partId && m_trailerHeightPx > 0 && m_trailerHeightPx < m_geometry.heightPx;
-    if (m_geometry.code != VxError::Ok || !isShorter || m_payloadBytes >= m_geometry.imageBytes)
-        return m_geometry;
-    return WithHeight(m_geometry, m_trailerHeightPx);
-}
-
-VxError OpenBlock::Code(const BlockGeometry& sent) const
-{
-    if (!m_hasLeader)
-        return VxError::MissingPackets;
-    if (m_geometry.code != VxError::Ok)
-        return m_geometry.code;
-    if (m_geometry.memoryBytes > Capacity())
-        return VxError::BufferTooSmall;
-    if (m_isDamaged)
-        return VxError::CameraError;
-    if (!m_hasTrailer)
-        return IsPictureWhole() ? VxError::Ok : VxError::MissingPackets;
-    const bool isChunkData = m_geometry.payloadType.Type() == gvsp::PayloadType::kChunkData;
-    if (!HasAllPackets())
-        return VxError::MissingPackets;
-    if (isChunkData)
-        return CodeOfChunkData();
-    if (IsJoined(sent))
-        return VxError::NotSupported;
-    const std::size_t bytes = PartId() ? m_pictureBytes : m_payloadBytes;
-    return bytes >= sent.leastImageBytes ? VxError::Ok : VxError::MissingPackets;
-}
-
-/// Whether the lines of the picture run together, so that it cannot be read by lines.
-bool OpenBlock::IsJoined(const BlockGeometry& sent) const
-{
-    if (!m_geometry.payloadType.HasChunks())
-        return sent.IsJoined(m_payloadBytes);
-    // Only the list of chunks tells where the picture ends.
-    const auto first = m_payloadBytes <= Capacity()
-                           ? gvsp::FirstChunkBytes(m_buffer->memory.first(m_payloadBytes))
-                           : std::nullopt;
-    return first && sent.IsJoined(*first);
-}
-
-/// Whether the first chunk is the picture that the camera's features announce.
-VxError OpenBlock::CodeOfChunkData() const
-{
-    if (m_payloadBytes > Capacity())
-        return VxError::BufferTooSmall; // the list of chunks is at its end
-    const auto first = gvsp::FirstChunkBytes(m_buffer->memory.first(m_payloadBytes));
-    if (first && m_geometry.IsJoined(*first))
-        return VxError::NotSupported;
-    return first && *first == m_geometry.leastImageBytes ? VxError::Ok : VxError::NotAnImage;
-}
-
-BlockBuffer* OpenBlock::Finish(const BlockGeometry& lastGeometry)
-{
-    BlockBuffer* const buffer = m_buffer;
-    if (buffer == nullptr)
-        return nullptr;
-    const BlockGeometry sent = GeometryAsSent();
-    BlockInfo& info = buffer->info;
-    info.code = Code(sent);
-    info.blockId = m_start.blockId;
-    info.timestampTicks = m_geometry.timestampTicks;
-    info.geometry = m_hasLeader ? sent : lastGeometry;
-    if (info.code == VxError::BufferTooSmall)
-        info.geometry.memoryBytes = std::max(info.geometry.memoryBytes, m_payloadBytes);
-    info.packetsMissing = info.code == VxError::MissingPackets ? PacketsMissing() : 0;
-    info.receivedBytes = std::min(m_payloadBytes, Capacity());
-    m_buffer = nullptr;
-    return buffer;
 }
 
 } // namespace receive

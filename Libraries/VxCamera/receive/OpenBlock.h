@@ -5,6 +5,7 @@
 #include "VxCamera/receive/BlockGeometry.h"
 #include "VxCamera/receive/MissingRanges.h"
 #include "VxCamera/receive/PacketBitmap.h"
+#include "VxCamera/receive/PartPieces.h"
 #include "VxCamera/receive/ResendPolicy.h"
 #include "VxCamera/wire/gvsp/PacketHeader.h"
 
@@ -39,6 +40,7 @@ public:
         std::size_t stepBytes = 0;   ///< of the block before; 0 = not known
         BlockGeometry lastGeometry;  ///< of the block before
         std::uint32_t lastEndId = 0; ///< of the trailer of the block before; 0 = not known
+        bool hasChunkLists = false;  ///< those of blocks before could be read
         Time now;
     };
 
@@ -118,19 +120,13 @@ public:
     /// @return  id of the trailer; 0 while it can only be guessed and there is nothing to guess from
     [[nodiscard]] std::uint32_t EndId() const;
 
+    /// Whether everything is here and ends with a list of chunks that can be read.
+    [[nodiscard]] bool HasChunkList() const;
+
     /// How many packets were stored before it showed that they were cut.
     [[nodiscard]] std::uint64_t WithdrawnPackets() const { return m_withdrawnPackets; }
 
 private:
-    /// What a packet of a multi-part block brought of the picture's part.
-    struct Piece {
-        std::uint32_t packetId = 0; ///< 0: none
-        std::uint64_t offset = 0;
-        std::size_t bytes = 0;
-
-        [[nodiscard]] std::uint64_t End() const { return offset + bytes; } // offsets have 48 bits
-    };
-
     [[nodiscard]] std::size_t Capacity() const { return m_buffer != nullptr ? m_buffer->memory.size() : 0; }
     [[nodiscard]] std::optional<std::uint8_t> PartId() const;
     Effect OnPlainPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now);
@@ -138,16 +134,19 @@ private:
     [[nodiscard]] bool FitStep(std::uint32_t packetId, std::size_t bytes, Time now);
     [[nodiscard]] bool IsStepTooLong(std::uint32_t packetId, std::size_t bytes) const;
     [[nodiscard]] bool FitLength(std::uint32_t packetId, std::size_t bytes, Time now);
-    void Store(std::size_t offset, std::span<const std::byte> data);
+    void Store(std::uint64_t offset, std::span<const std::byte> data);
     void Count(std::uint32_t packetId, Time now);
     void Withdraw(std::uint32_t packetId, std::size_t bytes, Time now);
     void WithdrawBehindTrailer(Time now);
+    void KeepAside(std::uint32_t packetId, std::span<const std::byte> data);
+    [[nodiscard]] bool MakesTwo(std::uint32_t packetId, std::size_t bytes) const;
+    void StoreTwo(std::span<const std::byte> first, Time now);
+    [[nodiscard]] std::uint64_t WholeBytes() const;
+    [[nodiscard]] bool LacksBytes(std::uint64_t bytes) const;
     [[nodiscard]] bool IsCutEnd(std::uint32_t packetId, std::size_t bytes) const;
+    [[nodiscard]] bool IsChunkListCut() const;
     void WithdrawCutEnd(Time now);
-    void FollowPiece(const Piece& piece);
-    [[nodiscard]] std::size_t PictureBytesOf(const Piece& piece) const;
-    void CountEarlyPieces();
-    void WithdrawCutPiece(Time now);
+    void WithdrawCutPieces(Time now);
     void Follow(std::uint32_t packetId, Time now);
     [[nodiscard]] bool HasAllPackets() const;
     [[nodiscard]] std::uint64_t EndOfLast(std::uint64_t packetId) const;
@@ -155,6 +154,7 @@ private:
     [[nodiscard]] BlockGeometry GeometryAsSent() const;
     [[nodiscard]] VxError Code(const BlockGeometry& sent) const;
     [[nodiscard]] bool IsJoined(const BlockGeometry& sent) const;
+    [[nodiscard]] std::optional<std::size_t> FirstChunkBytes() const;
     [[nodiscard]] VxError CodeOfChunkData() const;
     void Forget();
 
@@ -167,17 +167,16 @@ private:
     std::size_t m_stepBytes = 0;
     std::uint64_t m_payloadPackets = 0;
     std::uint64_t m_withdrawnPackets = 0;
-    std::size_t m_payloadBytes = 0;   // of the picture's part
-    std::size_t m_pictureBytes = 0;   // of a multi-part block: the same without what lies behind the lines
-    std::vector<Piece> m_earlyPieces; // of a multi-part block: came before the leader; memory is kept
-    Piece m_lastPiece;                // with the highest id
-    Piece m_cutPiece;                 // the next id does not begin where this one ends
-    std::uint32_t m_highestId = 0;    // of the payload packets stored
+    std::size_t m_payloadBytes = 0; // of the picture's part
+    PartPieces m_pieces;            // of the picture's part
+    std::vector<std::byte> m_aside; // of packet 2, when none came before it; memory is kept
+    std::uint32_t m_highestId = 0;  // of the payload packets stored
     std::uint32_t m_shortId =
         0; // of the one that is shorter than the step, which only the last may be; 0 = none
     std::size_t m_shortBytes = 0;
     std::uint32_t m_trailerId = 0;
-    std::uint32_t m_trailerHeightPx = 0; // 0: not told
+    std::uint32_t m_trailerHeightPx = 0;   // 0: not told
+    std::uint32_t m_trailerChunkBytes = 0; // 0: not told
     Time m_lastPacketTime;
     Time m_lastAdvance;
     Time::duration m_longestPause{};

@@ -3,6 +3,7 @@
 #include "VxBase/VxByteWriter.h"
 #include "VxBase/VxExpected.h"
 
+#include "VxCamera/wire/gvsp/ChunkData.h"
 #include "VxCamera/wire/gvsp/PayloadType.h"
 
 #include <cstddef>
@@ -19,8 +20,7 @@ constexpr std::size_t kImageTrailerBytes = 8;
 /// @param type  one that has an image leader
 [[nodiscard]] constexpr std::size_t ImageTrailerBytes(PayloadType type)
 {
-    constexpr std::size_t kChunkFields = 8; // fixed by the protocol: bytes of all chunks, layout id
-    return kImageTrailerBytes + (type.HasChunks() ? kChunkFields : 0);
+    return kImageTrailerBytes + (type.HasChunks() ? kChunkFieldsBytes : 0);
 }
 
 /// Trailer of a block that carries an image (and of one with the old extended chunk data).

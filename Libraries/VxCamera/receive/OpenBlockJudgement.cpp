@@ -1,0 +1,238 @@
+#include "VxCamera/receive/OpenBlock.h"
+
+#include "VxCamera/wire/gvsp/BlockLayout.h"
+#include "VxCamera/wire/gvsp/ChunkData.h"
+
+#include <algorithm>
+
+// What is here of a block, what is not, and as what it is delivered. How its packets are taken is in
+// OpenBlock.cpp.
+
+namespace receive {
+
+/// What leader and trailer tell of the picture and of its chunks. Some cameras count the picture with the
+/// chunks, others do not.
+/// @return  0: not told
+std::uint64_t OpenBlock::WholeBytes() const
+{
+    if (m_geometry.payloadType.Type() == gvsp::PayloadType::kChunkData)
+        return m_trailerChunkBytes;
+    const BlockGeometry sent = GeometryAsSent();
+    const bool isPictureCounted = m_trailerChunkBytes >= sent.joinedImageBytes; // the least it can have
+    return isPictureCounted ? m_trailerChunkBytes : sent.leastImageBytes + std::uint64_t{m_trailerChunkBytes};
+}
+
+/// Whether the block has more than so many bytes.
+bool OpenBlock::LacksBytes(std::uint64_t bytes) const
+{
+    const bool isPictureAlone = m_trailerChunkBytes == 0;
+    const bool isJoined =
+        isPictureAlone && bytes <= Capacity() &&
+        GeometryAsSent().IsJoined(static_cast<std::size_t>(bytes)); // not above the capacity
+    return bytes < WholeBytes() && !isJoined;
+}
+
+/// Whether the last packet ends before the block does; not known before leader and trailer are here.
+bool OpenBlock::IsCutEnd(std::uint32_t packetId, std::size_t bytes) const
+{
+    const bool isPlain = m_hasLeader && m_geometry.code == VxError::Ok && !PartId();
+    return isPlain && m_hasTrailer && packetId + std::uint64_t{1} == m_trailerId &&
+           LacksBytes(gvsp::PayloadOffset(packetId, m_stepBytes) + bytes);
+}
+
+bool OpenBlock::HasChunkList() const
+{
+    const bool isList = m_hasLeader && m_geometry.payloadType.HasChunks() && !PartId();
+    if (!isList || !IsStored() || !HasAllPackets() || m_payloadBytes > Capacity())
+        return false;
+    // Of some cameras the picture is no chunk.
+    const std::size_t picture = std::min(GeometryAsSent().leastImageBytes, m_payloadBytes);
+    return FirstChunkBytes() ||
+           gvsp::FirstChunkBytes(m_buffer->memory.first(m_payloadBytes).subspan(picture)).has_value();
+}
+
+/// @return  none when the list of chunks cannot be read
+std::optional<std::size_t> OpenBlock::FirstChunkBytes() const
+{
+    if (m_payloadBytes > Capacity())
+        return std::nullopt;
+    const auto payload = m_buffer->memory.first(m_payloadBytes);
+    const auto first = gvsp::FirstChunkBytes(payload);
+    // Some cameras fill the last packet up.
+    return first || m_trailerChunkBytes >= payload.size()
+               ? first
+               : gvsp::FirstChunkBytes(payload.first(m_trailerChunkBytes));
+}
+
+/// Whether a list of chunks that should be there, at the end of the block, is not. Needed of cameras that do
+/// not tell how many bytes the chunks have.
+bool OpenBlock::IsChunkListCut() const
+{
+    const bool isList = m_geometry.payloadType.HasChunks() && !PartId();
+    if (!isList || !IsStored() || !HasAllPackets() || m_payloadBytes > Capacity())
+        return false;
+    const bool isExact = m_trailerChunkBytes != 0 && m_payloadBytes == WholeBytes();
+    if (isExact || HasChunkList())
+        return false;
+    // A camera whose lists can never be read is not asked for what it has not got.
+    const auto payload = m_buffer->memory.first(m_payloadBytes);
+    return m_start.hasChunkLists || gvsp::BeginsWithChunk(payload, GeometryAsSent().leastImageBytes);
+}
+
+bool OpenBlock::IsPictureWhole() const
+{
+    if (!m_hasLeader || !IsStored() || m_geometry.payloadType.HasChunks() || m_missing.IsOverfull())
+        return false;
+    if (PartId())
+        return m_missing.IsEmpty() && m_payloadBytes >= m_geometry.imageBytes &&
+               m_pieces.Cover(m_geometry.leastImageBytes);
+    if (m_stepBytes == 0)
+        return false;
+    // Packets behind the picture do not count, however many came.
+    const std::uint64_t last = gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes);
+    const bool isInRow =
+        m_missing.Next() > last && (m_missing.IsEmpty() || m_missing.All().front().first > last);
+    return isInRow && (m_shortId != last || EndOfLast(last) >= m_geometry.imageBytes);
+}
+
+bool OpenBlock::IsDone() const
+{
+    return m_hasTrailer && (!IsStored() || HasAllPackets());
+}
+
+/// Whether every packet in front of the trailer is here.
+bool OpenBlock::HasAllPackets() const
+{
+    return m_hasTrailer && m_hasLeader && m_missing.IsEmpty() && !m_missing.IsOverfull() && !m_isMixedUp;
+}
+
+/// @return  where the data of the packet end, if it is the last one
+std::uint64_t OpenBlock::EndOfLast(std::uint64_t packetId) const
+{
+    return packetId * m_stepBytes - (m_shortId == packetId ? m_stepBytes - m_shortBytes : 0);
+}
+
+std::uint32_t OpenBlock::EndId() const
+{
+    if (m_hasTrailer)
+        return m_trailerId;
+    if (m_start.lastEndId != 0 && (!m_hasLeader || IsSameShape(m_geometry, m_start.lastGeometry)))
+        return m_start.lastEndId;
+    const bool isPlainPicture = m_hasLeader && m_geometry.code == VxError::Ok && !PartId();
+    if (!isPlainPicture || m_stepBytes == 0 || m_geometry.payloadType.HasChunks())
+        return 0;
+    const std::uint64_t packets = gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes);
+    constexpr std::uint64_t kMostIds = 0xFF'FFFF; // fixed by the standard header; more is no picture
+    return packets < kMostIds ? static_cast<std::uint32_t>(packets + 1) : 0;
+}
+
+void OpenBlock::ExpectEnd(Time now)
+{
+    const std::uint32_t end = EndId();
+    if (end != 0)
+        m_missing.ExpectUpTo(end, now);
+}
+
+bool OpenBlock::IsEnded() const
+{
+    const std::uint32_t end = EndId();
+    return m_hasTrailer || (end != 0 && m_missing.Next() > end);
+}
+
+/// @return  at least 1: it is asked of incomplete blocks only
+std::uint64_t OpenBlock::PacketsMissing() const
+{
+    const std::uint64_t end =
+        m_hasTrailer ? m_trailerId : std::max(EndId(), m_highestId + std::uint32_t{1}); // 24 or 32 bits
+    if (m_missing.IsOverfull()) // not all ranges are known
+        return std::max<std::uint64_t>(end - std::min(end, m_payloadPackets + (m_hasLeader ? 1 : 0)), 1);
+    std::uint64_t missing = end - std::min(end, m_missing.Next());
+    for (const MissingRange& range : m_missing.All()) {
+        if (range.first < end)
+            missing += std::min<std::uint64_t>(range.last + std::uint64_t{1}, end) - range.first;
+    }
+    return std::max<std::uint64_t>(missing, 1);
+}
+
+/// The leader announces the largest picture; the trailer tells how many lines there really were.
+BlockGeometry OpenBlock::GeometryAsSent() const
+{
+    // The trailer of a multi-part block does not tell it.
+    const bool isShorter =
+        !m_geometry.partId && m_trailerHeightPx > 0 && m_trailerHeightPx < m_geometry.heightPx;
+    if (m_geometry.code != VxError::Ok || !isShorter)
+        return m_geometry;
+    const BlockGeometry shorter = WithHeight(m_geometry, m_trailerHeightPx);
+    if (m_payloadBytes < m_geometry.imageBytes)
+        return shorter;
+    // What chunks take may be more than what the missing lines would.
+    const bool isList = m_geometry.payloadType.HasChunks() && IsStored() && HasAllPackets();
+    const auto first = isList ? FirstChunkBytes() : std::nullopt;
+    return first == shorter.leastImageBytes ? shorter : m_geometry;
+}
+
+VxError OpenBlock::Code(const BlockGeometry& sent) const
+{
+    if (!m_hasLeader)
+        return VxError::MissingPackets;
+    if (m_geometry.code != VxError::Ok)
+        return m_geometry.code;
+    if (m_geometry.memoryBytes > Capacity())
+        return VxError::BufferTooSmall;
+    if (m_isDamaged)
+        return VxError::CameraError;
+    if (!m_hasTrailer)
+        return IsPictureWhole() ? VxError::Ok : VxError::MissingPackets;
+    const bool isChunkData = m_geometry.payloadType.Type() == gvsp::PayloadType::kChunkData;
+    if (!HasAllPackets())
+        return VxError::MissingPackets;
+    if (isChunkData)
+        return LacksBytes(m_payloadBytes) ? VxError::MissingPackets : CodeOfChunkData();
+    if (IsJoined(sent))
+        return VxError::NotSupported;
+    const bool isWhole = PartId() ? m_pieces.Cover(sent.leastImageBytes)
+                                  : m_payloadBytes >= sent.leastImageBytes && !LacksBytes(m_payloadBytes);
+    return isWhole ? VxError::Ok : VxError::MissingPackets;
+}
+
+/// Whether the lines of the picture run together, so that it cannot be read by lines.
+bool OpenBlock::IsJoined(const BlockGeometry& sent) const
+{
+    if (!m_geometry.payloadType.HasChunks())
+        return sent.IsJoined(m_payloadBytes);
+    // Only the list of chunks tells where the picture ends.
+    const auto first = FirstChunkBytes();
+    return first && sent.IsJoined(*first);
+}
+
+/// Whether the first chunk is the picture that the camera's features announce.
+VxError OpenBlock::CodeOfChunkData() const
+{
+    if (m_payloadBytes > Capacity())
+        return VxError::BufferTooSmall; // the list of chunks is at its end
+    const auto first = FirstChunkBytes();
+    if (first && m_geometry.IsJoined(*first))
+        return VxError::NotSupported;
+    return first && *first == m_geometry.leastImageBytes ? VxError::Ok : VxError::NotAnImage;
+}
+
+BlockBuffer* OpenBlock::Finish(const BlockGeometry& lastGeometry)
+{
+    BlockBuffer* const buffer = m_buffer;
+    if (buffer == nullptr)
+        return nullptr;
+    const BlockGeometry sent = GeometryAsSent();
+    BlockInfo& info = buffer->info;
+    info.code = Code(sent);
+    info.blockId = m_start.blockId;
+    info.timestampTicks = m_geometry.timestampTicks;
+    info.geometry = m_hasLeader ? sent : lastGeometry;
+    if (info.code == VxError::BufferTooSmall)
+        info.geometry.memoryBytes = std::max(info.geometry.memoryBytes, m_payloadBytes);
+    info.packetsMissing = info.code == VxError::MissingPackets ? PacketsMissing() : 0;
+    info.receivedBytes = std::min(m_payloadBytes, Capacity());
+    m_buffer = nullptr;
+    return buffer;
+}
+
+} // namespace receive
