@@ -5,6 +5,8 @@
 #include "VxDSSource/camera/VxGenParameter.h"
 #include "VxDSSource/camera/VxGenParameterArray.h"
 #include "VxDSSource/camera/VxImage.h"
+#include "VxSimulator/stream/FaultyPath.h"
+#include "VxSimulator/stream/SeededRandomSource.h"
 #include "unit/VxCamera/receive/StreamPackets.h"
 
 #include "support/Bytes.h"
@@ -78,6 +80,24 @@ protected:
         if (result.IsOK())
             ExpectBytesOf(*buffer, blockId);
         EXPECT_TRUE(m_pipeline->ReleaseBuffer(buffer).IsOK());
+    }
+    /// Takes the next block, which must have this id, and be either right or marked.
+    /// @return  whether it is whole
+    bool TakeNext(std::uint64_t blockId)
+    {
+        VxBuffer* buffer = nullptr;
+        if (!m_pipeline->RetrieveNextBuffer(&buffer, kPatienceMs).IsOK()) {
+            ADD_FAILURE() << "block " << blockId << " does not come";
+            return false;
+        }
+        EXPECT_EQ(buffer->GetBlockID(), blockId);
+        const bool isWhole = buffer->GetOperationResult().IsOK();
+        if (isWhole)
+            ExpectBytesOf(*buffer, blockId);
+        else
+            EXPECT_EQ(buffer->GetOperationResult().Code(), VxError::MissingPackets) << blockId;
+        EXPECT_TRUE(m_pipeline->ReleaseBuffer(buffer).IsOK());
+        return isWhole;
     }
     void ExpectPicture(std::uint64_t blockId) { Expect(blockId, VxError::Ok); }
 
@@ -301,6 +321,50 @@ TEST_F(PacketStreamTest, PacketsInAnyOrder)
 
     for (std::uint64_t id = 1; id <= 30; ++id)
         ExpectPicture(id);
+}
+
+TEST_F(PacketStreamTest, PacketsThatAreDelayedInsideTheirBlock)
+{
+    simulator::SeededRandomSource chance(5);
+    simulator::FaultyPath path({.delayShare = 0.2}, chance);
+    m_packets.stepBytes = 64; // 48 packets and the two around them
+    SendBlock(1);             // from here on the camera is known
+    for (std::uint64_t id = 2; id <= 20; ++id) {
+        const Packets packets = m_packets.Block(id);
+        Packets late;
+        for (const Packet& packet : packets)
+            path.Pass(packet, [&](std::span<const std::byte> each) { late.push_back(bytes::Copy(each)); });
+        path.Flush([&](std::span<const std::byte> each) { late.push_back(bytes::Copy(each)); });
+        ASSERT_NE(late, packets);
+        ASSERT_EQ(late.size(), packets.size());
+        SendAll(late);
+    }
+
+    for (std::uint64_t id = 1; id <= 20; ++id)
+        ExpectPicture(id);
+    EXPECT_EQ(Statistic("PacketsMissing"), 0);
+}
+
+TEST_F(PacketStreamTest, PacketsThatAreDelayedIntoLaterBlocks)
+{
+    constexpr std::uint64_t kLast = 40;
+    simulator::SeededRandomSource chance(5);
+    simulator::FaultyPath path({.delayShare = 0.02}, chance); // 20 packets later: two blocks
+    const auto send = [this](std::span<const std::byte> packet) { Send(bytes::Copy(packet)); };
+    SendBlock(1);
+    for (std::uint64_t id = 2; id < kLast; ++id) {
+        for (const Packet& packet : m_packets.Block(id))
+            path.Pass(packet, send);
+    }
+    path.Flush(send);
+    SendBlock(kLast);
+
+    std::size_t whole = 0;
+    for (std::uint64_t id = 1; id <= kLast; ++id)
+        whole += TakeNext(id) ? 1 : 0;
+    EXPECT_GT(Statistic("PacketsLate"), 0);
+    EXPECT_GT(whole, kLast / 2);
+    EXPECT_LT(whole, kLast);
 }
 
 TEST_F(PacketStreamTest, PacketsOfAnOlderBlock)
