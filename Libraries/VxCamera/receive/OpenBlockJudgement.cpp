@@ -118,12 +118,19 @@ std::uint32_t OpenBlock::EndId() const
         return m_trailerId;
     if (m_start.lastEndId != 0 && (!m_hasLeader || IsSameShape(m_geometry, m_start.lastGeometry)))
         return m_start.lastEndId;
-    const bool isPlainPicture = m_hasLeader && m_geometry.code == VxError::Ok && !PartId();
-    if (!isPlainPicture || m_stepBytes == 0 || m_geometry.payloadType.HasChunks())
-        return 0;
-    const std::uint64_t packets = gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes);
     constexpr std::uint64_t kMostIds = 0xFF'FFFF; // fixed by the standard header; more is no picture
-    return packets < kMostIds ? static_cast<std::uint32_t>(packets + 1) : 0;
+    const bool isPlainPicture =
+        m_hasLeader && m_geometry.code == VxError::Ok && !PartId() && m_stepBytes != 0;
+    const std::uint64_t packets =
+        isPlainPicture ? gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes) : 0;
+    std::uint64_t end = packets + 1;
+    if (!isPlainPicture || m_geometry.payloadType.HasChunks()) {
+        // Nobody knows how many packets come behind; but one more does, the trailer if no other.
+        if (!overtakenAt)
+            return 0;
+        end = std::max<std::uint64_t>(end, m_highestId + std::uint64_t{1});
+    }
+    return end <= kMostIds ? static_cast<std::uint32_t>(end) : 0;
 }
 
 void OpenBlock::ExpectEnd(Time now)

@@ -50,6 +50,7 @@ constexpr std::uint32_t kGvspExtendedIds = 0x40000000; // 64-bit block ids
 constexpr std::uint32_t kCapabilitySourcePort = 0x80000000;
 constexpr std::uint32_t kCapabilityStandardIds = 0x40000000; // 16-bit block ids
 constexpr std::uint32_t kChannelCapabilityUnconditionalStreaming = 0x00000002;
+constexpr std::uint32_t kChannelCapabilityExtendedChunks = 0x00000001;
 
 // Timestamp control.
 constexpr std::uint32_t kTimestampLatch = 0x00000002;
@@ -70,5 +71,6 @@ constexpr std::uint32_t kPacketSizeMask = 0x0000FFFF; // bytes with IP, UDP and 
 
 // Stream channel configuration.
 constexpr std::uint32_t kUnconditionalStreaming = 0x00000002;
+constexpr std::uint32_t kExtendedChunks = 0x00000001; // chunks follow an image instead of being the payload
 
 } // namespace bootstrap

@@ -66,6 +66,7 @@ protected:
     {
         m_channel.asked.clear();
         Wait(6ms); // longer than an answer is waited for
+        Wait(2ms); // and than a gap, of what counts as missing only now
         return m_channel.asked;
     }
 
@@ -304,6 +305,46 @@ TEST_P(UnusualChunksTest, ChunkDataOfWhichNobodyKnowsThePictureAreNoneAndAreNotA
     EXPECT_TRUE(Asked().empty());
 }
 
+/// A first block, of which nobody knows how long its chunks are, and whose end is lost.
+class LostEndTest : public UnusualChunksTest {
+protected:
+    /// @param lost  packets, the trailer included
+    void ExpectTheEndIsAskedFor(std::size_t lost)
+    {
+        const auto packets = m_stream.Block(1);
+        SendAll({packets.begin(), packets.end() - static_cast<std::ptrdiff_t>(lost)});
+        SendAll(m_stream.Block(2));
+        for (std::size_t i = 0; i < lost; ++i) {
+            for (const auto& [first, last] : Asked()) {
+                for (std::uint32_t id = first; id <= last; ++id)
+                    Send(packets.at(id));
+            }
+        }
+        ASSERT_EQ(m_sink.delivered.size(), 2u);
+        EXPECT_EQ(m_sink.delivered[0].info.code, VxError::Ok);
+        EXPECT_EQ(m_sink.delivered[1].info.code, VxError::Ok);
+        EXPECT_EQ(m_counters.packetsRequestedAgain.Value(), lost);
+    }
+};
+
+TEST_P(LostEndTest, ALostTrailerIsAskedForWhenTheNextBlockHasCome)
+{
+    ExpectTheEndIsAskedFor(1);
+}
+
+TEST_P(LostEndTest, ALostLastPacketAndItsTrailerAreAskedForWhenTheNextBlockHasCome)
+{
+    ExpectTheEndIsAskedFor(2);
+}
+
+TEST_P(LostEndTest, MoreThanTheChunksIsAskedForWhenTheNextBlockHasCome)
+{
+    ExpectTheEndIsAskedFor(4);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ids, LostEndTest, testing::Values(gvsp::IdMode::Standard, gvsp::IdMode::Extended),
+                         [](const auto& each) { return IdsOf(each.param); });
+
 TEST_P(UnusualChunksTest, ABlockWithFullPacketsAloneThatHasFewerBytesThanItTellsIsNotGood)
 {
     m_stream.chunks = {ChunkPackets::kPictureBytes, 700, 216};
@@ -380,15 +421,26 @@ TEST_P(TwoPacketsTest, OtherPacketsThanBeforeAreTakenAlsoWhenTheFirstOneIsLate)
     EXPECT_TRUE(m_channel.asked.empty());
 }
 
-TEST_P(TwoPacketsTest, AFirstPacketThatIsLateAndWasCutIsNotTaken)
+TEST_P(TwoPacketsTest, AFirstPacketThatIsLateAndWasCutIsNotTakenButAskedForAgain)
 {
     EXPECT_EQ(CodeWithout(Block(1, 2000, 500)), VxError::Ok);
     std::uint64_t id = 1;
     for (std::size_t left = 1; left < 400; ++left) {
         auto packets = Block(++id, 700, 400);
         packets[1].resize(gvsp::HeaderBytes(m_stream.idMode) + left);
-        ASSERT_EQ(CodeWithout({packets[0], packets[2], packets[1], packets[3]}), VxError::MissingPackets)
-            << left;
+        const Packet whole = Block(id, 700, 400)[1];
+        SendAll({packets[0], packets[2], packets[1], packets[3]});
+        ASSERT_EQ(Asked(), Ranges({{1, 1}})) << left;
+        ASSERT_EQ(m_sink.delivered.size(), id - 1) << left;
+        if (left % 2 == 0) {
+            Send(packets[1]); // cut again
+            Wait(300ms);
+            ASSERT_EQ(LastCode(), VxError::MissingPackets) << left;
+        } else {
+            Send(whole);
+            ExpectPicture(id);
+        }
+        EXPECT_EQ(CodeWithout(Block(++id, 2000, 500)), VxError::Ok); // larger packets again
     }
 }
 
@@ -421,8 +473,7 @@ TEST_P(TwoPacketsTest, AFirstPacketThatWasCutIsTakenAgainBesideTheLastOfThree)
     const auto packets = Block(2, 1100, 500);
     auto cut = packets[1];
     cut.resize(gvsp::HeaderBytes(m_stream.idMode) + 400);
-    SendAll({packets[0], cut, packets[3]}); // 2 is lost
-    EXPECT_EQ(Asked(), Ranges({{2, 2}}));
+    SendAll({packets[0], cut, packets[3]});
     Send(packets[2]); // longer: the first one was cut
     EXPECT_EQ(Asked(), Ranges({{1, 1}, {3, 3}, {4, 4}}));
     SendAll({packets[1], packets[3], packets[4]});
