@@ -32,6 +32,11 @@ void MedianTable::AddGoal(const std::string& work, const std::string& goal)
     benchmark::AddCustomContext("goal of " + work, goal);
 }
 
+void MedianTable::SetRow(const std::string& work, const std::string& row)
+{
+    benchmark::AddCustomContext("row of " + work, row);
+}
+
 bool MedianTable::ReportContext(const Context& context)
 {
     PrintBasicContext(&std::cerr, context);

@@ -28,6 +28,9 @@ public:
     ///              a time, as "10 ms"; several with commas between
     static void AddGoal(const std::string& work, const std::string& goal);
 
+    /// Works of one row stand in one line of the table of all programs, with the one that does worst.
+    static void SetRow(const std::string& work, const std::string& row);
+
     bool ReportContext(const Context& context) override;
     void ReportRuns(const std::vector<Run>& runs) override;
     void Finalize() override;

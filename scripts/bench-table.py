@@ -16,7 +16,7 @@ UNIT_SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 
 
 class Results:
-    """Of one system: seconds of real time by name, error texts by name, peers and goals by work."""
+    """Of one system: seconds of real time by name, error texts by name, peers, goals and rows by work."""
 
     def __init__(self):
         self.medians = {}
@@ -24,6 +24,7 @@ class Results:
         self.errors = {}
         self.peers = {}
         self.goals = {}
+        self.rows = {}
 
     def add(self, text):
         results = json.loads(text)
@@ -32,6 +33,8 @@ class Results:
                 self.peers[key.removeprefix("peer of ")] = value
             elif key.startswith("goal of "):
                 self.goals[key.removeprefix("goal of ")] = value
+            elif key.startswith("row of "):
+                self.rows[key.removeprefix("row of ")] = value
         for run in results["benchmarks"]:
             name = run.get("run_name", run["name"]).removesuffix("/real_time")
             if run.get("error_occurred"):
@@ -102,25 +105,50 @@ def judged(goals, seconds, ratio):
     return "met" if all(value <= most for value, most in values) else "missed"
 
 
+class Line:
+    """How one work went on one system."""
+
+    def __init__(self, results, work):
+        self.work = work
+        self.seconds = results.compared(work)
+        self.rate = results.rates[work + "/ours"]
+        self.goal = results.goals.get(work)
+        others = [self.seconds[who] for who in PEERS if who in self.seconds]
+        self.ratio = self.ours / min(others) if others else None
+        self.of_open_cv = self.ours / self.seconds["OpenCV"] if "OpenCV" in self.seconds else None
+        self.verdict = judged(self.goal, self.seconds, self.ratio)
+
+    @property
+    def ours(self):
+        return self.seconds["ours"]
+
+    def badness(self):
+        """What misses its goal is worst, then what is slowest beside OpenCV, then what is slowest."""
+        return self.verdict == "missed", self.of_open_cv or 0, self.ours
+
+    def cells(self, system, count):
+        name = self.work if count == 1 else f"{self.work}, worst of {count}"
+        return (name, system, text_of(self.ours), rate_of(self.rate),
+                *(text_of(self.seconds.get(who)) for who in PEERS),
+                *("-" if value is None else f"{value:.2f}" for value in (self.ratio, self.of_open_cv)),
+                self.goal or "-", self.verdict)
+
+
 def comparison_rows(systems):
-    """One row for each work and system: ours and its output, the others, ours as a multiple of the best of them and of
-    OpenCV, the goal."""
-    works = {name.removesuffix("/ours") for results in systems.values() for name in results.medians
-             if name.endswith("/ours")}
+    """For each row (of one work, or of several that hardly differ: then the worst of them) and system: ours and its
+    output, the others, ours as a multiple of the best of them and of OpenCV, the goal."""
+    rows = {}
+    for results in systems.values():
+        for name in results.medians:
+            work = name.removesuffix("/ours")
+            if work != name:
+                rows.setdefault(results.rows.get(work, work), set()).add(work)
     # The programs measure in an order made by chance.
-    for work in sorted(works):
+    for works in sorted(rows.values(), key=min):
         for system, results in systems.items():
-            seconds = results.compared(work)
-            if "ours" not in seconds:
-                continue
-            others = [seconds[who] for who in PEERS if who in seconds]
-            ratio = seconds["ours"] / min(others) if others else None
-            of_open_cv = seconds["ours"] / seconds["OpenCV"] if "OpenCV" in seconds else None
-            goal = results.goals.get(work)
-            yield (work, system, text_of(seconds["ours"]), rate_of(results.rates[work + "/ours"]),
-                   *(text_of(seconds.get(who)) for who in PEERS),
-                   *("-" if value is None else f"{value:.2f}" for value in (ratio, of_open_cv)),
-                   goal or "-", judged(goal, seconds, ratio))
+            lines = [Line(results, work) for work in sorted(works) if work + "/ours" in results.medians]
+            if lines:
+                yield max(lines, key=Line.badness).cells(system, len(lines))
 
 
 def single_rows(systems):

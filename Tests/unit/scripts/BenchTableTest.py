@@ -91,6 +91,22 @@ class BenchTableTest(unittest.TestCase):
 
         self.assertIn(["Copy", "native", "2.000 ms", "3.10", "-", "-", "-", "-", "-", "-", "-"], rows)
 
+    def rows_of_two(self, runs):
+        """@return  the names in the first column, of two works that share a row."""
+        context = {f"{kind} of {work}": value for work in ("RGGB", "BGGR")
+                   for kind, value in (("row", "Bayer"), ("goal", "1 x OpenCV"))}
+        _, rows, _ = table_of({"native-A.json": (context, runs)})
+        return [row[0] for row in rows if len(row) > 1 and row[1] == "native"]
+
+    def test_works_of_one_row_stand_in_one_line_with_the_worst(self):
+        slower = [median("RGGB/ours", 150), median("BGGR/ours", 160)]
+        self.assertEqual(self.rows_of_two(slower), ["BGGR, worst of 2"])
+        slower_beside = slower + [median("RGGB/OpenCV", 300), median("BGGR/OpenCV", 400)]
+        self.assertEqual(self.rows_of_two(slower_beside), ["RGGB, worst of 2"])
+        slower_than_all = slower + [median("RGGB/OpenCV", 300), median("BGGR/OpenCV", 159)]
+        self.assertEqual(self.rows_of_two(slower_than_all), ["BGGR, worst of 2"])
+        self.assertEqual(self.rows_of_two(slower[:1]), ["RGGB"])
+
     def test_shows_both_systems_beside_each_other(self):
         _, rows, _ = table_of({"native-A.json": ({}, [median("Start", 2, "ms")]),
                                "wine-A.json": ({}, [median("Start", 3, "s")])})
