@@ -5,6 +5,7 @@
 #include "VxCamera/wire/registers/BootstrapRegisters.h"
 
 #include "VxSimulator/device/SimulatedRegisters.h"
+#include "VxSimulator/stream/ChunkList.h"
 
 #include <algorithm>
 #include <cmath>
@@ -116,7 +117,7 @@ void CameraModel::AfterWrite(std::uint32_t address, Time now)
         m_memory.Store32(address, std::min(m_memory.Load32(address), kPacketDelayMaxTicks));
         break;
     case kStreamChannelConfiguration:
-        KeepBits(address, kUnconditionalStreaming);
+        KeepBits(address, kUnconditionalStreaming | kExtendedChunks);
         break;
     default:
         AfterFeatureWrite(address, now);
@@ -147,7 +148,14 @@ void CameraModel::AfterFeatureWrite(std::uint32_t address, Time now)
     case kWidth:
     case kHeight:
     case kPixelFormat:
+    case kChunkModeActive:
+    case kChunkEnable + 4:
+    case kChunkEnable + 8:
         KeepPayloadSize();
+        break;
+    case kChunkEnable:
+        // The picture always comes. Clients are not refused who switch everything off before they begin.
+        m_memory.Store32(address, 1);
         break;
     case kUserSetLoad:
         if (m_memory.Load32(address) != 0)
@@ -214,7 +222,20 @@ void CameraModel::KeepPayloadSize()
     const PictureFormat* format = FindPictureFormat(m_memory.Load32(kPixelFormat));
     const std::size_t bytes =
         format != nullptr ? PictureBytes(*format, m_memory.Load32(kWidth), m_memory.Load32(kHeight)) : 0;
-    m_memory.Store32(kPayloadSize, static_cast<std::uint32_t>(bytes)); // at most 2^30
+    m_memory.Store32(kPayloadSize, static_cast<std::uint32_t>(bytes + ChunkBytes(Chunks()))); // below 2^31
+}
+
+ChunkOrder CameraModel::Chunks() const
+{
+    ChunkOrder chunks;
+    if (m_memory.Load32(kChunkModeActive) == 0)
+        return chunks;
+    const bool isExtended =
+        (m_memory.Load32(bootstrap::kStreamChannelConfiguration) & bootstrap::kExtendedChunks) != 0;
+    chunks.way = isExtended ? ChunkOrder::Way::BehindImage : ChunkOrder::Way::AsPayload;
+    chunks.hasFrameId = m_memory.Load32(kChunkEnable + 4) != 0;
+    chunks.hasTimestamp = m_memory.Load32(kChunkEnable + 8) != 0;
+    return chunks;
 }
 
 void CameraModel::RefreshVolatile(Time now)
@@ -307,6 +328,7 @@ FrameOrder CameraModel::MakeOrder(Time now) const
     order.packetDelay =
         std::chrono::nanoseconds(m_memory.Load32(kStreamChannelPacketDelay)); // a tick is 1 ns
     order.destination = StreamDestination();
+    order.chunks = Chunks();
     return order;
 }
 

@@ -73,6 +73,7 @@ private:
     [[nodiscard]] std::chrono::nanoseconds FramePeriod() const;
     [[nodiscard]] bool IsBeyondLimit() const;
     [[nodiscard]] FrameOrder MakeOrder(Time now) const;
+    [[nodiscard]] ChunkOrder Chunks() const;
     void AfterWrite(std::uint32_t address, Time now);
     void AfterFeatureWrite(std::uint32_t address, Time now);
     void StartAcquisition(Time now);

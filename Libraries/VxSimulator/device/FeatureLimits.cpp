@@ -53,6 +53,11 @@ constexpr std::array kIntegers{
     IntegerLimit{kLutEnable, 0, 1},
     IntegerLimit{kUserSetSelector, 0, 0},
     IntegerLimit{kUserSetLoad, 0, 1, 1, kLocked},
+    IntegerLimit{kChunkModeActive, 0, 1, 1, kLocked},
+    IntegerLimit{kChunkSelector, 0, kChunks - 1},
+    IntegerLimit{kChunkEnable, 0, 1, 1, kLocked},
+    IntegerLimit{kChunkEnable + 4, 0, 1, 1, kLocked},
+    IntegerLimit{kChunkEnable + 8, 0, 1, 1, kLocked},
 };
 
 /// Part of the sensor: a size, or where it begins, and the register that is the other one.

@@ -76,6 +76,7 @@ constexpr std::array kRanges{
     Range{kLut, kLutBytes, Access::ReadWrite},
     Range{kUserSetSelector, 8, Access::ReadWrite},
     Range{kPacketSizeMax, 4, Access::ReadOnly},
+    Range{kChunkModeActive, 4 * (2 + kChunks), Access::ReadWrite},
 };
 
 void StoreIdentity(DeviceMemory& memory, const VxSimulatorOptions& options, const NetworkFacts& network)
@@ -128,7 +129,9 @@ void StoreCapabilities(DeviceMemory& memory, const VxSimulatorOptions& options, 
 
     memory.Store32(kStreamChannelPacketSize, std::min(kInitialPacketSize, LargestPacketSize(network)));
     memory.Store32(kStreamChannelSourcePort, network.streamSourcePort);
-    memory.Store32(kStreamChannelCapabilities, kChannelCapabilityUnconditionalStreaming);
+    memory.Store32(kStreamChannelCapabilities,
+                   kChannelCapabilityUnconditionalStreaming | kChannelCapabilityExtendedChunks);
+    memory.Store32(kStreamChannelConfiguration, kExtendedChunks);
     memory.Store32(kPacketSizeMax, LargestPacketSize(network));
 }
 
@@ -199,6 +202,10 @@ void StoreDefaultFeatures(DeviceMemory& memory, const VxSimulatorOptions& option
     memory.Store32(kPixelFormat, options.pixelFormat);
     memory.Store32(kTestPattern, 0);
     memory.Store32(kLutEnable, 0);
+    memory.Store32(kChunkModeActive, 0);
+    memory.Store32(kChunkEnable, 1); // the picture
+    memory.Store32(kChunkEnable + 4, 0);
+    memory.Store32(kChunkEnable + 8, 0);
 }
 
 DeviceMemory MakeInitialMemory(const VxSimulatorOptions& options, const NetworkFacts& network)

@@ -51,6 +51,11 @@ constexpr std::uint32_t kUserSetSelector = 0xA600;
 constexpr std::uint32_t kUserSetLoad = 0xA604;
 constexpr std::uint32_t kPacketSizeMax = 0xA700; // bytes
 
+constexpr std::uint32_t kChunkModeActive = 0xA800;
+constexpr std::uint32_t kChunkSelector = 0xA804;
+constexpr std::uint32_t kChunkEnable = 0xA808; // one register per chunk: picture, frame id, timestamp
+constexpr std::uint32_t kChunks = 3;
+
 constexpr std::uint32_t kDescription = 0x00010000;
 
 // Values of AcquisitionMode.

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "VxBase/VxByteWriter.h"
 #include "VxBase/VxClock.h"
+
+#include "VxCamera/wire/gvsp/PayloadType.h"
 
 #include "VxSimulator/stream/FrameOrder.h"
 
@@ -17,7 +20,7 @@ namespace simulator {
 /// Whether a packet is sent for the first time.
 enum class Sending { First, Again };
 
-/// One frame, and the packets it is sent in: leader, payload, trailer.
+/// One frame, and the packets it is sent in: leader, payload with the chunks that were ordered, trailer.
 ///
 /// Owner:  BlockStore and whoever is sending, together: a block may be asked for again while the next is
 /// sent. Thread: immutable once it is filled.
@@ -46,11 +49,15 @@ public:
     void TakeNotes() { m_sentAt = std::make_unique<std::atomic<IVxClock::Time::rep>[]>(PacketCount()); }
 
     /// Gives the picture's memory back for another block.
-    [[nodiscard]] std::vector<std::byte> TakePicture() { return std::move(m_picture); }
+    [[nodiscard]] std::vector<std::byte> TakePicture() { return std::move(m_payload); }
 
 private:
+    [[nodiscard]] gvsp::PayloadType PayloadType() const;
+    void WriteLeader(VxByteWriter& out) const;
+    void WriteTrailer(VxByteWriter& out) const;
+
     FrameOrder m_order;
-    std::vector<std::byte> m_picture;
+    std::vector<std::byte> m_payload; // the picture, and chunks behind it
     std::size_t m_bytesPerPacket;
     std::uint32_t m_payloadPackets;
     // Of each packet; 0: not sent yet. Written by the thread that sends, read by others; empty without notes.

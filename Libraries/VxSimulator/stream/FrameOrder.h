@@ -12,6 +12,18 @@
 
 namespace simulator {
 
+/// Which chunks come with a frame, and how. The picture is the first of them.
+struct ChunkOrder {
+    enum class Way {
+        None,        ///< the payload is the picture
+        BehindImage, ///< an image with chunks behind it, since version 2 of the protocol
+        AsPayload,   ///< chunk data, whose leader tells nothing of a picture
+    };
+    Way way = Way::None;
+    bool hasFrameId = false;
+    bool hasTimestamp = false;
+};
+
 /// All that is needed to make and send one frame: the camera's settings at the moment it was due.
 struct FrameOrder {
     std::uint64_t frameNumber = 0; ///< shown in the picture; counts from the camera's start
@@ -27,6 +39,7 @@ struct FrameOrder {
     std::size_t packetSizeBytes = 0; ///< with the headers of IP, UDP and GVSP
     std::chrono::nanoseconds packetDelay{0};
     transport::Ipv4Endpoint destination;
+    ChunkOrder chunks{};
 };
 
 } // namespace simulator

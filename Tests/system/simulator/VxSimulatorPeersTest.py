@@ -34,7 +34,8 @@ SMALL = ("--width", "320", "--height", "240")
 # Of the test client: what it may expect of this camera, and what it cannot judge. Its schema test compares with a
 # schema of version 1.0, and this camera's description has version 1.1.
 TEST_CLIENT_SETTINGS = """[Vexa:SimulatedCamera]
-ChunksSupport=false
+ChunkList=FrameID Timestamp
+ChunksSupport=true
 Schema=ignore
 SensorSize=4096;3072
 SoftwareTriggerSupport=true
@@ -178,7 +179,7 @@ class ClientsOwnTest(unittest.TestCase):
     EXPECTED = ("Genicam:Load", "Properties:SensorSizeReadout", "Properties:GainReadout",
                 "Properties:ExposureTimeReadout", "MultipleAcquisitionA:BufferCheck",
                 "MultipleAcquisitionA:FrameRate", "SingleAcquisition:BufferCheck", "SoftwareTrigger:BufferCheck",
-                "MultipleAcquisitionB:BufferCheck", "MultipleAcquisitionB:FrameRate", "Chunks:NoSupport",
+                "MultipleAcquisitionB:BufferCheck", "MultipleAcquisitionB:FrameRate", "Chunks:BufferCheck",
                 "GigEVision:NStreamChannels", "GigEVision:StreamChannel")
 
     def test_every_test_of_the_client_succeeds(self):

@@ -2,6 +2,7 @@
 
 #include "VxSimulator/device/InitialMemory.h"
 #include "VxSimulator/picture/PictureFormat.h"
+#include "VxSimulator/stream/ChunkList.h"
 
 #include "support/Bytes.h"
 
@@ -10,6 +11,7 @@
 
 #include <cctype>
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -87,10 +89,11 @@ TEST_P(CameraDescriptionTest, EveryAddressIsInTheMemoryOfTheCamera)
     int addresses = 0;
 
     ForEach(m_document, [&](const pugi::xml_node& element) {
-        if (std::string_view(element.name()) != "Address")
+        const pugi::xml_node node = element.parent();
+        const bool isOfChunk = std::string_view(node.child_value("pPort")) != "Device";
+        if (std::string_view(element.name()) != "Address" || isOfChunk)
             return;
         ++addresses;
-        const pugi::xml_node node = element.parent();
         const std::string_view access = node.child_value("AccessMode");
         const auto address = static_cast<std::uint32_t>(std::stoul(element.child_value(), nullptr, 0));
         bytes::Vector place(std::stoul(node.child_value("Length"), nullptr, 0));
@@ -132,6 +135,21 @@ TEST_P(CameraDescriptionTest, ListsExactlyTheFormatsThatTheCameraSends)
     for (const PictureFormat& format : PictureFormats())
         sent.emplace(format.name, format.code);
     EXPECT_EQ(listed, sent);
+}
+
+TEST_P(CameraDescriptionTest, ItsChunksAreThoseThatTheCameraSends)
+{
+    std::map<std::string, std::uint32_t> ports;
+    ForEach(m_document, [&](const pugi::xml_node& element) {
+        if (std::string_view(element.name()) == "Port" && element.child("ChunkID"))
+            ports.emplace(
+                element.attribute("Name").value(),
+                static_cast<std::uint32_t>(std::stoul(element.child_value("ChunkID"), nullptr, 16)));
+    });
+
+    const std::map<std::string, std::uint32_t> sent{{"ChunkFrameIDPort", kFrameIdChunk},
+                                                    {"ChunkTimestampPort", kTimestampChunk}};
+    EXPECT_EQ(ports, sent);
 }
 
 INSTANTIATE_TEST_SUITE_P(Both, CameraDescriptionTest,

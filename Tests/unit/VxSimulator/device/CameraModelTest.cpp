@@ -2,6 +2,7 @@
 
 #include "VxBase/VxByteOrder.h"
 
+#include "VxCamera/wire/registers/BootstrapBits.h"
 #include "VxCamera/wire/registers/BootstrapRegisters.h"
 
 #include "VxSimulator/device/SimulatedRegisters.h"
@@ -71,6 +72,64 @@ protected:
     CameraModel::Time m_now{1h};
     std::optional<CameraModel> m_model{std::in_place, Options(), NetworkFacts{}, m_now};
 };
+
+TEST_F(CameraModelTest, ThePayloadGrowsWithTheChunksThatAreSwitchedOn)
+{
+    const std::uint32_t picture = Read(kPayloadSize);
+    EXPECT_EQ(Write(kChunkEnable + 4, 1), Status::Success);
+    EXPECT_EQ(Read(kPayloadSize), picture) << "the mode is off";
+    EXPECT_EQ(Write(kChunkModeActive, 1), Status::Success);
+    EXPECT_EQ(Read(kPayloadSize), picture + 8 + 16);
+    EXPECT_EQ(Write(kChunkEnable + 8, 1), Status::Success);
+    EXPECT_EQ(Read(kPayloadSize), picture + 8 + 16 + 16);
+    EXPECT_EQ(Write(kWidth, 128), Status::Success);
+    EXPECT_EQ(Read(kPayloadSize), 128 * Read(kHeight) + 40);
+    EXPECT_EQ(Write(kUserSetLoad, 1), Status::Success);
+    EXPECT_EQ(Read(kPayloadSize), picture);
+}
+
+TEST_F(CameraModelTest, ThePictureIsAChunkThatStaysOn)
+{
+    EXPECT_EQ(Read(kChunkEnable), 1u);
+    EXPECT_EQ(Write(kChunkEnable, 0), Status::Success) << "who switches everything off first is not refused";
+    EXPECT_EQ(Read(kChunkEnable), 1u);
+    EXPECT_EQ(Write(kChunkSelector, kChunks), Status::InvalidParameter);
+}
+
+TEST_F(CameraModelTest, FramesHaveTheChunksThatAreSwitchedOn)
+{
+    ASSERT_EQ(Write(kChunkEnable + 8, 1), Status::Success);
+    StartStreaming();
+    const auto without = m_model->TakeFrame(m_now);
+    ASSERT_TRUE(without);
+    EXPECT_EQ(without->chunks.way, ChunkOrder::Way::None);
+    EXPECT_EQ(Write(kChunkModeActive, 1), Status::AccessDenied) << "frames would change their size";
+    EXPECT_EQ(Write(kChunkEnable + 4, 1), Status::AccessDenied);
+    ASSERT_EQ(Write(kAcquisitionStop, 1), Status::Success);
+
+    ASSERT_EQ(Write(kChunkModeActive, 1), Status::Success);
+    ASSERT_EQ(Write(kAcquisitionStart, 1), Status::Success);
+    const auto with = m_model->TakeFrame(m_now + 1s);
+    ASSERT_TRUE(with);
+    EXPECT_EQ(with->chunks.way, ChunkOrder::Way::BehindImage);
+    EXPECT_FALSE(with->chunks.hasFrameId);
+    EXPECT_TRUE(with->chunks.hasTimestamp);
+}
+
+TEST_F(CameraModelTest, ChunksAreThePayloadForAnApplicationThatSwitchesExtendedChunksOff)
+{
+    using namespace bootstrap;
+    EXPECT_NE(Read(kStreamChannelCapabilities) & kChannelCapabilityExtendedChunks, 0u);
+    EXPECT_EQ(Read(kStreamChannelConfiguration) & kExtendedChunks, kExtendedChunks);
+    ASSERT_EQ(Write(kStreamChannelConfiguration, 0), Status::Success);
+    ASSERT_EQ(Write(kChunkModeActive, 1), Status::Success);
+    StartStreaming();
+
+    const auto order = m_model->TakeFrame(m_now);
+
+    ASSERT_TRUE(order);
+    EXPECT_EQ(order->chunks.way, ChunkOrder::Way::AsPayload);
+}
 
 TEST_F(CameraModelTest, SendsNothingBeforeAcquisitionIsStarted)
 {
@@ -331,7 +390,7 @@ TEST_F(CameraModelTest, LosingControlEndsAcquisitionAndClosesTheChannel)
 TEST_F(CameraModelTest, UnconditionalStreamingGoesOnWithoutControl)
 {
     ASSERT_EQ(Write(bootstrap::kStreamChannelConfiguration, 0xFFFFFFFF), Status::Success);
-    EXPECT_EQ(Read(bootstrap::kStreamChannelConfiguration), 2u) << "the only bit there is";
+    EXPECT_EQ(Read(bootstrap::kStreamChannelConfiguration), 3u) << "the only bits there are";
     StartStreaming();
 
     m_model->ControlLost();

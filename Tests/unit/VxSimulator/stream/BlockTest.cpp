@@ -100,6 +100,65 @@ TEST(BlockTest, APacketThatIsSentAgainSaysSo)
               FromHex("01 00 00 01 83 00 00 00"));
 }
 
+/// @return  the same with both chunks that a camera can add
+FrameOrder WithChunks(FrameOrder order, ChunkOrder::Way way)
+{
+    order.chunks = {.way = way, .hasFrameId = true, .hasTimestamp = true};
+    return order;
+}
+
+bytes::Vector LastPayload(const Block& block)
+{
+    return Packet(block, block.PacketCount() - 2);
+}
+
+TEST(BlockTest, ChunksComeBehindAnImageThatSaysSo)
+{
+    const auto block = MakeBlock(WithChunks(Order(), ChunkOrder::Way::BehindImage));
+
+    ASSERT_EQ(block.PacketCount(), 212u);
+    EXPECT_EQ(Packet(block, 0),
+              FromHex("00 00 12 34 01 00 00 00 | 00 00 40 01 00 00 00 01 23 45 67 89"
+                      "01 08 00 01 00 00 02 80 00 00 01 E0 00 00 00 00 00 00 00 00 00 00 00 00"));
+    const auto last = LastPayload(block);
+    ASSERT_EQ(last.size(), 8u + 1224 + 40);
+    EXPECT_EQ(bytes::Copy(std::span<const std::byte>(last).last(40)),
+              FromHex("00000001 0004B000 | 00000000 00001234 | 00000002 00000008 |"
+                      "00000001 23456789 | 00000003 00000008"));
+    EXPECT_EQ(Packet(block, 211), FromHex("00 00 12 34 02 00 00 D3 | 0000 4001 000001E0 0004B028 00000007"));
+}
+
+TEST(BlockTest, ChunkDataTellNothingOfThePictureThatIsTheFirstOfThem)
+{
+    const auto block = MakeBlock(WithChunks(Order(), ChunkOrder::Way::AsPayload));
+
+    EXPECT_EQ(Packet(block, 0), FromHex("00 00 12 34 01 00 00 00 | 00 00 00 04 00 00 00 01 23 45 67 89"));
+    EXPECT_EQ(LastPayload(block).size(), 8u + 1224 + 40);
+    EXPECT_EQ(Packet(block, 211), FromHex("00 00 12 34 02 00 00 D3 | 0000 0004 0004B028"));
+}
+
+TEST(BlockTest, OnlyChunksThatAreSwitchedOnCome)
+{
+    auto order = WithChunks(Order(), ChunkOrder::Way::BehindImage);
+    order.chunks.hasFrameId = false;
+    EXPECT_EQ(bytes::Copy(std::span<const std::byte>(LastPayload(MakeBlock(order))).last(24)),
+              FromHex("00000001 0004B000 | 00000001 23456789 | 00000003 00000008"));
+    order.chunks.hasTimestamp = false;
+    const auto block = MakeBlock(order);
+    EXPECT_EQ(LastPayload(block).size(), 8u + 1224 + 8);
+    EXPECT_EQ(Packet(block, 211), FromHex("00 00 12 34 02 00 00 D3 | 0000 4001 000001E0 0004B008 00000001"));
+}
+
+TEST(BlockTest, ChunksThatDoNotFitIntoTheLastPacketOfThePictureTakeAnother)
+{
+    auto order = WithChunks(Order(), ChunkOrder::Way::BehindImage);
+    order.packetSizeBytes = 240 + 8 + 28; // the picture takes full packets
+    const auto block = MakeBlock(order);
+
+    EXPECT_EQ(block.PacketCount(), 640u * 480 / 240 + 1 + 2);
+    EXPECT_EQ(LastPayload(block).size(), 8u + 40);
+}
+
 TEST(BlockTest, NoPacketIsLongerThanThePacketSize)
 {
     auto order = Order();
