@@ -228,7 +228,7 @@ void OpenBlock::WithdrawCutPieces(Time now)
     if (m_pieces.Cover(end) || m_geometry.IsJoined(m_payloadBytes))
         return;
     for (const PartPieces::Piece& cut : m_pieces.TakeCut(end))
-        Withdraw(cut.packetId, cut.offset < Capacity() ? cut.bytes : 0, now);
+        Withdraw(cut.packetId, cut.bytes, now);
 }
 
 /// Learns the step from the packets.

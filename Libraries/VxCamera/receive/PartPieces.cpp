@@ -5,72 +5,72 @@
 
 namespace receive {
 
-namespace {
-
-bool IsBefore(const PartPieces::Piece& a, const PartPieces::Piece& b)
+bool PartPieces::IsBefore(const Run& a, const Run& b)
 {
-    return std::tie(a.offset, a.packetId) < std::tie(b.offset, b.packetId);
+    return std::tie(a.begin, a.last.packetId) < std::tie(b.begin, b.last.packetId);
 }
-
-} // namespace
 
 void PartPieces::Clear()
 {
-    m_pieces.clear();
-    m_coveredBytes = 0;
+    m_runs.clear();
     m_isSorted = true;
 }
 
 void PartPieces::Add(const Piece& piece)
 {
-    m_isSorted = m_isSorted && (m_pieces.empty() || IsBefore(m_pieces.back(), piece));
-    m_pieces.push_back(piece);
-    if (piece.offset <= m_coveredBytes)
-        m_coveredBytes = std::max(m_coveredBytes, piece.End());
+    const std::uint64_t end = piece.offset + piece.bytes;
+    if (!m_runs.empty() && m_runs.back().end == piece.offset) {
+        m_runs.back().end = end;
+        m_runs.back().last = piece;
+        return;
+    }
+    const Run run{piece.offset, end, piece};
+    m_isSorted = m_isSorted && (m_runs.empty() || IsBefore(m_runs.back(), run));
+    m_runs.push_back(run);
 }
 
 void PartPieces::Sort() const
 {
-    if (m_isSorted)
-        return;
-    std::ranges::sort(m_pieces, IsBefore);
+    if (!m_isSorted)
+        std::ranges::sort(m_runs, IsBefore);
     m_isSorted = true;
-    m_coveredBytes = 0;
-    for (const Piece& piece : m_pieces) {
-        if (piece.offset > m_coveredBytes)
-            return;
-        m_coveredBytes = std::max(m_coveredBytes, piece.End());
-    }
 }
 
 bool PartPieces::Cover(std::uint64_t endBytes) const
 {
-    if (m_coveredBytes < endBytes)
-        Sort();
-    return m_coveredBytes >= endBytes;
+    Sort();
+    std::uint64_t covered = 0;
+    for (const Run& run : m_runs) {
+        if (run.begin > covered)
+            break;
+        covered = std::max(covered, run.end);
+    }
+    return covered >= endBytes;
+}
+
+void PartPieces::TakeLast(Run& run)
+{
+    if (run.last.packetId == 0)
+        return; // it was taken before, and came again at another place
+    m_cut.push_back(run.last);
+    run.end = run.last.offset;
+    run.last = {};
 }
 
 const std::vector<PartPieces::Piece>& PartPieces::TakeCut(std::uint64_t endBytes)
 {
     Sort();
     m_cut.clear();
-    const Piece* reaching = nullptr; // furthest, of those so far
-    for (const Piece& piece : m_pieces) {
-        const bool isHole = reaching != nullptr && piece.offset > reaching->End();
-        if (isHole && reaching->End() < endBytes)
-            m_cut.push_back(*reaching);
-        if (reaching == nullptr || piece.End() >= reaching->End())
-            reaching = &piece;
+    Run* reaching = nullptr; // furthest, of those so far
+    for (Run& run : m_runs) {
+        if (reaching != nullptr && run.begin > reaching->end && reaching->end < endBytes)
+            TakeLast(*reaching);
+        if (reaching == nullptr || run.end >= reaching->end)
+            reaching = &run;
     }
-    if (reaching != nullptr && reaching->End() < endBytes)
-        m_cut.push_back(*reaching);
-    std::erase_if(m_pieces, [next = m_cut.begin(), end = m_cut.end()](const Piece& piece) mutable {
-        const bool isCut = next != end && next->packetId == piece.packetId; // both are in order
-        next += isCut ? 1 : 0;
-        return isCut;
-    });
-    m_isSorted = false; // and what is covered is counted anew
-    m_coveredBytes = 0;
+    if (reaching != nullptr && reaching->end < endBytes)
+        TakeLast(*reaching);
+    std::erase_if(m_runs, [](const Run& run) { return run.begin == run.end; });
     return m_cut;
 }
 

@@ -20,8 +20,6 @@ public:
         std::uint32_t packetId = 0;
         std::uint64_t offset = 0; ///< 48 bits
         std::size_t bytes = 0;
-
-        [[nodiscard]] std::uint64_t End() const { return offset + bytes; }
     };
 
     void Clear();
@@ -36,11 +34,20 @@ public:
     [[nodiscard]] const std::vector<Piece>& TakeCut(std::uint64_t endBytes);
 
 private:
-    void Sort() const;
+    /// Pieces side by side, as packets bring them that come in order. Only behind the last one there can be a
+    /// hole, so no other one was cut.
+    struct Run {
+        std::uint64_t begin = 0;
+        std::uint64_t end = 0;
+        Piece last; ///< id 0: it was taken out
+    };
 
-    // By place. Sorted only when somebody asks, and mostly is by then: packets come in order.
-    mutable std::vector<Piece> m_pieces;
-    mutable std::uint64_t m_coveredBytes = 0; // from the beginning, without a hole
+    [[nodiscard]] static bool IsBefore(const Run& a, const Run& b);
+    void Sort() const;
+    void TakeLast(Run& run);
+
+    // By place. Sorted only when somebody asks, and mostly is by then.
+    mutable std::vector<Run> m_runs;
     mutable bool m_isSorted = true;
     std::vector<Piece> m_cut;
 };

@@ -1,15 +1,15 @@
+#include "AskingFixture.h"
 #include "ChunkPackets.h"
-#include "FakeSink.h"
-
-#include "VxCamera/receive/BlockAssembler.h"
-#include "VxCamera/wire/gvsp/MultiPart.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <random>
-#include <utility>
+#include <string>
+#include <tuple>
 #include <vector>
 
 namespace receive {
@@ -17,70 +17,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using Packet = StreamPackets::Packet;
-
-/// A camera that notes what it is asked for, and sends nothing by itself.
-class NotingChannel final : public IResendChannel {
-public:
-    using Range = std::pair<std::uint32_t, std::uint32_t>;
-
-    [[nodiscard]] bool IsOpen() const override { return true; }
-    void Ask(gvsp::IdMode idMode, std::uint64_t, std::uint32_t first, std::uint32_t last) override
-    {
-        lastMode = idMode;
-        asked.emplace_back(first, last);
-    }
-
-    std::vector<Range> asked;
-    gvsp::IdMode lastMode = gvsp::IdMode::Standard;
-};
-using Ranges = std::vector<NotingChannel::Range>;
-
-/// An assembler of a device in control, whose camera sends again.
-class AskingFixture {
-protected:
-    static constexpr std::size_t kBufferBytes = 5000;
-
-    void Send(const Packet& packet) { m_assembler.OnPacket(packet, m_now); }
-    void SendAll(const std::vector<Packet>& packets)
-    {
-        for (const Packet& packet : packets)
-            Send(packet);
-    }
-    void Wait(std::chrono::milliseconds duration)
-    {
-        m_now += duration;
-        m_assembler.OnTime(m_now);
-    }
-    /// Nothing is sent again.
-    [[nodiscard]] VxError CodeWithout(const std::vector<Packet>& packets)
-    {
-        const std::size_t before = m_sink.delivered.size();
-        SendAll(packets);
-        Wait(300ms);
-        EXPECT_EQ(m_sink.delivered.size(), before + 1);
-        return m_sink.delivered.back().info.code;
-    }
-    [[nodiscard]] VxError LastCode() const { return m_sink.delivered.back().info.code; }
-    /// @return  what is asked for within a few milliseconds
-    [[nodiscard]] Ranges Asked()
-    {
-        m_channel.asked.clear();
-        Wait(6ms); // longer than an answer is waited for
-        Wait(2ms); // and than a gap, of what counts as missing only now
-        return m_channel.asked;
-    }
-
-    FakeSink m_sink{4, kBufferBytes};
-    StreamCounters m_counters;
-    NotingChannel m_channel;
-    BlockAssembler m_assembler{{}, m_sink, m_counters, &m_channel};
-    IVxClock::Time m_now{std::chrono::hours(1)};
-};
-
-std::string IdsOf(gvsp::IdMode mode)
-{
-    return mode == gvsp::IdMode::Extended ? "ExtendedIds" : "StandardIds";
-}
 
 /// A picture with chunks behind it, of every payload type that has them.
 class CutChunksTest : public testing::TestWithParam<std::tuple<gvsp::IdMode, std::uint16_t>>,
@@ -337,6 +273,19 @@ TEST_P(LostEndTest, ALostLastPacketAndItsTrailerAreAskedForWhenTheNextBlockHasCo
     ExpectTheEndIsAskedFor(2);
 }
 
+TEST_P(LostEndTest, ALostTrailerIsAskedForBesideALostLeader)
+{
+    const auto packets = m_stream.Block(1);
+    SendAll({packets.begin() + 1, packets.end() - 1});
+    SendAll(m_stream.Block(2));
+    const std::uint32_t end = m_stream.LastId() + 1;
+    EXPECT_EQ(Asked(), Ranges({{0, 0}, {end, end}}));
+    SendAll({packets.front(), packets.back()});
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    EXPECT_EQ(m_sink.delivered[0].info.code, VxError::Ok);
+}
+
 TEST_P(LostEndTest, MoreThanTheChunksIsAskedForWhenTheNextBlockHasCome)
 {
     ExpectTheEndIsAskedFor(4);
@@ -483,141 +432,6 @@ TEST_P(TwoPacketsTest, AFirstPacketThatWasCutIsTakenAgainBesideTheLastOfThree)
 }
 
 INSTANTIATE_TEST_SUITE_P(Ids, TwoPacketsTest, testing::Values(gvsp::IdMode::Standard, gvsp::IdMode::Extended),
-                         [](const auto& each) { return IdsOf(each.param); });
-
-/// A block of two parts: a map in packet 1, and behind it a picture in pieces.
-class CutPartsTest : public testing::TestWithParam<gvsp::IdMode>, protected AskingFixture {
-protected:
-    static constexpr std::uint32_t kFirstId = 2; // of the picture
-    static constexpr std::size_t kPieceBytes = 500;
-    static constexpr std::size_t kPictureBytes = std::size_t{64} * 40;
-
-    [[nodiscard]] Packet Head(std::uint64_t blockId, gvsp::PacketFormat format, std::uint32_t packetId) const
-    {
-        StreamPackets stream;
-        stream.idMode = GetParam();
-        return stream.Header(blockId, format, packetId);
-    }
-    [[nodiscard]] Packet Leader(std::uint64_t blockId) const
-    {
-        gvsp::PartDescriptor map{.dataType = gvsp::PartDescriptor::kConfidenceMap, .lengthBytes = 100};
-        const gvsp::PartDescriptor picture{.dataType = gvsp::PartDescriptor::kImage2D,
-                                           .lengthBytes = kPictureBytes,
-                                           .pixelFormat = 0x01080001,
-                                           .widthPx = 64,
-                                           .heightPx = 40};
-        Packet data(gvsp::kLeaderStartBytes + 2 * gvsp::kPartDescriptorBytes);
-        VxByteWriter out(data);
-        gvsp::WriteLeaderStart(out, {.payloadType = {gvsp::PayloadType::kMultiPart}, .timestampTicks = 4711});
-        gvsp::WritePartDescriptor(out, map);
-        gvsp::WritePartDescriptor(out, picture);
-        return Joined(Head(blockId, gvsp::PacketFormat::Leader, 0), data);
-    }
-    [[nodiscard]] Packet Piece(std::uint64_t blockId, std::uint32_t packetId) const
-    {
-        const bool isMap = packetId < kFirstId;
-        const std::size_t begin = isMap ? 0 : (packetId - kFirstId) * kPieceBytes;
-        const std::size_t end = isMap ? 100 : std::min(begin + kPieceBytes, kPictureBytes);
-        Packet data(gvsp::kPartPrefixBytes);
-        VxByteWriter out(data);
-        gvsp::WritePartPrefix(out,
-                              {.partId = static_cast<std::uint8_t>(isMap ? 0 : 1), .offsetBytes = begin});
-        for (std::size_t offset = begin; offset < end; ++offset)
-            data.push_back(StreamPackets::ByteAt(blockId, offset));
-        return Joined(Head(blockId, gvsp::PacketFormat::PayloadMultiPart, packetId), data);
-    }
-    [[nodiscard]] std::vector<Packet> Block(std::uint64_t blockId) const
-    {
-        std::vector<Packet> packets{Leader(blockId)};
-        while (packets.size() <= kLastId)
-            packets.push_back(Piece(blockId, static_cast<std::uint32_t>(packets.size()))); // few
-        packets.push_back(Joined(Head(blockId, gvsp::PacketFormat::Trailer, kLastId + 1),
-                                 Packet{std::byte{0}, std::byte{0}, std::byte{0}, std::byte{0x0A}}));
-        return packets;
-    }
-    static Packet Joined(Packet head, const Packet& data)
-    {
-        head.insert(head.end(), data.begin(), data.end());
-        return head;
-    }
-    void ExpectPicture(std::uint64_t blockId) const
-    {
-        const auto& delivered = m_sink.delivered.back();
-        ASSERT_EQ(delivered.info.blockId, blockId);
-        ASSERT_EQ(delivered.info.code, VxError::Ok);
-        for (std::size_t offset = 0; offset < kPictureBytes; ++offset)
-            ASSERT_EQ(delivered.memory[offset], StreamPackets::ByteAt(blockId, offset)) << offset;
-    }
-
-    static constexpr std::uint32_t kLastId = kFirstId + kPictureBytes / kPieceBytes;
-};
-
-TEST_P(CutPartsTest, EveryPieceThatWasCutIsAskedForAtOnce)
-{
-    const auto packets = Block(1);
-    auto cut = packets;
-    cut[3].resize(cut[3].size() - 1);
-    cut[5].resize(gvsp::HeaderBytes(GetParam()) + gvsp::kPartPrefixBytes); // nothing is left of it
-    cut[kLastId].resize(cut[kLastId].size() - 10);
-    SendAll(cut);
-    EXPECT_EQ(Asked(), Ranges({{3, 3}, {5, 5}, {kLastId, kLastId}}));
-    EXPECT_TRUE(m_sink.delivered.empty());
-    SendAll({packets[3], packets[5], packets[kLastId]});
-
-    ASSERT_EQ(m_sink.delivered.size(), 1u);
-    ExpectPicture(1);
-    EXPECT_EQ(m_counters.packetsWrongSize.Value(), 3u);
-}
-
-TEST_P(CutPartsTest, PiecesSideBySideThatWereCutAreAskedForAtOnceInWhateverOrderTheyCome)
-{
-    SendAll(Block(1)); // parts without a leader are taken for those of the block before
-    std::mt19937 chance(7);
-    for (std::uint64_t id = 2; id <= 100; ++id) {
-        const auto packets = Block(id);
-        auto cut = packets;
-        cut[3].pop_back();
-        cut[4].resize(cut[4].size() - 300);
-        std::ranges::shuffle(cut, chance);
-        SendAll(cut);
-        ASSERT_EQ(Asked(), Ranges({{3, 3}, {4, 4}})) << id;
-        SendAll({packets[4], packets[3]});
-        ASSERT_EQ(m_sink.delivered.size(), id);
-        ExpectPicture(id);
-    }
-}
-
-TEST_P(CutPartsTest, APieceThatComesCutAgainIsAskedForAgainUntilTheBlockIsGivenUp)
-{
-    const auto packets = Block(1);
-    auto cut = packets;
-    cut[3].pop_back();
-    cut[6].pop_back();
-    SendAll(cut);
-    EXPECT_EQ(Asked(), Ranges({{3, 3}, {6, 6}}));
-    SendAll({cut[3], packets[6]});
-    EXPECT_EQ(Asked(), Ranges({{3, 3}}));
-    Send(cut[3]);
-    EXPECT_EQ(Asked(), Ranges({{3, 3}}));
-    Wait(300ms);
-
-    ASSERT_EQ(m_sink.delivered.size(), 1u);
-    EXPECT_EQ(LastCode(), VxError::MissingPackets);
-    EXPECT_EQ(m_sink.delivered[0].info.packetsMissing, 1u);
-}
-
-TEST_P(CutPartsTest, APieceThatCameTwiceDoesNotMakeUpForOneThatWasCut)
-{
-    auto packets = Block(1);
-    packets[4].pop_back();
-    packets[1] = Joined(
-        Head(1, gvsp::PacketFormat::PayloadMultiPart, 1), // instead of the map
-        {packets[3].begin() + static_cast<std::ptrdiff_t>(gvsp::HeaderBytes(GetParam())), packets[3].end()});
-
-    EXPECT_EQ(CodeWithout(packets), VxError::MissingPackets);
-}
-
-INSTANTIATE_TEST_SUITE_P(Ids, CutPartsTest, testing::Values(gvsp::IdMode::Standard, gvsp::IdMode::Extended),
                          [](const auto& each) { return IdsOf(each.param); });
 
 } // namespace

@@ -66,6 +66,37 @@ TEST(PartPiecesTest, EachPieceInFrontOfAHoleIsTakenOut)
     EXPECT_TRUE(pieces.Cover(40));
 }
 
+TEST(PartPiecesTest, OfPiecesSideBySideTheLastOneIsTakenOut)
+{
+    PartPieces pieces;
+    pieces.Add({1, 0, 10});
+    pieces.Add({2, 10, 9}); // of 10
+    pieces.Add({3, 20, 10});
+    pieces.Add({4, 30, 5}); // of 10
+
+    EXPECT_EQ(Ids(pieces.TakeCut(40)), (IdList{2, 4}));
+    EXPECT_TRUE(pieces.Cover(10));
+    EXPECT_FALSE(pieces.Cover(11));
+    pieces.Add({4, 30, 10});
+    pieces.Add({2, 10, 3}); // cut again
+    EXPECT_EQ(Ids(pieces.TakeCut(40)), IdList{2});
+    pieces.Add({2, 10, 10});
+    EXPECT_TRUE(pieces.Cover(40));
+}
+
+TEST(PartPiecesTest, APieceThatComesAgainAtAnotherPlaceIsNotTakenFromWhereItWas)
+{
+    PartPieces pieces;
+    pieces.Add({1, 0, 10});
+    pieces.Add({2, 10, 9});
+    pieces.Add({3, 20, 10});
+    EXPECT_EQ(Ids(pieces.TakeCut(30)), IdList{2});
+    pieces.Add({2, 25, 5});
+
+    EXPECT_TRUE(Ids(pieces.TakeCut(30)).empty());
+    EXPECT_FALSE(pieces.Cover(30));
+}
+
 TEST(PartPiecesTest, HolesBehindWhatMattersAreNone)
 {
     PartPieces pieces;
