@@ -201,6 +201,7 @@ protected:
     [[nodiscard]] int Calls() const { return m_calls; }
     [[nodiscard]] RandomPeer& Peer() { return m_peer; }
     [[nodiscard]] int Reconnects() const { return m_reconnects; }
+    [[nodiscard]] std::chrono::milliseconds LongestStop() const { return m_longestStop; }
 
     /// The last calls, the newest last.
     [[nodiscard]] std::string LastCalls() const
@@ -213,6 +214,8 @@ protected:
 
 private:
     static constexpr std::size_t kRemembered = 20;
+    // Chosen: ten times the longest that a stop may take on a quiet machine.
+    static constexpr std::chrono::seconds kLongestStop{20};
 
     using Function = void (RandomHostTest::*)();
     struct Call {
@@ -266,7 +269,11 @@ private:
     }
     void StopFilter()
     {
+        const auto began = Clock::now();
         EXPECT_EQ(m_media ? m_media->Stop() : m_filter->Stop(), S_OK);
+        const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - began);
+        EXPECT_LT(took, kLongestStop) << "a stop took " << took.count() << " ms";
+        m_longestStop = std::max(m_longestStop, took);
         m_peer.ExpectNoMoreSamples();
         m_isActive = false;
     }
@@ -472,6 +479,7 @@ private:
     std::minstd_rand m_random{GetParam().seed};
     int m_calls = 0;
     int m_reconnects = 0; // asked of the graph while stopped
+    std::chrono::milliseconds m_longestStop{0};
     bool m_isActive = false;
     std::deque<std::string> m_last;
 
@@ -498,9 +506,11 @@ TEST_P(RandomHostTest, StopsForGoodWhateverCameBefore)
     ExpectSmallSamples();
 
     EXPECT_EQ(Peer().Fault(), "");
-    std::printf(
-        "%d calls, %d reconnects by the graph, %d samples (%d pictures), %d in buffers of the peer's own\n",
-        Calls(), Reconnects(), Peer().Samples(), Peer().Pictures(), Peer().SmallSamples());
+    std::printf("%d calls, %d reconnects by the graph, %d samples (%d pictures), %d in buffers of the peer's "
+                "own, the "
+                "longest stop took %lld ms\n",
+                Calls(), Reconnects(), Peer().Samples(), Peer().Pictures(), Peer().SmallSamples(),
+                static_cast<long long>(LongestStop().count()));
 }
 
 INSTANTIATE_TEST_SUITE_P(Walks, RandomHostTest, testing::ValuesIn(Walks()),

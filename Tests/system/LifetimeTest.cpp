@@ -1,8 +1,12 @@
 #include "system/RoadTest.h"
 
+#include <gtest/gtest-spi.h>
+
 #include <atomic>
+#include <string>
 #include <thread>
 #include <tuple>
+#include <vector>
 
 namespace {
 
@@ -10,7 +14,7 @@ class LifetimeTest : public RoadTest {};
 
 TEST_F(LifetimeTest, TwoHundredTimesCreatedRunStoppedAndReleasedLeavesNothingBehind)
 {
-    constexpr Repetition kTwoHundred{100, 100};
+    constexpr Repetition kTwoHundred{100, 100, 3};
     VxSimulatedCamera camera;
     VxSimulatorOptions options = SmallCamera("Mono8");
     options.frameRateHz = 200;
@@ -20,6 +24,51 @@ TEST_F(LifetimeTest, TwoHundredTimesCreatedRunStoppedAndReleasedLeavesNothingBeh
     ExpectNothingIsLeftBy([&] { GrabOnePicture(camera); }, kTwoHundred);
 
     EXPECT_GE(GrabberGraph::BuiltUntilNow() - graphs, 200u);
+}
+
+/// Keeps events until its end.
+class EventKeeper {
+public:
+    ~EventKeeper()
+    {
+        for (const HANDLE event : m_events)
+            ::CloseHandle(event);
+    }
+    void Keep() { m_events.push_back(::CreateEventW(nullptr, FALSE, FALSE, nullptr)); }
+
+private:
+    std::vector<HANDLE> m_events;
+};
+
+TEST_F(LifetimeTest, ALossOfAnEventInEveryOtherRoundIsSeen)
+{
+    EventKeeper events;
+    int rounds = 0;
+    testing::TestPartResultArray results;
+    {
+        const testing::ScopedFakeTestPartResultReporter intercepting(
+            testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &results);
+        ExpectNothingIsLeftBy(
+            [&] {
+                if (++rounds % 2 == 0)
+                    events.Keep();
+            },
+            {.series = 1});
+    }
+
+    ASSERT_EQ(results.size(), 1);
+    EXPECT_NE(std::string(results.GetTestPartResult(0).message()).find("left something behind"),
+              std::string::npos);
+}
+
+TEST_F(LifetimeTest, EventsThatComeOnceAreNoLoss)
+{
+    EventKeeper events;
+    int rounds = 0;
+    ExpectNothingIsLeftBy([&] {
+        if (++rounds <= 3)
+            events.Keep();
+    });
 }
 
 TEST_F(LifetimeTest, BeingLookedAtStartsNoThreadAndOpensNoSocket)
