@@ -121,6 +121,27 @@ TEST_F(BlockAssemblerPayloadTest, ABlockInOnePacketThatIsCutIsNotGood)
     EXPECT_EQ(m_sink.FreeCount(), 4u);
 }
 
+TEST_F(BlockAssemblerPayloadTest, ABlockInOnePacketThatIsCutInItsChunksIsNotGoodBeforeItComesAgain)
+{
+    // 8 bytes of picture, and a chunk of 4 behind them: 0x14 bytes.
+    const auto whole =
+        bytes::FromHex("0000 0008 04 000000 | 0000 4001 00000001 2345678A 01080001 00000004 00000002 "
+                       "00000000 00000000 0000 0000 | 0000 4001 00000002 00000014 00000001 | "
+                       "11121314 15161718 AABBCCDD 00000001 00000004");
+    std::size_t delivered = 0;
+    for (std::size_t size = 8 + 36 + 16 + 1; size < whole.size(); ++size) {
+        Send(bytes::Copy(bytes::First(whole, size)));
+        ASSERT_EQ(m_sink.delivered.size(), delivered) << size;
+        Send(whole);
+        ASSERT_EQ(m_sink.delivered.size(), ++delivered) << size;
+        EXPECT_EQ(m_sink.delivered.back().info.code, VxError::Ok) << size;
+        m_assembler.Abort(); // the same id comes again
+    }
+    Send(bytes::Copy(bytes::First(whole, whole.size() - 1)));
+    Wait(300ms);
+    EXPECT_EQ(m_sink.delivered.back().info.code, VxError::MissingPackets);
+}
+
 TEST_F(BlockAssemblerPayloadTest, ABlockInOnePacketThatWasCutIsTakenWhenItComesAgain)
 {
     const auto whole =
