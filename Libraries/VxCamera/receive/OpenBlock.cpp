@@ -208,8 +208,7 @@ OpenBlock::Effect OpenBlock::OnPartPayload(std::uint32_t packetId, std::span<con
     if (packetId > kMostPackets)
         return Effect::OutOfRange;
     if (part->partId == *PartId()) {
-        if (part->offsetBytes < Capacity())
-            Store(part->offsetBytes, part->data);
+        Store(part->offsetBytes, part->data);
         m_pieces.Add({packetId, part->offsetBytes, part->data.size()});
     }
     Count(packetId, now);

@@ -26,7 +26,9 @@ std::vector<std::byte> WithChunks(const FrameOrder& order, std::vector<std::byte
 Block::Block(const FrameOrder& order, std::vector<std::byte> picture)
     : m_order(order),
       m_payload(WithChunks(order, std::move(picture))),
-      m_bytesPerPacket(gvsp::PayloadBytesPerPacket(order.packetSizeBytes, order.idMode)),
+      // The camera's registers allow no packet without room; an order that is made elsewhere divides by none.
+      m_bytesPerPacket(
+          std::max<std::size_t>(gvsp::PayloadBytesPerPacket(order.packetSizeBytes, order.idMode), 1)),
       // Even 16384 x 16384 pixels of 4 bytes in the smallest packets are fewer than 2^23.
       m_payloadPackets(static_cast<std::uint32_t>(gvsp::PayloadPackets(m_payload.size(), m_bytesPerPacket)))
 {

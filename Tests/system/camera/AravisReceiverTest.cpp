@@ -243,7 +243,8 @@ TEST_P(AravisChunksTest, PictureAndValuesArriveAsChunksWhenPacketsAreLostAndAske
 {
     StartBothWithChunks({.dropShare = 0.05}); // those sent again included
 
-    EXPECT_GE(CompleteFramesWithChunks(), kFramesWithChunks - 4);
+    // Nearly all; but that receiver gives a frame up after 100 ms, which a busy machine may stand still for.
+    EXPECT_GE(CompleteFramesWithChunks(), kFramesWithChunks - 5);
     EXPECT_GT(m_camera.Counters().packetsDropped, 20u); // 57 on average
     EXPECT_GT(m_camera.Counters().packetsResent, 20u);
 }
