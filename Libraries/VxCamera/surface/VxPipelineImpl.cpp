@@ -281,10 +281,12 @@ void VxPipelineImpl::Deliver(receive::BlockBuffer& block)
 {
     auto& slot = static_cast<Slot&>(block); // every block buffer here is the base of a slot
     slot.Describe();
-    const VxLock lock(m_mutex);
-    slot.place = Place::Ready;
-    m_ready.push_back(&slot);
-    m_readyChanged.notify_one();
+    {
+        const VxLock lock(m_mutex);
+        slot.place = Place::Ready;
+        m_ready.push_back(&slot);
+    }
+    m_readyChanged.notify_one(); // outside, so that nobody is woken only to wait for the lock
 }
 
 void VxPipelineImpl::GiveBack(receive::BlockBuffer& block)
