@@ -12,7 +12,8 @@ namespace receive {
 ///
 /// To be woken for each packet costs several times what receiving it costs. In the middle of a block nobody
 /// waits for the packets, only for the last one: so the receiver sleeps for half of the time that the rest of
-/// the block should take, again and again, and is awake when the end comes.
+/// the block should take, again and again, and is awake when the end comes. A block begins with a quarter, by
+/// the pace of the one before, because its own is not known yet.
 ///
 /// Owner:  StreamReceiver, by value.
 /// Thread: one. Time is an argument.
@@ -39,6 +40,12 @@ private:
     std::size_t m_socketBufferBytes = 0;
     bool m_hasStart = false;
     Progress m_start; // of the block, from where its pace is measured
+
+    struct Pace {
+        Time::duration perPacket{};
+        std::size_t stepBytes = 0;
+    };
+    Pace m_pace; // of this block, or else of the one before
 };
 
 } // namespace receive

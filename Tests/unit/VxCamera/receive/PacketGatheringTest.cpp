@@ -52,7 +52,8 @@ TEST_F(PacketGatheringTest, IsAwakeWhenTheEndComes)
 {
     TimeAt(1);
 
-    EXPECT_EQ(TimeAt(993), 0us); // 70 us are left
+    EXPECT_EQ(TimeAt(995), 25us); // half of 50 us
+    EXPECT_EQ(TimeAt(997), 0us);
     EXPECT_EQ(TimeAt(1000), 0us);
     EXPECT_EQ(TimeAt(1001), 0us); // more packets than there should be
 }
@@ -76,13 +77,38 @@ TEST_F(PacketGatheringTest, DoesNotSleepWithoutASocketBuffer)
     EXPECT_EQ(TimeAt(100), 0us);
 }
 
-TEST_F(PacketGatheringTest, MeasuresThePaceOfEachBlockAnew)
+TEST_F(PacketGatheringTest, ABlockBeginsWithAQuarterByThePaceOfTheOneBefore)
 {
     TimeAt(1);
     TimeAt(900);
 
     PacketGathering::Progress next = At(950);
     next.blockId = 8;
+
+    EXPECT_EQ(m_gathering.TimeFor(next), 125us); // 500 us are left
+}
+
+TEST_F(PacketGatheringTest, GoesByTheBlocksOwnPaceAsSoonAsThatIsKnown)
+{
+    TimeAt(1);
+    TimeAt(900);
+    PacketGathering::Progress next = At(900);
+    next.blockId = 8;
+    EXPECT_EQ(m_gathering.TimeFor(next), 250us); // 1 ms would be left
+
+    next.highestId = 910; // within 400 us, four times as long as in the block before
+    next.lastAdvance += 400us;
+
+    EXPECT_EQ(m_gathering.TimeFor(next), 1ms); // 3.6 ms are left
+}
+
+TEST_F(PacketGatheringTest, ThePaceOfPacketsOfAnotherLengthTellsNothing)
+{
+    TimeAt(1);
+    TimeAt(900);
+    PacketGathering::Progress next = At(950);
+    next.blockId = 8;
+    next.stepBytes = 8964;
 
     EXPECT_EQ(m_gathering.TimeFor(next), 0us);
 }
