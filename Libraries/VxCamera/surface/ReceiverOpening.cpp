@@ -76,6 +76,7 @@ transport::UdpSocketOptions SocketOptions(const ReceiverRequest& request, Ipv4Ad
     options.sharing = request.group ? transport::PortSharing::Shared : transport::PortSharing::Exclusive;
     options.receiveBufferBytes = kSocketBufferBytes;
     options.isCoalescing = true; // the packets of a block are equally long
+    options.isRingWanted = true;
     return options;
 }
 

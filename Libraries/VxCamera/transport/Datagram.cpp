@@ -40,9 +40,10 @@ void Datagram::Fill(std::span<const std::byte> bytes)
 {
     auto rest = bytes;
     ForEachPiece([&rest](std::span<std::byte> piece) {
-        const auto now = rest.first(std::min(rest.size(), piece.size()));
-        std::ranges::copy(now, piece.begin());
-        rest = rest.subspan(now.size());
+        const std::size_t now = std::min(rest.size(), piece.size());
+        if (now > 0)
+            std::memcpy(piece.data(), rest.data(), now);
+        rest = rest.subspan(now);
     });
     size = bytes.size() - rest.size();
     segmentBytes = 0;

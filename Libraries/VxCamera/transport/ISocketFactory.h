@@ -29,6 +29,10 @@ struct UdpSocketOptions {
     bool isBroadcastReceived = false;
     /// Receive may hand over several datagrams as one, where the system can; see Datagram.
     bool isCoalescing = false;
+    /// Much will come: where the system and the rights of this process allow, datagrams are taken from memory
+    /// that is shared with the system (Linux, CAP_NET_RAW). Only for a socket that is coalescing and bound to
+    /// an address.
+    bool isRingWanted = false;
 };
 
 /// Opens sockets: the real ones, or those of a test.

@@ -1,5 +1,7 @@
 #include "VxCamera/transport/posix/PosixUdpSocket.h"
 
+#include "VxCamera/transport/posix/PosixInterfaceList.h"
+
 #include <netinet/udp.h>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -95,6 +97,31 @@ VxExpected<Ipv4Endpoint> Bind(int socket, const Ipv4Endpoint& local)
     return FromSystem(address);
 }
 
+/// @return  null: the system has no ring for this socket, or not for this process
+std::unique_ptr<PacketRing> OpenRing(int socket, const UdpSocketOptions& options, const Ipv4Endpoint& local)
+{
+    const bool isPossible = options.isRingWanted && options.isCoalescing &&
+                            options.sharing == PortSharing::Exclusive && !options.isBroadcastReceived &&
+                            !local.address.IsUnspecified();
+    if (!isPossible)
+        return nullptr;
+    const auto interfaces = PosixInterfaceList().Interfaces();
+    if (!interfaces)
+        return nullptr;
+    // All addresses of the loopback network are the loopback interface's.
+    const auto found = std::ranges::find_if(*interfaces, [&](const NetworkInterface& each) {
+        return each.address == local.address || (each.isLoopback && local.address.IsLoopback());
+    });
+    if (found == interfaces->end() || found->index == 0)
+        return nullptr;
+    const DatagramRoute route{found->index, local};
+    auto ring = PacketRing::Open(route);
+    // In this order a datagram that comes meanwhile comes twice, and is not lost.
+    if (!ring || !LeaveOut(socket, route).IsOK())
+        return nullptr;
+    return std::move(*ring);
+}
+
 /// What the system tells of a datagram beside its bytes.
 struct Note {
     // Not cleared: the system writes it.
@@ -157,16 +184,20 @@ VxExpected<std::unique_ptr<PosixUdpSocket>> PosixUdpSocket::Open(const UdpSocket
         return local.Error();
     local->address = options.local.address;
     const auto sendFrom = isBoundToAll ? options.local.address : Ipv4Address();
-    // A system that does not know the switch hands over each datagram alone.
-    const bool isCoalescing =
-        options.isCoalescing && SetOption(socket.Get(), IPPROTO_UDP, UDP_GRO, 1, "coalesce datagrams").IsOK();
-    return std::make_unique<PosixUdpSocket>(std::move(socket), std::move(wakeEvent),
+    auto ring = OpenRing(socket.Get(), options, *local);
+    // A system that does not know the switch hands over each datagram alone. A network card that collects
+    // would make runs of what a ring takes faster one by one.
+    const bool isCoalescing = options.isCoalescing && ring == nullptr &&
+                              SetOption(socket.Get(), IPPROTO_UDP, UDP_GRO, 1, "coalesce datagrams").IsOK();
+    return std::make_unique<PosixUdpSocket>(std::move(socket), std::move(wakeEvent), std::move(ring),
                                             Manner{*local, sendFrom, options.isSendingAtOnce, isCoalescing});
 }
 
-PosixUdpSocket::PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Manner& manner)
+PosixUdpSocket::PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent,
+                               std::unique_ptr<PacketRing> ring, const Manner& manner)
     : m_socket(std::move(socket)),
       m_wakeEvent(std::move(wakeEvent)),
+      m_ring(std::move(ring)),
       m_local(manner.local),
       m_sendFrom(manner.sendFrom),
       m_isSendingAtOnce(manner.isSendingAtOnce),
@@ -249,6 +280,14 @@ VxExpected<std::size_t> PosixUdpSocket::Receive(std::span<Datagram> datagrams,
 
 VxExpected<std::size_t> PosixUdpSocket::ReceiveWhatIsThere(std::span<Datagram> datagrams)
 {
+    const std::size_t taken = m_ring != nullptr ? m_ring->Take(datagrams) : 0;
+    if (taken > 0)
+        return taken;
+    return ReceiveFromSocket(datagrams); // with a ring: what came through another interface
+}
+
+VxExpected<std::size_t> PosixUdpSocket::ReceiveFromSocket(std::span<Datagram> datagrams)
+{
     std::array<mmsghdr, kMostPerCall> messages; // the first ones are set below, here and in the next three
     std::array<iovec, kMostPieces> pieces;
     std::array<sockaddr_in, kMostPerCall> senders;
@@ -293,13 +332,17 @@ VxExpected<std::size_t> PosixUdpSocket::ReceiveWhatIsThere(std::span<Datagram> d
 
 VxResult PosixUdpSocket::WaitForData(std::chrono::nanoseconds timeout)
 {
-    auto waiting = WhatToWaitFor();
+    std::array<pollfd, kDescriptors + 1> waiting{};
+    std::ranges::copy(WhatToWaitFor(), waiting.begin());
+    waiting.back() = {m_ring != nullptr ? m_ring->Handle() : -1, POLLIN, 0}; // the system skips -1
     const timespec limit = ToTimespec(timeout);
     const int signalled = ::ppoll(waiting.data(), waiting.size(), &limit, nullptr);
     if (signalled < 0 && errno != EINTR)
         return SystemFailure("wait at " + m_local.ToString(), errno);
     if (signalled > 0)
-        std::ignore = IsReady(waiting); // Receive looks for itself
+        std::ignore = IsReady(std::span(waiting).first<kDescriptors>()); // Receive looks for itself
+    if ((waiting.back().revents & POLLERR) != 0)
+        m_ring->ForgetErrors();
     return VxResult::Ok();
 }
 
@@ -334,6 +377,8 @@ void PosixUdpSocket::Wake()
 
 std::size_t PosixUdpSocket::ReceiveBufferBytes() const
 {
+    if (m_ring != nullptr)
+        return m_ring->MemoryBytes();
     int value = 0;
     socklen_t length = sizeof value;
     if (::getsockopt(m_socket.Get(), SOL_SOCKET, SO_RCVBUF, &value, &length) != 0 || value < 0)

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "VxCamera/transport/ISocketFactory.h"
+#include "VxCamera/transport/posix/PacketRing.h"
 #include "VxCamera/transport/posix/PosixSystem.h"
 
 #include <poll.h>
 
 #include <array>
 #include <atomic>
+#include <memory>
 #include <span>
 
 namespace transport {
@@ -24,7 +26,9 @@ public:
 
     [[nodiscard]] static VxExpected<std::unique_ptr<PosixUdpSocket>> Open(const UdpSocketOptions& options);
 
-    PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, const Manner& manner);
+    /// @param ring  takes what comes through one interface; null: everything comes to the socket itself
+    PosixUdpSocket(FileDescriptor socket, FileDescriptor wakeEvent, std::unique_ptr<PacketRing> ring,
+                   const Manner& manner);
 
     VxResult SendTo(std::span<const std::byte> bytes, const Ipv4Endpoint& destination) override;
     std::size_t SendRun(std::span<const std::byte> bytes, std::size_t segmentBytes,
@@ -43,6 +47,9 @@ public:
     [[nodiscard]] bool IsReady(std::span<const pollfd, kDescriptors> polled) const;
 
     [[nodiscard]] Ipv4Endpoint LocalEndpoint() const override { return m_local; }
+    /// Whether datagrams come from a ring.
+    [[nodiscard]] bool HasRing() const { return m_ring != nullptr; }
+    /// Of a ring: its memory.
     [[nodiscard]] std::size_t ReceiveBufferBytes() const override;
     VxResult JoinGroup(Ipv4Address group, Ipv4Address interfaceAddress) override;
     VxResult LeaveGroup(Ipv4Address group, Ipv4Address interfaceAddress) override;
@@ -50,11 +57,13 @@ public:
 private:
     int Send(std::span<const std::byte> bytes, std::size_t segmentBytes, const Ipv4Endpoint& destination);
     VxExpected<std::size_t> ReceiveWhatIsThere(std::span<Datagram> datagrams);
+    VxExpected<std::size_t> ReceiveFromSocket(std::span<Datagram> datagrams);
     VxResult WaitForData(std::chrono::nanoseconds timeout);
     VxResult ChangeMembership(int option, Ipv4Address group, Ipv4Address interfaceAddress);
 
     const FileDescriptor m_socket;
     const FileDescriptor m_wakeEvent;
+    const std::unique_ptr<PacketRing> m_ring; // null: none
     const Ipv4Endpoint m_local;
     const Ipv4Address m_sendFrom;
     const bool m_isSendingAtOnce;

@@ -1,5 +1,7 @@
 #include "VxCamera/transport/posix/PosixUdpSocket.h"
 
+#include "support/Bytes.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,6 +9,7 @@
 #include <chrono>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace transport {
@@ -59,22 +62,25 @@ TEST_F(GatheringSocketTest, AWakeEndsItAndStaysForTheNextReceive)
     EXPECT_EQ(m_socket->Receive({&m_datagram, 1}, std::chrono::hours(1)).Error().Code(), VxError::Aborted);
 }
 
-class CoalescingSocketTest : public testing::Test {
+enum class Way { Socket, Ring };
+
+class CoalescingSocketTest : public testing::TestWithParam<Way> {
 protected:
     static std::unique_ptr<IUdpSocket> Open(bool isCoalescing)
     {
         UdpSocketOptions options;
         options.local.address = Ipv4Address(127, 0, 0, 1);
         options.isCoalescing = isCoalescing;
+        options.isRingWanted = isCoalescing && GetParam() == Way::Ring;
         return *PosixUdpSocket::Open(options);
     }
 
-    /// Sends so many datagrams of 100 bytes, and one of 40, together.
-    void SendRun(std::size_t count)
+    /// Sends so many datagrams of this length, and one of 40 bytes, together.
+    void SendRun(std::size_t count, std::size_t size = 100)
     {
-        for (std::size_t i = 0; i < 100 * count + 40; ++i)
+        for (std::size_t i = 0; i < size * count + 40; ++i)
             m_sent.push_back(static_cast<std::byte>(i * 7 + i / 100));
-        ASSERT_EQ(m_sender->SendRun(m_sent, 100, m_socket->LocalEndpoint()), count + 1);
+        ASSERT_EQ(m_sender->SendRun(m_sent, size, m_socket->LocalEndpoint()), count + 1);
     }
 
     std::unique_ptr<IUdpSocket> m_sender = Open(false);
@@ -84,7 +90,7 @@ protected:
     Datagram m_datagram{m_memory};
 };
 
-TEST_F(CoalescingSocketTest, ARunArrivesAsOneDatagramThatTellsTheLengthOfEach)
+TEST_P(CoalescingSocketTest, ARunArrivesAsOneDatagramThatTellsTheLengthOfEach)
 {
     SendRun(5);
 
@@ -98,7 +104,7 @@ TEST_F(CoalescingSocketTest, ARunArrivesAsOneDatagramThatTellsTheLengthOfEach)
     EXPECT_FALSE(m_datagram.isTruncated);
 }
 
-TEST_F(CoalescingSocketTest, ARunIsSpreadOverItsBodies)
+TEST_P(CoalescingSocketTest, ARunIsSpreadOverItsBodies)
 {
     std::array<std::array<std::byte, 92>, 4> places{};
     std::array<std::span<std::byte>, 4> bodies;
@@ -118,7 +124,26 @@ TEST_F(CoalescingSocketTest, ARunIsSpreadOverItsBodies)
     EXPECT_TRUE(std::ranges::equal(m_datagram.Bytes(), m_sent));
 }
 
-TEST_F(CoalescingSocketTest, ADatagramAloneIsNoRun)
+TEST_P(CoalescingSocketTest, TheLongestRunIsSpreadOverItsBodies)
+{
+    std::array<bytes::Vector, 30> places;
+    places.fill(bytes::Vector(1464));
+    std::array<std::span<std::byte>, places.size()> bodies;
+    std::ranges::copy(places, bodies.begin());
+    m_datagram.bodies = bodies;
+    m_datagram.headBytes = 8;
+    SendRun(43, 1472); // 63,336 bytes of 65,507
+
+    ASSERT_TRUE(m_socket->Receive({&m_datagram, 1}, std::chrono::seconds(10)));
+
+    EXPECT_EQ(m_datagram.segmentBytes, 1472u);
+    EXPECT_EQ(m_datagram.SegmentCount(), 44u);
+    EXPECT_EQ(m_datagram.sender, m_sender->LocalEndpoint());
+    m_datagram.Join();
+    EXPECT_TRUE(std::ranges::equal(m_datagram.Bytes(), m_sent));
+}
+
+TEST_P(CoalescingSocketTest, ADatagramAloneIsNoRun)
 {
     m_datagram.segmentBytes = 7;
     ASSERT_TRUE(m_sender->SendTo(std::span(m_memory).first(100), m_socket->LocalEndpoint()).IsOK());
@@ -129,7 +154,7 @@ TEST_F(CoalescingSocketTest, ADatagramAloneIsNoRun)
     EXPECT_EQ(m_datagram.segmentBytes, 0u);
 }
 
-TEST_F(CoalescingSocketTest, ARunForWhichThereIsNoRoomIsCutAndMarked)
+TEST_P(CoalescingSocketTest, ARunForWhichThereIsNoRoomIsCutAndMarked)
 {
     m_datagram.memory = std::span(m_memory).first(250);
     SendRun(5);
@@ -141,6 +166,11 @@ TEST_F(CoalescingSocketTest, ARunForWhichThereIsNoRoomIsCutAndMarked)
     EXPECT_TRUE(m_datagram.isTruncated);
     EXPECT_EQ(m_datagram.Segment(2).size(), 50u);
 }
+
+INSTANTIATE_TEST_SUITE_P(, CoalescingSocketTest, testing::Values(Way::Socket, Way::Ring),
+                         [](const auto& instance) {
+                             return std::string(instance.param == Way::Ring ? "Ring" : "Socket");
+                         });
 
 class BroadcastSocketTest : public testing::Test {
 protected:
