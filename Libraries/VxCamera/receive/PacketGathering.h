@@ -12,8 +12,8 @@ namespace receive {
 ///
 /// To be woken for each packet costs several times what receiving it costs. In the middle of a block nobody
 /// waits for the packets, only for the last one: so the receiver sleeps for half of the time that the rest of
-/// the block should take, again and again, and is awake when the end comes. A block begins with a quarter, by
-/// the pace of the one before, because its own is not known yet.
+/// the block should take (more where the backlog is near), again and again, and is awake when the end comes.
+/// A block begins with a quarter, by the pace of the one before, because its own is not known yet.
 ///
 /// Owner:  StreamReceiver, by value.
 /// Thread: one. Time is an argument.
@@ -30,14 +30,24 @@ public:
         Time lastAdvance;            ///< when the packet of the highest id came
     };
 
-    /// @param socketBufferBytes  what the system keeps for this receiver while it sleeps
-    void SetSocketBuffer(std::size_t socketBufferBytes) { m_socketBufferBytes = socketBufferBytes; }
+    /// Which part of a time.
+    struct Share {
+        int num = 0;
+        int den = 1;
+    };
+
+    /// How packets wait while the receiver sleeps; see transport::IUdpSocket.
+    enum class Backlog { InSystem, Near };
+
+    /// @param bufferBytes  for packets that wait
+    void SetSocket(std::size_t bufferBytes, Backlog backlog);
 
     /// @return  how long to sleep now; 0: not at all
     [[nodiscard]] std::chrono::microseconds TimeFor(const Progress& progress);
 
 private:
     std::size_t m_socketBufferBytes = 0;
+    Share m_share;
     bool m_hasStart = false;
     Progress m_start; // of the block, from where its pace is measured
 

@@ -155,7 +155,9 @@ void StreamReceiver::Run(Landing& landing)
 {
     const auto priority = transport::RaiseThreadPriority();
     m_silence.Start(m_clock.Now());
-    m_gathering.SetSocketBuffer(m_socket->ReceiveBufferBytes());
+    m_gathering.SetSocket(m_socket->ReceiveBufferBytes(), m_socket->IsBacklogNear()
+                                                              ? PacketGathering::Backlog::Near
+                                                              : PacketGathering::Backlog::InSystem);
     m_blocksWithoutPayload = 0;
     bool isLooking = false;
     while (!m_isStopping) {

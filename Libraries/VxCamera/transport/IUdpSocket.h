@@ -71,6 +71,10 @@ public:
     /// Bytes that the system grants for datagrams waiting to be received (as the system counts them).
     [[nodiscard]] virtual std::size_t ReceiveBufferBytes() const = 0;
 
+    /// Whether datagrams wait in memory of this process, so that it costs little to receive many of them.
+    /// Constant.
+    [[nodiscard]] virtual bool IsBacklogNear() const { return false; }
+
     /// Joins or leaves a multicast group on the interface with this address; membership ends with the socket.
     virtual VxResult JoinGroup(Ipv4Address group, Ipv4Address interfaceAddress) = 0;
     virtual VxResult LeaveGroup(Ipv4Address group, Ipv4Address interfaceAddress) = 0;

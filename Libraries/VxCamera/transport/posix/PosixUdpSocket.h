@@ -47,8 +47,7 @@ public:
     [[nodiscard]] bool IsReady(std::span<const pollfd, kDescriptors> polled) const;
 
     [[nodiscard]] Ipv4Endpoint LocalEndpoint() const override { return m_local; }
-    /// Whether datagrams come from a ring.
-    [[nodiscard]] bool HasRing() const { return m_ring != nullptr; }
+    [[nodiscard]] bool IsBacklogNear() const override { return m_ring != nullptr; }
     /// Of a ring: its memory.
     [[nodiscard]] std::size_t ReceiveBufferBytes() const override;
     VxResult JoinGroup(Ipv4Address group, Ipv4Address interfaceAddress) override;

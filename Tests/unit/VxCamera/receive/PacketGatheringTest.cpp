@@ -14,7 +14,7 @@ constexpr std::size_t kLargeBuffer = 32 * 1024 * 1024;
 /// A block of 1,000 packets, one every 10 us.
 class PacketGatheringTest : public testing::Test {
 protected:
-    PacketGatheringTest() { m_gathering.SetSocketBuffer(kLargeBuffer); }
+    PacketGatheringTest() { m_gathering.SetSocket(kLargeBuffer, PacketGathering::Backlog::InSystem); }
 
     PacketGathering::Progress At(std::uint32_t packetId) const
     {
@@ -48,6 +48,15 @@ TEST_F(PacketGatheringTest, SleepsForHalfOfTheRestNearTheEnd)
     EXPECT_EQ(TimeAt(950), 250us);
 }
 
+TEST_F(PacketGatheringTest, SleepsForTwoThirdsOfTheRestWhereTheBacklogIsNear)
+{
+    m_gathering.SetSocket(kLargeBuffer, PacketGathering::Backlog::Near);
+    TimeAt(1);
+
+    EXPECT_EQ(TimeAt(910), 600us);
+    EXPECT_EQ(TimeAt(998), 0us); // 20 us are left
+}
+
 TEST_F(PacketGatheringTest, IsAwakeWhenTheEndComes)
 {
     TimeAt(1);
@@ -60,7 +69,8 @@ TEST_F(PacketGatheringTest, IsAwakeWhenTheEndComes)
 
 TEST_F(PacketGatheringTest, NeverSleepsUntilTheSocketsBufferIsFull)
 {
-    m_gathering.SetSocketBuffer(212'992); // a usual default of Linux: some 40 packets are 400 us
+    m_gathering.SetSocket(
+        212'992, PacketGathering::Backlog::InSystem); // a usual default of Linux: some 40 packets are 400 us
     TimeAt(1);
 
     const auto time = TimeAt(100);
@@ -71,7 +81,7 @@ TEST_F(PacketGatheringTest, NeverSleepsUntilTheSocketsBufferIsFull)
 
 TEST_F(PacketGatheringTest, DoesNotSleepWithoutASocketBuffer)
 {
-    m_gathering.SetSocketBuffer(0);
+    m_gathering.SetSocket(0, PacketGathering::Backlog::InSystem);
     TimeAt(1);
 
     EXPECT_EQ(TimeAt(100), 0us);

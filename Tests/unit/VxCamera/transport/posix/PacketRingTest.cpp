@@ -75,7 +75,7 @@ protected:
     {
         m_sender = Open(OptionsAt(address, false));
         m_receiver = Open(OptionsAt(address, true));
-        ASSERT_TRUE(m_receiver->HasRing());
+        ASSERT_TRUE(m_receiver->IsBacklogNear());
     }
     void SetUp() override { OpenBoth(Ipv4Address::Loopback()); }
 
@@ -104,17 +104,17 @@ protected:
 
 TEST_F(PacketRingTest, IsForASocketAtOneAddressThatWantsIt)
 {
-    EXPECT_FALSE(m_sender->HasRing());
-    EXPECT_FALSE(Open(OptionsAt(Ipv4Address(), true))->HasRing());
-    EXPECT_TRUE(Open(OptionsAt(Ipv4Address(127, 0, 0, 9), true))->HasRing());
+    EXPECT_FALSE(m_sender->IsBacklogNear());
+    EXPECT_FALSE(Open(OptionsAt(Ipv4Address(), true))->IsBacklogNear());
+    EXPECT_TRUE(Open(OptionsAt(Ipv4Address(127, 0, 0, 9), true))->IsBacklogNear());
 
     auto shared = OptionsAt(Ipv4Address::Loopback(), true);
     shared.sharing = PortSharing::Shared;
-    EXPECT_FALSE(Open(shared)->HasRing());
+    EXPECT_FALSE(Open(shared)->IsBacklogNear());
 
     auto alone = OptionsAt(Ipv4Address::Loopback(), true); // a ring gives runs where they come
     alone.isCoalescing = false;
-    EXPECT_FALSE(Open(alone)->HasRing());
+    EXPECT_FALSE(Open(alone)->IsBacklogNear());
 }
 
 TEST_F(PacketRingTest, ADatagramOfAnyLengthComesWhole)
@@ -256,7 +256,7 @@ TEST_F(PacketRingTest, WithoutTheRightToItTheSocketReceives)
         std::array<std::byte, 8> memory{};
         Datagram datagram{memory};
 
-        EXPECT_FALSE(socket->HasRing());
+        EXPECT_FALSE(socket->IsBacklogNear());
         ASSERT_TRUE(socket->SendTo(memory, socket->LocalEndpoint()).IsOK());
         EXPECT_TRUE(socket->Receive({&datagram, 1}, kArrives));
     }).join();
@@ -370,7 +370,7 @@ TEST_F(PacketRingTest, NothingIsLeftOfIt)
     };
     const auto before = openFiles();
     for (int i = 0; i < 20; ++i)
-        ASSERT_TRUE(Open(OptionsAt(Ipv4Address::Loopback(), true))->HasRing());
+        ASSERT_TRUE(Open(OptionsAt(Ipv4Address::Loopback(), true))->IsBacklogNear());
     EXPECT_EQ(openFiles(), before);
 }
 
