@@ -34,6 +34,7 @@ constexpr std::size_t kBufferShare = 4; // chosen: a quarter may fill while the 
 
 void PacketGathering::SetSocket(std::size_t bufferBytes, Backlog backlog)
 {
+    *this = PacketGathering();
     m_socketBufferBytes = bufferBytes;
     m_share = backlog == Backlog::Near ? kShareOfNear : kShare;
 }
@@ -41,10 +42,11 @@ void PacketGathering::SetSocket(std::size_t bufferBytes, Backlog backlog)
 std::chrono::microseconds PacketGathering::TimeFor(const Progress& progress)
 {
     const bool isOther = !m_hasStart || progress.blockId != m_start.blockId;
-    if (isOther || progress.highestId < m_start.highestId) {
+    if (isOther || progress.highestId < m_latest.highestId) {
         m_start = progress;
         m_hasStart = true;
     }
+    m_latest = progress;
     const std::uint32_t packets = progress.highestId - m_start.highestId;
     if (progress.endId <= progress.highestId)
         return 0us;

@@ -39,6 +39,7 @@ public:
     /// How packets wait while the receiver sleeps; see transport::IUdpSocket.
     enum class Backlog { InSystem, Near };
 
+    /// For a new acquisition.
     /// @param bufferBytes  for packets that wait
     void SetSocket(std::size_t bufferBytes, Backlog backlog);
 
@@ -49,7 +50,8 @@ private:
     std::size_t m_socketBufferBytes = 0;
     Share m_share;
     bool m_hasStart = false;
-    Progress m_start; // of the block, from where its pace is measured
+    Progress m_start;  // of the block, from where its pace is measured
+    Progress m_latest; // the one before
 
     struct Pace {
         Time::duration perPacket{};

@@ -114,4 +114,10 @@ VxResult LeaveOut(int socket, const DatagramRoute& route)
     return ProgramOf(route).Attach(socket, kNothing, kAll);
 }
 
+void LeaveOutNothing(int socket)
+{
+    const int unused = 0;
+    ::setsockopt(socket, SOL_SOCKET, SO_DETACH_FILTER, &unused, sizeof unused); // fails where there is none
+}
+
 } // namespace transport

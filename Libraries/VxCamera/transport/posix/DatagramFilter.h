@@ -23,4 +23,7 @@ struct DatagramRoute {
 /// @return  NETWORK_ERROR with the system's reason
 [[nodiscard]] VxResult LeaveOut(int socket, const DatagramRoute& route);
 
+/// Lets a UDP socket take everything again.
+void LeaveOutNothing(int socket);
+
 } // namespace transport

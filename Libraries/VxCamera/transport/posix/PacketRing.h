@@ -50,7 +50,7 @@ private:
     bool TakeNext(Datagram& datagram);
     bool TakeFromSlot(std::span<const std::byte> slot, Datagram& datagram) const;
     bool TakeLong(std::span<const std::byte> slot, Datagram& datagram);
-    bool TakeSpread(std::size_t inFront, Datagram& datagram) const;
+    bool TakeSpread(std::size_t inFront, std::size_t payloadBytes, Datagram& datagram) const;
     bool TakeChecked(std::size_t inFront, Datagram& datagram);
     [[nodiscard]] std::span<std::byte> SlotAt(std::size_t index) const;
     void FetchAhead() const;

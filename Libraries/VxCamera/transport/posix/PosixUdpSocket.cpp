@@ -2,6 +2,7 @@
 
 #include "VxCamera/transport/posix/PosixInterfaceList.h"
 
+#include <linux/sock_diag.h>
 #include <netinet/udp.h>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -122,6 +123,15 @@ std::unique_ptr<PacketRing> OpenRing(int socket, const UdpSocketOptions& options
     return std::move(*ring);
 }
 
+/// How many datagrams for a socket the system has dropped so far, by its filter or otherwise.
+std::uint32_t DroppedOf(int socket)
+{
+    std::array<std::uint32_t, SK_MEMINFO_VARS> counts{};
+    socklen_t length = sizeof counts;
+    ::getsockopt(socket, SOL_SOCKET, SO_MEMINFO, counts.data(), &length);
+    return counts[SK_MEMINFO_DROPS];
+}
+
 /// What the system tells of a datagram beside its bytes.
 struct Note {
     // Not cleared: the system writes it.
@@ -185,10 +195,9 @@ VxExpected<std::unique_ptr<PosixUdpSocket>> PosixUdpSocket::Open(const UdpSocket
     local->address = options.local.address;
     const auto sendFrom = isBoundToAll ? options.local.address : Ipv4Address();
     auto ring = OpenRing(socket.Get(), options, *local);
-    // A system that does not know the switch hands over each datagram alone. A network card that collects
-    // would make runs of what a ring takes faster one by one.
-    const bool isCoalescing = options.isCoalescing && ring == nullptr &&
-                              SetOption(socket.Get(), IPPROTO_UDP, UDP_GRO, 1, "coalesce datagrams").IsOK();
+    // A system that does not know the switch hands over each datagram alone.
+    const bool isCoalescing =
+        options.isCoalescing && SetOption(socket.Get(), IPPROTO_UDP, UDP_GRO, 1, "coalesce datagrams").IsOK();
     return std::make_unique<PosixUdpSocket>(std::move(socket), std::move(wakeEvent), std::move(ring),
                                             Manner{*local, sendFrom, options.isSendingAtOnce, isCoalescing});
 }
@@ -280,9 +289,11 @@ VxExpected<std::size_t> PosixUdpSocket::Receive(std::span<Datagram> datagrams,
 
 VxExpected<std::size_t> PosixUdpSocket::ReceiveWhatIsThere(std::span<Datagram> datagrams)
 {
-    const std::size_t taken = m_ring != nullptr ? m_ring->Take(datagrams) : 0;
-    if (taken > 0)
+    const std::size_t taken = IsRingUsed() ? m_ring->Take(datagrams) : 0;
+    if (taken > 0) {
+        m_ringWatch.hasTaken = true;
         return taken;
+    }
     return ReceiveFromSocket(datagrams); // with a ring: what came through another interface
 }
 
@@ -332,9 +343,11 @@ VxExpected<std::size_t> PosixUdpSocket::ReceiveFromSocket(std::span<Datagram> da
 
 VxResult PosixUdpSocket::WaitForData(std::chrono::nanoseconds timeout)
 {
+    if (IsRingUsed())
+        WatchRing();
     std::array<pollfd, kDescriptors + 1> waiting{};
     std::ranges::copy(WhatToWaitFor(), waiting.begin());
-    waiting.back() = {m_ring != nullptr ? m_ring->Handle() : -1, POLLIN, 0}; // the system skips -1
+    waiting.back() = {IsRingUsed() ? m_ring->Handle() : -1, POLLIN, 0}; // the system skips -1
     const timespec limit = ToTimespec(timeout);
     const int signalled = ::ppoll(waiting.data(), waiting.size(), &limit, nullptr);
     if (signalled < 0 && errno != EINTR)
@@ -358,6 +371,23 @@ bool PosixUdpSocket::IsReady(std::span<const pollfd, kDescriptors> polled) const
         ::eventfd_read(m_wakeEvent.Get(), &count);
     }
     return polled[0].revents != 0 || m_isWoken;
+}
+
+/// Does without the ring when it gets nothing of what the filter keeps from the socket: where the system
+/// changes packets on their way (translated addresses, encryption), both see others.
+void PosixUdpSocket::WatchRing()
+{
+    constexpr std::chrono::seconds kPeriod{1}; // chosen: nobody starts an acquisition again sooner
+    constexpr std::uint32_t kMostUnseen = 8;   // chosen: some are dropped for other reasons, as a checksum
+    const auto now = Clock::now();
+    if (now - m_ringWatch.since < kPeriod)
+        return;
+    const std::uint32_t dropped = DroppedOf(m_socket.Get());
+    if (!m_ringWatch.hasTaken && dropped - m_ringWatch.dropped >= kMostUnseen) {
+        LeaveOutNothing(m_socket.Get());
+        m_isRingLeft = true;
+    }
+    m_ringWatch = {now, dropped, false};
 }
 
 void PosixUdpSocket::Gather(std::chrono::microseconds duration)

@@ -8,6 +8,8 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <span>
 
@@ -58,6 +60,8 @@ private:
     VxExpected<std::size_t> ReceiveWhatIsThere(std::span<Datagram> datagrams);
     VxExpected<std::size_t> ReceiveFromSocket(std::span<Datagram> datagrams);
     VxResult WaitForData(std::chrono::nanoseconds timeout);
+    [[nodiscard]] bool IsRingUsed() const { return m_ring != nullptr && !m_isRingLeft; }
+    void WatchRing();
     VxResult ChangeMembership(int option, Ipv4Address group, Ipv4Address interfaceAddress);
 
     const FileDescriptor m_socket;
@@ -67,6 +71,16 @@ private:
     const Ipv4Address m_sendFrom;
     const bool m_isSendingAtOnce;
     const bool m_isCoalescing;
+
+    /// Since when, and how many datagrams the system had dropped then. The receiving thread's.
+    struct RingWatch {
+        std::chrono::steady_clock::time_point since;
+        std::uint32_t dropped = 0;
+        bool hasTaken = false;
+    };
+    RingWatch m_ringWatch;
+    bool m_isRingLeft = false; // the receiving thread's
+
     std::atomic<bool> m_isWoken =
         false; // set before the event is, so that a consumed wake leaves no second one
 };

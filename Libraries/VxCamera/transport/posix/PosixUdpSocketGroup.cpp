@@ -8,7 +8,9 @@ namespace transport {
 
 VxExpected<IUdpSocket*> PosixUdpSocketGroup::OpenUdp(const UdpSocketOptions& options)
 {
-    auto socket = PosixUdpSocket::Open(options);
+    UdpSocketOptions taken = options;
+    taken.isRingWanted = false; // WaitForAny does not wait for rings
+    auto socket = PosixUdpSocket::Open(taken);
     if (!socket)
         return socket.Error();
     m_sockets.push_back(std::move(*socket));

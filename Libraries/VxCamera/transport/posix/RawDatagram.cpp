@@ -88,7 +88,7 @@ std::optional<RawDatagram> ParseUdp(std::span<const std::byte> packet, UdpChecks
     const auto udp = packet.subspan(headers->ip.size(), headers->udpBytes);
     if (checksum == UdpChecksum::Unchecked && !IsUdpIntact(headers->ip, udp))
         return std::nullopt;
-    return RawDatagram{udp.subspan(kUdpHeader), headers->sender};
+    return RawDatagram{udp.subspan(kUdpHeader), udp.size() - kUdpHeader, headers->sender};
 }
 
 std::optional<RawDatagram> ParseBeginningOfUdp(std::span<const std::byte> packet)
@@ -98,7 +98,7 @@ std::optional<RawDatagram> ParseBeginningOfUdp(std::span<const std::byte> packet
         return std::nullopt;
     const auto udp = packet.subspan(headers->ip.size());
     return RawDatagram{udp.first(std::min(udp.size(), headers->udpBytes)).subspan(kUdpHeader),
-                       headers->sender};
+                       headers->udpBytes - kUdpHeader, headers->sender};
 }
 
 } // namespace transport

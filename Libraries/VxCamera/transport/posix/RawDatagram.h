@@ -10,7 +10,8 @@ namespace transport {
 
 /// A UDP datagram as it is found in an IP packet.
 struct RawDatagram {
-    std::span<const std::byte> payload; ///< borrowed from the packet
+    std::span<const std::byte> payload; ///< borrowed from the packet; as much as is there
+    std::size_t payloadBytes = 0;       ///< of the whole datagram
     Ipv4Endpoint sender;
 };
 

@@ -131,6 +131,29 @@ TEST_F(PacketGatheringTest, ABlockThatBeginsAgainUnderItsIdIsMeasuredAnew)
     EXPECT_EQ(TimeAt(200), 1ms);
 }
 
+// Cameras that send one frame at a time count each of them as the first.
+TEST_F(PacketGatheringTest, TheNextBlockUnderTheSameIdIsMeasuredAnew)
+{
+    TimeAt(1);
+    TimeAt(900);
+    PacketGathering::Progress next = At(1);
+    next.lastAdvance += 10s;
+    EXPECT_EQ(m_gathering.TimeFor(next), 1ms); // by the pace of the one before
+    next.highestId = 950;
+    next.lastAdvance += 9490us;
+
+    EXPECT_EQ(m_gathering.TimeFor(next), 250us);
+}
+
+TEST_F(PacketGatheringTest, ANewAcquisitionBeginsWithoutAPace)
+{
+    TimeAt(1);
+    TimeAt(900);
+    m_gathering.SetSocket(kLargeBuffer, PacketGathering::Backlog::InSystem);
+
+    EXPECT_EQ(TimeAt(950), 0us);
+}
+
 TEST_F(PacketGatheringTest, PacketsThatCameAllAtOnceTellNothing)
 {
     TimeAt(1);

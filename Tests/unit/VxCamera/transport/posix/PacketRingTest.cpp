@@ -3,6 +3,7 @@
 #include "support/Bytes.h"
 
 #include <linux/capability.h>
+#include <linux/filter.h>
 #include <netinet/in.h>
 #include <netinet/ip.h>
 #include <sched.h>
@@ -219,7 +220,7 @@ TEST_F(PacketRingTest, SeesNeitherOtherPortsNorWhatItsSocketSends)
 
 TEST_F(PacketRingTest, AFullRingKeepsTheFirstDatagramsAndTakesMoreLater)
 {
-    constexpr std::size_t kRoom = 3584; // 32 MiB in blocks of 256 KiB, each with 28 slots of 9 KiB
+    constexpr std::size_t kRoom = 7168; // 64 MiB in blocks of 256 KiB, each with 28 slots of 9 KiB
     for (std::size_t i = 0; i < kRoom + 100; ++i)
         Send(4, i);
     for (std::size_t i = 0; i < kRoom; ++i)
@@ -347,7 +348,11 @@ TEST_F(PacketRingTest, AnInterfaceMayGoDownAndComeUpAgain)
 {
     InNetworkOfItsOwn(65'536, [this] {
         OpenBoth(Ipv4Address::Loopback());
+        for (const std::size_t size : {12'000, 100, 12'001}) // the long ones lie elsewhere
+            Send(size, size);
         ASSERT_EQ(std::system("ip link set lo down"), 0);
+        for (const std::size_t size : {12'000, 100, 12'001})
+            Expect(size, size);
         timespec before{};
         timespec after{};
         ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &before);
@@ -358,9 +363,38 @@ TEST_F(PacketRingTest, AnInterfaceMayGoDownAndComeUpAgain)
         EXPECT_LT(worked, 100ms); // it waits, and does not look again and again
 
         ASSERT_EQ(std::system("ip link set lo up"), 0);
-        Send(1000, 1);
-        Expect(1000, 1);
+        for (const std::size_t size : {1000, 12'002}) {
+            Send(size, size);
+            Expect(size, size);
+        }
+        EXPECT_TRUE(IsNothingThere());
     });
+}
+
+// As where the system translates addresses: the ring sees other packets than the socket's filter.
+TEST_F(PacketRingTest, ARingThatGetsNothingIsLeft)
+{
+    sock_filter nothing{BPF_RET | BPF_K, 0, 0, 0};
+    const sock_fprog program{1, &nothing};
+    int rings = 0;
+    for (int file = 0; file < 1024; ++file) { // the test's own ring is among them, and no other
+        int domain = 0;
+        socklen_t length = sizeof domain;
+        if (::getsockopt(file, SOL_SOCKET, SO_DOMAIN, &domain, &length) == 0 && domain == AF_PACKET &&
+            ::setsockopt(file, SOL_SOCKET, SO_ATTACH_FILTER, &program, sizeof program) == 0)
+            ++rings;
+    }
+    ASSERT_EQ(rings, 1);
+
+    bool hasArrived = false;
+    for (int i = 0; i < 100 && !hasArrived; ++i) {
+        Send(100, 7);
+        hasArrived = m_receiver->Receive({&m_datagram, 1}, 100ms).Result().IsOK();
+    }
+    ASSERT_TRUE(hasArrived);
+    EXPECT_TRUE(std::ranges::equal(m_datagram.Bytes(), BytesOf(100, 7)));
+    Send(3000, 8);
+    Expect(3000, 8);
 }
 
 TEST_F(PacketRingTest, NothingIsLeftOfIt)
