@@ -69,7 +69,8 @@ class Bench:
 
     def receive(self, who, **order):
         """What the measuring program says. Who is "ours", "ours from a socket" or "aravis"."""
-        run = subprocess.run([*(WITHOUT_RING if who == SOCKET else ()), str(self.build / "bench-streams/StreamMeasurement"), who.split()[0],
+        run = subprocess.run([*(WITHOUT_RING if who == SOCKET else ()),
+                              str(self.build / "bench-streams/StreamMeasurement"), "aravis" if who == PEER else "ours",
                               *(f"{name}={value}" for name, value in order.items())],
                              capture_output=True, text=True, timeout=300, check=False)
         if run.returncode != 0 or not run.stdout:
@@ -92,10 +93,9 @@ class Bench:
     def cpu(self):
         frames = 100 if self.quick else 400
         hd, fake = {**HD, "fps": 100}, {**FAKE, "fps": 25}
-        # Runs come to sockets: a ring is for packets one by one, as they come from a network.
         cases = [("simulated camera, single sends", lambda: self.simulator(HD, 100), hd, (RING, SOCKET, PEER)),
                  ("arv-fake-gv-camera", self.fake, fake, (RING, SOCKET, PEER)),
-                 ("simulated camera, sends runs", lambda: self.simulator(HD, 100, RUNS), hd, (SOCKET, PEER))]
+                 ("simulated camera, sends runs", lambda: self.simulator(HD, 100, RUNS), hd, (RING, SOCKET, PEER))]
         for name, camera, order, receivers in cases:
             for packet in (1500, 9000):
                 results = self.each(camera, receivers, packet=packet, frames=frames, **order)
