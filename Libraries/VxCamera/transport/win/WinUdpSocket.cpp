@@ -221,7 +221,7 @@ VxExpected<std::size_t> WinUdpSocket::ReceiveWhatIsThere(std::span<Datagram> dat
 {
     std::size_t filled = 0;
     for (Datagram& datagram : datagrams) {
-        auto received = m_parts.runs ? ReceiveRun(datagram) : ReceiveOne(datagram);
+        auto received = IsTakingRuns() ? ReceiveRun(datagram) : ReceiveOne(datagram);
         if (received.IsOK()) {
             ++filled;
             continue;
@@ -253,7 +253,8 @@ VxResult WinUdpSocket::ReceiveOne(Datagram& datagram)
     return VxResult::Ok();
 }
 
-/// The same where the system may hand over several datagrams as one.
+/// The same where the system may hand over several datagrams as one. One that agreed to it, and then does not
+/// do it, is not asked again.
 VxResult WinUdpSocket::ReceiveRun(Datagram& datagram)
 {
     if (!m_isSpreading)
@@ -275,8 +276,15 @@ VxResult WinUdpSocket::ReceiveRun(Datagram& datagram)
         m_isSpreading = false;
         return ReceiveRun(datagram);
     }
-    if (auto judged = Judge(error); !judged.IsOK())
+    auto judged = Judge(error);
+    if (judged.Code() == VxError::NetworkError && !m_hasTakenRun) {
+        m_parts.runs->Ask(m_parts.socket.Get(), 0);
+        m_areRunsRefused = true;
+        return ReceiveOne(datagram);
+    }
+    if (!judged.IsOK())
         return judged;
+    m_hasTakenRun = true;
     // A message whose notes were cut says nothing of how long its datagrams are, and is whole otherwise.
     const bool areNotesCut = (message.dwFlags & MSG_CTRUNC) != 0;
     const bool isCut = (message.dwFlags & MSG_TRUNC) != 0 || (error == WSAEMSGSIZE && !areNotesCut);
@@ -314,7 +322,7 @@ VxResult WinUdpSocket::Judge(int error)
 /// calls that count as such, and the one that receives runs is not among them: here another one looks.
 bool WinUdpSocket::WillBeTold()
 {
-    if (!m_parts.runs)
+    if (!IsTakingRuns())
         return true;
     std::byte memory{};
     WSABUF piece = ToSystem({&memory, 1});

@@ -49,6 +49,7 @@ private:
     VxResult ReceiveOne(Datagram& datagram);
     VxResult ReceiveRun(Datagram& datagram);
     VxResult Judge(int error);
+    [[nodiscard]] bool IsTakingRuns() const { return m_parts.runs && !m_areRunsRefused; }
     [[nodiscard]] bool WillBeTold();
     VxResult WaitForData(std::chrono::nanoseconds timeout);
     VxResult ChangeMembership(int option, Ipv4Address group, Ipv4Address interfaceAddress);
@@ -58,6 +59,8 @@ private:
     const bool m_isSendingAtOnce;
     bool m_isEmpty = false;    // nothing was there at the last look; the receiving thread's, as the next one
     bool m_isSpreading = true; // runs over many pieces of memory; until the system refuses
+    bool m_hasTakenRun = false;
+    bool m_areRunsRefused = false; // by a system that had agreed
     std::atomic<bool> m_isWoken =
         false; // set before the event is, so that a consumed wake leaves no second one
 };

@@ -293,9 +293,24 @@ TEST_F(RunSocketTest, ASystemThatTakesFewerPiecesGetsOne)
     EXPECT_EQ(m_system.calls, 1) << "it was tried again";
 }
 
-TEST_F(RunSocketTest, AFailureThatIsNotForTheSakeOfPiecesIsTold)
+TEST_F(RunSocketTest, ASystemThatAgreesAndThenRefusesHandsOverEachDatagramAlone)
 {
     Spread();
+    m_system.errors = {WSAEINVAL, WSAEOPNOTSUPP}; // with pieces, and without
+    SendRun(2);
+
+    for (const std::size_t bytes : {100u, 100u, 40u}) {
+        ASSERT_TRUE(Receive());
+        EXPECT_EQ(m_datagram.size, bytes);
+        EXPECT_EQ(m_datagram.segmentBytes, 0u);
+    }
+    EXPECT_EQ(m_system.mostBytes, 0u); // asked to put no more together
+    EXPECT_EQ(m_socket->Receive({&m_datagram, 1}, 0us).Result().Code(), VxError::Timeout);
+}
+
+TEST_F(RunSocketTest, AFailureOfASystemThatHasHandedOverRunsIsTold)
+{
+    ASSERT_TRUE(ReceiveRun());
     m_system.errors = {WSAEINVAL, WSAEINVAL};
 
     EXPECT_EQ(m_socket->Receive({&m_datagram, 1}, kForever).Error().Code(), VxError::NetworkError);
