@@ -26,6 +26,9 @@ constexpr auto kLongestAnswer = 1s;
 // Chosen: a camera that drops blocks skips few ids; a longer way is that of a camera that began anew.
 constexpr std::int64_t kLargestGap = 10'000;
 
+// Chosen: the next block in a row that looks cut at the same byte was sent so. Networks do not cut so evenly.
+constexpr unsigned kSameCutEnds = 2;
+
 // Chosen: how long the end of a block may be silent before it counts as lost; longer where blocks of this
 // camera have shown longer pauses.
 constexpr IVxClock::Time::duration kLeastTailTimeout = 3ms;
@@ -280,8 +283,8 @@ OpenBlock& BlockAssembler::Open(const gvsp::Packet& packet, Time now)
     m_idMode = header.idMode;
 
     OpenBlock* const block = m_open[m_openCount];
-    block->Begin(
-        {header.blockId, header.idMode, m_stepBytes, m_lastGeometry, m_lastEndId, m_hasChunkLists, now});
+    block->Begin({header.blockId, header.idMode, m_stepBytes, m_lastGeometry, m_lastEndId, m_hasChunkLists,
+                  m_believed, now});
     const BlockGeometry geometry =
         gvsp::HasLeader(header.format) ? ReadGeometry(packet.data, m_cameraPicture) : m_lastGeometry;
     block->SetBuffer(m_sink.TakeFree(WantedBytes(geometry)));
@@ -476,8 +479,17 @@ void BlockAssembler::BeginAnew(Time now)
         if (BlockBuffer* const buffer = TakeOldest().Finish(m_lastGeometry))
             m_sink.GiveBack(*buffer);
     }
+    ForgetAcquisition();
+}
+
+/// The next block may have any id, and its chunks may be others.
+void BlockAssembler::ForgetAcquisition()
+{
     m_lastFinished.reset();
-    m_hasChunkLists = false; // its chunks may be others now
+    m_hasChunkLists = false;
+    m_believed = {};
+    m_lastCutEnd = 0;
+    m_sameCutEnds = 0;
 }
 
 /// @return  the oldest open block, which is not open any more
@@ -522,6 +534,7 @@ void BlockAssembler::LearnFrom(const OpenBlock& block)
         m_stepBytes = block.StepBytes();
     if (block.HasLeader() && block.Geometry().code == VxError::Ok)
         m_lastGeometry = block.Geometry();
+    LearnEnd(block);
     if (!block.HasLeader() || !block.IsStored() || !block.IsDone())
         return;
     if (block.Geometry().payloadType.Type() == gvsp::PayloadType::kChunkData)
@@ -530,6 +543,19 @@ void BlockAssembler::LearnFrom(const OpenBlock& block)
     m_lastEndId = block.EndId();
     constexpr int kForgetting = 8; // chosen: after some dozen blocks a long pause counts no more
     m_longestPause = std::max(block.LongestPause(), m_longestPause - m_longestPause / kForgetting);
+}
+
+/// A camera that tells more chunks than it sends, or fills its last packets up, must not lose its pictures.
+void BlockAssembler::LearnEnd(const OpenBlock& block)
+{
+    // Where the last packet can be asked for, only that tells whether it was cut.
+    const std::uint64_t end = IsAsking() && !block.IsDone() ? 0 : block.CutEnd();
+    m_sameCutEnds = end == m_lastCutEnd ? m_sameCutEnds + 1 : 1;
+    m_lastCutEnd = end;
+    m_believed.areAll = m_believed.areAll || (block.IsDone() && block.IsEndBelieved());
+    m_believed.same = m_sameCutEnds >= kSameCutEnds ? end : 0;
+    for (std::size_t i = 0; i < m_openCount; ++i)
+        m_open[i]->Believe(m_believed);
 }
 
 void BlockAssembler::CountBlock(const BlockInfo& info)
@@ -561,8 +587,7 @@ void BlockAssembler::Abort()
             m_sink.GiveBack(*buffer);
     }
     m_openCount = 0;
-    m_lastFinished.reset();
-    m_hasChunkLists = false;
+    ForgetAcquisition();
 }
 
 } // namespace receive

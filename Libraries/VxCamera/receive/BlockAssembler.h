@@ -144,6 +144,8 @@ private:
     [[nodiscard]] OpenBlock& TakeOldest();
     void FinishOldest(Time now);
     void LearnFrom(const OpenBlock& block);
+    void LearnEnd(const OpenBlock& block);
+    void ForgetAcquisition();
     [[nodiscard]] std::size_t WantedBytes(const BlockGeometry& geometry) const;
     void CountBlock(const BlockInfo& info);
 
@@ -166,6 +168,9 @@ private:
     std::optional<PictureShape> m_cameraPicture;
     std::size_t m_chunkDataBytes = 0; // of the block of chunk data before
     bool m_hasChunkLists = false;     // of this acquisition some could be read
+    BelievedEnds m_believed;          // in this acquisition
+    std::uint64_t m_lastCutEnd = 0;   // of the block before, see OpenBlock::CutEnd
+    unsigned m_sameCutEnds = 0;       // how many blocks in a row had that one
     std::size_t m_stepBytes = 0;
     std::uint32_t m_lastEndId = 0;   // of a block that was complete; 0: none was
     Time::duration m_longestPause{}; // inside such blocks, lately

@@ -54,10 +54,13 @@ void OpenBlock::Forget()
     m_trailerId = 0;
     m_trailerHeightPx = 0;
     m_trailerChunkBytes = 0;
+    m_cutEnd = 0;
+    m_cutAsks = 0;
     m_longestPause = {};
     m_hasLeader = false;
     m_hasTrailer = false;
     m_isDamaged = false;
+    m_isEndBelieved = false;
     m_isMixedUp = false;
 }
 
@@ -280,7 +283,8 @@ bool OpenBlock::FitLength(std::uint32_t packetId, std::size_t bytes, Time now)
     if (bytes >= m_stepBytes)
         return true;
     const bool isInFront = packetId < m_highestId || (m_hasTrailer && packetId + 1 < m_trailerId);
-    if (isInFront || IsCutEnd(packetId, bytes))
+    const bool isCut = IsCutEnd(packetId, bytes) && !IsEndAgain(packetId, bytes, AsksFor(packetId));
+    if (isInFront || isCut)
         return false;
     m_shortId = packetId;
     m_shortBytes = bytes;
@@ -298,13 +302,17 @@ void OpenBlock::WithdrawCutEnd(Time now)
     // One that is full has not been cut, unless no other one tells what full is.
     const bool isShort = m_shortId == last;
     const bool isFirstInDoubt = last == 2 && m_received.IsSet(1) && m_stepBytes != m_start.stepBytes;
-    if (!isHere || (!isShort && last != 1 && !isFirstInDoubt))
+    if (!isHere)
         return;
+    const bool isInDoubt = isShort || last == 1 || isFirstInDoubt;
     const std::size_t ofOnlyOne = last == 1 ? m_payloadBytes : m_stepBytes;
     const std::size_t bytes = isShort ? m_shortBytes : ofOnlyOne;
-    if (!IsCutEnd(last, bytes) && !IsChunkListCut())
+    const bool isCut = IsCutEnd(last, bytes) || (isInDoubt && IsChunkListCut());
+    const unsigned asks = isInDoubt && m_lastFound ? m_lastFound->asks : 0;
+    if (!isCut || IsEndAgain(last, bytes, asks) || !isInDoubt)
         return;
     Withdraw(last, bytes, now);
+    m_cutAsks = 0; // it begins anew
     m_shortId = 0;
     if (isFirstInDoubt)
         Withdraw(1, m_stepBytes, now);

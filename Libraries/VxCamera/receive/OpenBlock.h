@@ -20,6 +20,12 @@ namespace receive {
 /// Where the data of a payload packet are.
 enum class Arrival { InDatagram, AtPlace };
 
+/// Where last packets may end although trailer or list of chunks tell otherwise.
+struct BelievedEnds {
+    bool areAll = false;    ///< wherever the picture is whole
+    std::uint64_t same = 0; ///< where blocks in a row ended, in bytes of payload; 0 = they did not
+};
+
 /// One block while its packets arrive, in any order.
 ///
 /// Every payload packet but the last carries equally many bytes, the step; a packet's place is its id times
@@ -41,6 +47,7 @@ public:
         BlockGeometry lastGeometry;  ///< of the block before
         std::uint32_t lastEndId = 0; ///< of the trailer of the block before; 0 = not known
         bool hasChunkLists = false;  ///< those of blocks before could be read
+        BelievedEnds believed;       ///< because of blocks before
         Time now;
     };
 
@@ -49,6 +56,9 @@ public:
 
     /// @param buffer  borrowed until Finish; null: none is free
     void SetBuffer(BlockBuffer* buffer) { m_buffer = buffer; }
+
+    /// Holds for what comes from now on.
+    void Believe(const BelievedEnds& ends) { m_start.believed = ends; }
 
     Effect OnLeader(const BlockGeometry& geometry, Time now);
     /// @param arrival  AtPlace: the data lie where PlaceOf said, and are not copied
@@ -123,6 +133,14 @@ public:
     /// Whether everything is here and ends with a list of chunks that can be read.
     [[nodiscard]] bool HasChunkList() const;
 
+    /// Whether the block ends where no trailer or list of chunks tells, and was not cut there.
+    [[nodiscard]] bool IsEndBelieved() const { return m_isEndBelieved; }
+
+    /// Where the last packet ended that was taken for one that was cut.
+    /// @return  bytes of payload; 0 when there was none, when it came whole, or when the block lacks
+    ///          more than that
+    [[nodiscard]] std::uint64_t CutEnd() const;
+
     /// How many packets were stored before it showed that they were cut.
     [[nodiscard]] std::uint64_t WithdrawnPackets() const { return m_withdrawnPackets; }
 
@@ -141,7 +159,12 @@ private:
     void KeepAside(std::uint32_t packetId, std::span<const std::byte> data);
     [[nodiscard]] bool MakesTwo(std::uint32_t packetId, std::size_t bytes) const;
     void StoreTwo(std::span<const std::byte> first, Time now);
+    [[nodiscard]] std::uint32_t ToldChunkBytes() const;
     [[nodiscard]] std::uint64_t WholeBytes() const;
+    [[nodiscard]] std::uint64_t NeededBytes() const;
+    [[nodiscard]] bool AreEndsBelieved() const { return m_start.believed.areAll || m_isEndBelieved; }
+    [[nodiscard]] bool IsEndAgain(std::uint32_t packetId, std::size_t bytes, unsigned asks);
+    [[nodiscard]] unsigned AsksFor(std::uint32_t packetId) const;
     [[nodiscard]] bool LacksBytes(std::uint64_t bytes) const;
     [[nodiscard]] bool IsCutEnd(std::uint32_t packetId, std::size_t bytes) const;
     [[nodiscard]] bool IsChunkListCut() const;
@@ -177,12 +200,15 @@ private:
     std::uint32_t m_trailerId = 0;
     std::uint32_t m_trailerHeightPx = 0;   // 0: not told
     std::uint32_t m_trailerChunkBytes = 0; // 0: not told
+    std::uint64_t m_cutEnd = 0;            // in bytes of payload; 0: no last packet looked cut
+    unsigned m_cutAsks = 0;                // how often that packet had been asked for by then
     Time m_lastPacketTime;
     Time m_lastAdvance;
     Time::duration m_longestPause{};
     bool m_hasLeader = false;
     bool m_hasTrailer = false;
     bool m_isDamaged = false;
+    bool m_isEndBelieved = false;
     bool m_isMixedUp = false; // parts came under ids that the block does not have
 };
 

@@ -10,6 +10,12 @@
 
 namespace receive {
 
+/// Some cameras send such a field behind pictures without chunks.
+std::uint32_t OpenBlock::ToldChunkBytes() const
+{
+    return m_geometry.payloadType.HasChunks() ? m_trailerChunkBytes : 0;
+}
+
 /// What leader and trailer tell of the picture and of its chunks. Some cameras count the picture with the
 /// chunks, others do not.
 /// @return  0: not told
@@ -18,18 +24,64 @@ std::uint64_t OpenBlock::WholeBytes() const
     if (m_geometry.payloadType.Type() == gvsp::PayloadType::kChunkData)
         return m_trailerChunkBytes;
     const BlockGeometry sent = GeometryAsSent();
-    const bool isPictureCounted = m_trailerChunkBytes >= sent.joinedImageBytes; // the least it can have
-    return isPictureCounted ? m_trailerChunkBytes : sent.leastImageBytes + std::uint64_t{m_trailerChunkBytes};
+    const std::uint32_t told = ToldChunkBytes();
+    const bool isPictureCounted = told >= sent.joinedImageBytes; // the least it can have
+    return isPictureCounted ? told : sent.leastImageBytes + std::uint64_t{told};
+}
+
+/// How many bytes a complete block has at least: where ends are believed, those of the picture alone.
+std::uint64_t OpenBlock::NeededBytes() const
+{
+    const std::uint64_t told = WholeBytes();
+    if (!AreEndsBelieved())
+        return told;
+    const std::uint64_t picture = GeometryAsSent().leastImageBytes;
+    return told == 0 ? picture : std::min(told, picture); // chunk data may be no picture
 }
 
 /// Whether the block has more than so many bytes.
 bool OpenBlock::LacksBytes(std::uint64_t bytes) const
 {
-    const bool isPictureAlone = m_trailerChunkBytes == 0;
+    const bool isPictureAlone = ToldChunkBytes() == 0;
     const bool isJoined =
         isPictureAlone && bytes <= Capacity() &&
         GeometryAsSent().IsJoined(static_cast<std::size_t>(bytes)); // not above the capacity
-    return bytes < WholeBytes() && !isJoined;
+    return bytes < NeededBytes() && !isJoined;
+}
+
+/// Notes where a last packet ends that looks cut. One that comes again as it was, although it was asked for,
+/// was sent so; and so was one of a camera that cannot be asked when blocks before ended there. A picture
+/// that is cut is never believed.
+bool OpenBlock::IsEndAgain(std::uint32_t packetId, std::size_t bytes, unsigned asks)
+{
+    const bool isStepKnown = packetId == 1 || m_payloadPackets > 0;
+    if (!isStepKnown)
+        return false;
+    const std::uint64_t end = gvsp::PayloadOffset(packetId, m_stepBytes) + bytes;
+    const bool isPictureHere = end >= GeometryAsSent().leastImageBytes;
+    const bool isSentAgain = end == m_cutEnd && asks > m_cutAsks;
+    m_isEndBelieved = isPictureHere && (isSentAgain || end == m_start.believed.same);
+    m_cutEnd = isPictureHere ? end : 0;
+    m_cutAsks = asks;
+    return m_isEndBelieved;
+}
+
+/// @return  how often a packet that is missing was asked for
+unsigned OpenBlock::AsksFor(std::uint32_t packetId) const
+{
+    const auto found = std::ranges::lower_bound(m_missing.All(), packetId, {}, &MissingRange::last);
+    return found != m_missing.All().end() && found->first <= packetId ? found->asks : 0;
+}
+
+std::uint64_t OpenBlock::CutEnd() const
+{
+    if (m_cutEnd == 0 || !m_hasLeader || m_isDamaged)
+        return 0;
+    const std::uint32_t last = m_trailerId - 1; // one that looks cut is in front of a trailer
+    const bool isLastHere = last < m_received.Size() && m_received.IsSet(last);
+    const bool isSo =
+        isLastHere ? m_payloadPackets == last && m_payloadBytes == m_cutEnd : m_payloadPackets + 1 == last;
+    return isSo ? m_cutEnd : 0;
 }
 
 /// Whether the last packet ends before the block does; not known before leader and trailer are here.
@@ -69,7 +121,7 @@ std::optional<std::size_t> OpenBlock::FirstChunkBytes() const
 bool OpenBlock::IsChunkListCut() const
 {
     const bool isList = m_geometry.payloadType.HasChunks() && !PartId();
-    if (!isList || !IsStored() || !HasAllPackets() || m_payloadBytes > Capacity())
+    if (!isList || AreEndsBelieved() || !IsStored() || !HasAllPackets() || m_payloadBytes > Capacity())
         return false;
     const bool isExact = m_trailerChunkBytes != 0 && m_payloadBytes == WholeBytes();
     if (isExact || HasChunkList())

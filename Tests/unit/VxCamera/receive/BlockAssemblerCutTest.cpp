@@ -92,13 +92,12 @@ TEST_P(CutChunksTest, APacketInFrontCutInItsChunksIsAskedForAndTaken)
     EXPECT_EQ(CodeWithout(packets), VxError::MissingPackets);
 }
 
-TEST_P(CutChunksTest, ALastPacketThatComesCutAgainAndAgainIsNotGood)
+TEST_P(CutChunksTest, ALastPacketThatComesCutAgainAndAgainElsewhereIsNotGood)
 {
-    const auto packets = m_stream.BlockWithLastCutTo(1, 100);
-    SendAll(packets);
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(Asked(), Ranges({{m_stream.LastId(), m_stream.LastId()}})) << i;
-        Send(packets[m_stream.LastId()]);
+    SendAll(m_stream.BlockWithLastCutTo(1, 100));
+    for (std::size_t left = 101; left < 106; ++left) {
+        EXPECT_EQ(Asked(), Ranges({{m_stream.LastId(), m_stream.LastId()}})) << left;
+        Send(m_stream.BlockWithLastCutTo(1, left)[m_stream.LastId()]);
     }
     Wait(300ms);
 
@@ -168,6 +167,76 @@ TEST_P(CutChunksTest, ACameraThatFillsItsLastPacketUpLosesNoPicture)
     EXPECT_EQ(CodeWithout(m_stream.Block(3)), IsChunkData() ? VxError::NotAnImage : VxError::Ok);
 }
 
+TEST_P(CutChunksTest, ACameraWhoseTrailersTellTooMuchIsAskedOnce)
+{
+    m_stream.told = ChunkPackets::Told::TooMany;
+    SendAll(m_stream.Block(1));
+    EXPECT_EQ(Asked(), Ranges({{m_stream.LastId(), m_stream.LastId()}}));
+    Send(m_stream.Payload(1, m_stream.LastId()));
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    ExpectPayload(1);
+
+    m_channel.asked.clear();
+    for (std::uint64_t id = 2; id < 6; ++id) {
+        m_stream.chunks.back() += 10; // elsewhere, too
+        EXPECT_EQ(CodeWithout(m_stream.Block(id)), VxError::Ok) << id;
+        ExpectPayload(id);
+    }
+    EXPECT_TRUE(m_channel.asked.empty());
+}
+
+TEST_P(CutChunksTest, ALastPacketThatComesTwiceWithoutBeingAskedForIsNotBelieved)
+{
+    auto packets = m_stream.BlockWithLastCutTo(1, 100);
+    packets.push_back(packets[m_stream.LastId()]);
+    packets.push_back(packets.back());
+    EXPECT_EQ(CodeWithout(packets), VxError::MissingPackets);
+}
+
+TEST_P(CutChunksTest, ACameraOfWhichOnePacketWasCutIsNotBelievedAfterwards)
+{
+    for (std::uint64_t id = 1; id < 6; ++id) {
+        SendAll(m_stream.BlockWithLastCutTo(id, 100));
+        ASSERT_EQ(Asked(), Ranges({{m_stream.LastId(), m_stream.LastId()}})) << id;
+        Send(m_stream.Payload(id, m_stream.LastId()));
+        ASSERT_EQ(m_sink.delivered.size(), id);
+        ExpectPayload(id);
+    }
+    EXPECT_EQ(CodeWithout(m_stream.BlockWithLastCutTo(6, 100)), VxError::MissingPackets);
+}
+
+TEST_P(CutChunksTest, APictureThatIsCutIsAskedForAlsoWhereEndsAreBelieved)
+{
+    m_stream.told = ChunkPackets::Told::TooMany;
+    m_stream.chunks = {ChunkPackets::kPictureBytes, 100}; // the picture ends in the last packet
+    SendAll(m_stream.Block(1));
+    EXPECT_EQ(Asked(), Ranges({{m_stream.LastId(), m_stream.LastId()}}));
+    Send(m_stream.Payload(1, m_stream.LastId()));
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    ExpectPayload(1);
+
+    const std::size_t left = ChunkPackets::kPictureBytes - (m_stream.LastId() - 1) * ChunkPackets::kStepBytes;
+    SendAll(m_stream.BlockWithLastCutTo(2, left - 1));
+    EXPECT_EQ(Asked(), Ranges({{m_stream.LastId(), m_stream.LastId()}}));
+    Send(m_stream.BlockWithLastCutTo(2, left - 1)[m_stream.LastId()]); // so again: it is no whole picture
+    EXPECT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_FALSE(Asked().empty());
+    Send(m_stream.Payload(2, m_stream.LastId()));
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    ExpectPayload(2);
+}
+
+TEST_P(CutChunksTest, ANewAcquisitionIsNotBelievedForTheOneBefore)
+{
+    m_stream.told = ChunkPackets::Told::TooMany;
+    SendAll(m_stream.Block(1));
+    EXPECT_FALSE(Asked().empty());
+    Send(m_stream.Payload(1, m_stream.LastId()));
+    EXPECT_EQ(CodeWithout(m_stream.Block(2)), VxError::Ok);
+    m_assembler.Abort();
+    EXPECT_EQ(CodeWithout(m_stream.Block(1)), VxError::MissingPackets);
+}
+
 INSTANTIATE_TEST_SUITE_P(PayloadTypes, CutChunksTest,
                          testing::Combine(testing::Values(gvsp::IdMode::Standard, gvsp::IdMode::Extended),
                                           testing::Values(std::uint16_t{0x4001},
@@ -219,6 +288,50 @@ TEST_P(UnusualChunksTest, ACameraWhoseListsCannotBeReadAndWhoseTrailersTellNothi
         for (int i = 0; i < 3; ++i)
             EXPECT_EQ(CodeWithout(m_stream.Block(++id)), VxError::Ok);
     }
+    EXPECT_TRUE(m_channel.asked.empty());
+}
+
+TEST_P(UnusualChunksTest, ACameraThatFillsItsLastPacketUpAndTellsNothingIsAskedOnce)
+{
+    m_stream.told = ChunkPackets::Told::Zero;
+    for (const std::size_t fillBytes : {1, 2, 3}) {
+        m_stream.fillBytes = fillBytes;
+        SendAll(m_stream.Block(1));
+        EXPECT_EQ(Asked(), Ranges({{m_stream.LastId(), m_stream.LastId()}}));
+        Send(m_stream.Payload(1, m_stream.LastId()));
+        EXPECT_EQ(LastCode(), VxError::Ok);
+
+        m_channel.asked.clear();
+        EXPECT_EQ(CodeWithout(m_stream.Block(2)), VxError::Ok);
+        EXPECT_EQ(CodeWithout(m_stream.Block(3)), VxError::Ok);
+        EXPECT_TRUE(m_channel.asked.empty());
+        m_assembler.Abort();
+    }
+}
+
+TEST_P(UnusualChunksTest, ACameraWhoseTrailersTellTooMuchBehindFullPacketsIsBelievedFromTheThirdBlockOn)
+{
+    m_stream.chunks = {ChunkPackets::kPictureBytes, 700, 216};
+    ASSERT_EQ(m_stream.LastBytes(), ChunkPackets::kStepBytes);
+    m_stream.told = ChunkPackets::Told::TooMany;
+    for (std::uint64_t id = 1; id < 6; ++id)
+        EXPECT_EQ(CodeWithout(m_stream.Block(id)), id < 3 ? VxError::MissingPackets : VxError::Ok) << id;
+    EXPECT_TRUE(m_channel.asked.empty()); // nothing of it can have been cut off
+}
+
+TEST_P(UnusualChunksTest, APictureWithoutChunksIsNotJudgedByWhatItsTrailerTellsOfThem)
+{
+    StreamPackets plain;
+    plain.idMode = GetParam();
+    auto packets = plain.Block(1);
+    m_stream.told = ChunkPackets::Told::TooMany;
+    const auto withChunks = m_stream.Trailer(1);
+    const auto behindHeader = static_cast<std::ptrdiff_t>(gvsp::HeaderBytes(plain.idMode));
+    packets.back().resize(gvsp::HeaderBytes(plain.idMode));
+    packets.back().insert(packets.back().end(), withChunks.begin() + behindHeader, withChunks.end());
+    // As many lines as the leader tells.
+    packets.back()[gvsp::HeaderBytes(plain.idMode) + 7] = std::byte{48};
+    EXPECT_EQ(CodeWithout(packets), VxError::Ok);
     EXPECT_TRUE(m_channel.asked.empty());
 }
 

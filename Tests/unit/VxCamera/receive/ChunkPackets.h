@@ -19,7 +19,7 @@ struct ChunkPackets {
     using Packet = StreamPackets::Packet;
 
     /// What the trailer says of the bytes of all chunks.
-    enum class Told { All, BehindPicture, Zero, Short };
+    enum class Told { All, BehindPicture, Zero, Short, TooMany };
 
     static constexpr std::uint32_t kWidthPx = 64;
     static constexpr std::uint32_t kHeightPx = 40;
@@ -156,8 +156,9 @@ private:
     {
         if (told == Told::Zero)
             return 0;
-        const std::size_t counted = PayloadBytes() - fillBytes;
-        return static_cast<std::uint32_t>(told == Told::All ? counted : counted - kPictureBytes); // small
+        const std::size_t counted = PayloadBytes() - fillBytes + (told == Told::TooMany ? 1000 : 0);
+        return static_cast<std::uint32_t>(told == Told::BehindPicture ? counted - kPictureBytes
+                                                                      : counted); // small
     }
 };
 
