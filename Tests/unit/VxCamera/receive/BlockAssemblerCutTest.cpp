@@ -205,6 +205,12 @@ TEST_P(CutChunksTest, ACameraOfWhichOnePacketWasCutIsNotBelievedAfterwards)
     EXPECT_EQ(CodeWithout(m_stream.BlockWithLastCutTo(6, 100)), VxError::MissingPackets);
 }
 
+TEST_P(CutChunksTest, CutsAtTheSameByteAreNotBelievedWhereTheyCanBeAskedFor)
+{
+    for (std::uint64_t id = 1; id < 6; ++id)
+        EXPECT_EQ(CodeWithout(m_stream.BlockWithLastCutTo(id, 100)), VxError::MissingPackets) << id;
+}
+
 TEST_P(CutChunksTest, APictureThatIsCutIsAskedForAlsoWhereEndsAreBelieved)
 {
     m_stream.told = ChunkPackets::Told::TooMany;
