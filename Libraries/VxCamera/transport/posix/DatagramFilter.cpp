@@ -45,7 +45,7 @@ public:
         m_steps.push_back({static_cast<std::uint16_t>(BPF_LD | BPF_ABS | size), 0, 0, where});
     }
 
-    /// Who is not equal to this is of the other kind.
+    /// Of what was loaded last. A packet that does not answer as it must is of the other kind.
     void MustEqual(std::uint32_t value) { Ask(BPF_JEQ, value, Answer::Yes); }
     void MustNotHave(std::uint32_t bits) { Ask(BPF_JSET, bits, Answer::No); }
 

@@ -377,7 +377,7 @@ bool PosixUdpSocket::IsReady(std::span<const pollfd, kDescriptors> polled) const
 /// changes packets on their way (translated addresses, encryption), both see others.
 void PosixUdpSocket::WatchRing()
 {
-    constexpr std::chrono::seconds kPeriod{1}; // chosen: nobody starts an acquisition again sooner
+    constexpr std::chrono::seconds kPeriod{1}; // chosen: as long as a user waits for a first picture
     constexpr std::uint32_t kMostUnseen = 8;   // chosen: some are dropped for other reasons, as a checksum
     const auto now = Clock::now();
     if (now - m_ringWatch.since < kPeriod)
