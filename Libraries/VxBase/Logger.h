@@ -9,7 +9,8 @@ namespace ZtUtilsLib {
 ///
 /// Nothing is written until a program sets a sink; the module itself logs nothing in normal operation.
 ///
-/// Thread: all functions may be called from any thread. The sink is called with no lock held and must be thread-safe.
+/// Thread: all functions may be called from any thread. The sink is called with no lock held and must be
+/// thread-safe.
 class Logger {
 public:
     using Sink = std::function<void(int priority, std::string_view file, int line, std::string_view function,

@@ -7,7 +7,8 @@
 #include <span>
 #include <string_view>
 
-/// Writes values into bytes without ever leaving them; the first write past the end makes every later one fail.
+/// Writes values into bytes without ever leaving them; the first write past the end makes every later one
+/// fail.
 ///
 /// Owner:  a serialiser, for one call. Borrows the bytes.
 /// Thread: one.

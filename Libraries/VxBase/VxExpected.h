@@ -13,7 +13,8 @@
 template <typename T>
 class [[nodiscard]] VxExpected {
 public:
-    VxExpected(T value) : m_content(std::in_place_index<0>, std::move(value)) {} // NOLINT(google-explicit-constructor)
+    // NOLINTNEXTLINE(google-explicit-constructor): a value is a result
+    VxExpected(T value) : m_content(std::in_place_index<0>, std::move(value)) {}
 
     /// @param failure  must not be OK
     VxExpected(VxResult failure) : m_content(std::in_place_index<1>, std::move(failure)) // NOLINT
@@ -30,7 +31,10 @@ public:
     [[nodiscard]] T&& operator*() && { return std::get<0>(std::move(m_content)); }
     [[nodiscard]] T* operator->() { return &std::get<0>(m_content); }
     [[nodiscard]] const T* operator->() const { return &std::get<0>(m_content); }
-    [[nodiscard]] T ValueOr(T fallback) const { return HasValue() ? std::get<0>(m_content) : std::move(fallback); }
+    [[nodiscard]] T ValueOr(T fallback) const
+    {
+        return HasValue() ? std::get<0>(m_content) : std::move(fallback);
+    }
 
     /// Only when there is no value.
     [[nodiscard]] const VxResult& Error() const { return std::get<1>(m_content); }

@@ -12,7 +12,8 @@
 #define VX_REQUIRES(mutex) VX_THREAD_ANNOTATION(requires_capability(mutex))
 #define VX_EXCLUDES(mutex) VX_THREAD_ANNOTATION(locks_excluded(mutex))
 
-/// std::mutex with annotations. Satisfies Lockable, so std::unique_lock and std::condition_variable_any take it.
+/// std::mutex with annotations. Satisfies Lockable, so std::unique_lock and std::condition_variable_any take
+/// it.
 class VX_THREAD_ANNOTATION(capability("mutex")) VxMutex {
 public:
     VxMutex() = default;
@@ -30,7 +31,10 @@ private:
 /// Holds a VxMutex for one scope.
 class VX_THREAD_ANNOTATION(scoped_lockable) VxLock final {
 public:
-    explicit VxLock(VxMutex& mutex) VX_THREAD_ANNOTATION(acquire_capability(mutex)) : m_mutex(mutex) { m_mutex.lock(); }
+    explicit VxLock(VxMutex& mutex) VX_THREAD_ANNOTATION(acquire_capability(mutex)) : m_mutex(mutex)
+    {
+        m_mutex.lock();
+    }
     ~VxLock() VX_THREAD_ANNOTATION(release_capability()) { m_mutex.unlock(); }
     VxLock(const VxLock&) = delete;
     VxLock& operator=(const VxLock&) = delete;

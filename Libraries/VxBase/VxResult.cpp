@@ -2,7 +2,9 @@
 
 #include <utility>
 
-VxResult::VxResult(VxError code, VxString description) : m_code(code), m_description(std::move(description)) {}
+VxResult::VxResult(VxError code, VxString description) : m_code(code), m_description(std::move(description))
+{
+}
 
 VxString VxResult::GetCodeString() const
 {

@@ -5,7 +5,8 @@
 
 #include <cstdint>
 
-/// Outcome of an operation that can fail: a code, and a sentence that names the thing and, where possible, the remedy.
+/// Outcome of an operation that can fail: a code, and a sentence that names the thing and, where possible,
+/// the remedy.
 ///
 /// A default-constructed result was never assigned: it is not OK and its code is 1541 (0x0605).
 ///

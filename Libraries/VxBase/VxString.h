@@ -6,19 +6,19 @@
 
 /// Text as the camera library passes it: one value, readable as wide and as narrow text.
 ///
-/// Narrow text is UTF-8 (device texts, feature names, XML). Wide text is UTF-16 where wchar_t has 16 bits (Windows)
-/// and UTF-32 elsewhere. A byte that is not valid UTF-8 becomes U+FFFD in the wide form and stays as it is in the
-/// narrow form; an unpaired surrogate becomes U+FFFD in the narrow form.
+/// Narrow text is UTF-8 (device texts, feature names, XML). Wide text is UTF-16 where wchar_t has 16 bits
+/// (Windows) and UTF-32 elsewhere. A byte that is not valid UTF-8 becomes U+FFFD in the wide form and stays
+/// as it is in the narrow form; an unpaired surrogate becomes U+FFFD in the narrow form.
 ///
 /// Owner:  anybody, by value.
 /// Thread: like std::string; reading from several threads at once is safe.
 class VxString {
 public:
     VxString() = default;
-    VxString(const char* narrow);          // NOLINT(google-explicit-constructor): a text literal is a text
-    VxString(const wchar_t* wide);         // NOLINT(google-explicit-constructor)
-    VxString(std::string_view narrow);     // NOLINT(google-explicit-constructor)
-    VxString(std::wstring_view wide);      // NOLINT(google-explicit-constructor)
+    VxString(const char* narrow);      // NOLINT(google-explicit-constructor): a text literal is a text
+    VxString(const wchar_t* wide);     // NOLINT(google-explicit-constructor)
+    VxString(std::string_view narrow); // NOLINT(google-explicit-constructor)
+    VxString(std::wstring_view wide);  // NOLINT(google-explicit-constructor)
     VxString(const std::string& narrow) : VxString(std::string_view(narrow)) {} // NOLINT
     VxString(const std::wstring& wide) : VxString(std::wstring_view(wide)) {}   // NOLINT
 

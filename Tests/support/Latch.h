@@ -6,7 +6,8 @@
 
 /// Counts down once and lets everybody go who waits for the end.
 ///
-/// std::latch would do, but tests that waited for one hung in programs of the mingw-w64 tool chain (GCC 12, under Wine).
+/// std::latch would do, but tests that waited for one hung in programs of the mingw-w64 tool chain (GCC 12,
+/// under Wine).
 ///
 /// Owner:  the test.
 /// Thread: any.

@@ -17,7 +17,8 @@ enum class VxPayloadType : std::uint32_t {
 
 /// A buffer for one block, with the picture in it.
 ///
-/// Owner:  the VxPipeline for received ones (borrowed between RetrieveNextBuffer and ReleaseBuffer), else whoever
+/// Owner:  the VxPipeline for received ones (borrowed between RetrieveNextBuffer and ReleaseBuffer), else
+/// whoever
 ///         made it.
 /// Thread: one at a time.
 class VxBuffer {

@@ -31,13 +31,14 @@ public:
     VxBufferConverter(const VxBufferConverter&) = delete;
     VxBufferConverter& operator=(const VxBufferConverter&) = delete;
 
-    /// Writes source's picture into destination's picture, in the destination's pixel format and row layout. When
-    /// sizes differ, the common part is written.
+    /// Writes source's picture into destination's picture, in the destination's pixel format and row layout.
+    /// When sizes differ, the common part is written.
     ///
     /// @param reallocate  Yes: the destination is first given the source's size
     /// @return  NOT_SUPPORTED when there is no conversion between the two formats, BUFFER_TOO_SMALL,
     ///          INVALID_PARAMETER for a buffer without a picture
-    VxResult Convert(const VxBuffer& source, VxBuffer& destination, VxReallocate reallocate, VxVerticalFlip flip);
+    VxResult Convert(const VxBuffer& source, VxBuffer& destination, VxReallocate reallocate,
+                     VxVerticalFlip flip);
 
 private:
     std::unique_ptr<VxBufferConverterImpl> m_impl;

@@ -20,9 +20,11 @@ public:
     VxConfigurationWriter(const VxConfigurationWriter&) = delete;
     VxConfigurationWriter& operator=(const VxConfigurationWriter&) = delete;
 
-    /// Adds the camera's features that are streamable and can be read and written, under a name (may be empty). What
-    /// selectors select is read for each of their values; afterwards the selectors are as they were.
-    /// @return  NOT_CONNECTED, LINK_LOST: nothing was added; otherwise the first failure, with a description of all
+    /// Adds the camera's features that are streamable and can be read and written, under a name (may be
+    /// empty). What selectors select is read for each of their values; afterwards the selectors are as they
+    /// were.
+    /// @return  NOT_CONNECTED, LINK_LOST: nothing was added; otherwise the first failure, with a description
+    /// of all
     ///          features that could not be read, after the others were added
     VxResult Store(VxDevice* device, const VxString& name);
 
@@ -30,7 +32,8 @@ public:
     /// @return  NOT_OPEN: nothing was added; otherwise as above
     VxResult Store(VxStream* stream, const VxString& name);
 
-    /// Adds a text under a name; it comes back exactly as it is here. A second text of the same name replaces the first.
+    /// Adds a text under a name; it comes back exactly as it is here. A second text of the same name replaces
+    /// the first.
     VxResult Store(const VxString& value, const VxString& name);
 
     /// @param[out] text  the whole configuration as XML, one line, without zero characters

@@ -20,8 +20,8 @@ public:
     VxDeviceInfo& operator=(const VxDeviceInfo&) = delete;
     virtual ~VxDeviceInfo() = default;
 
-    /// What to pass to every connect and open: the MAC address as "02-00-00-00-00-01"; where that is all zero, the
-    /// dotted IP address.
+    /// What to pass to every connect and open: the MAC address as "02-00-00-00-00-01"; where that is all
+    /// zero, the dotted IP address.
     [[nodiscard]] virtual VxString GetConnectionID() const = 0;
     [[nodiscard]] virtual VxString GetModelName() const = 0;
     [[nodiscard]] virtual VxString GetManufacturerName() const = 0;
@@ -32,8 +32,8 @@ public:
     [[nodiscard]] virtual VxString GetIPAddress() const = 0;
     [[nodiscard]] virtual VxDeviceInfoType GetType() const = 0;
 
-    /// False when the camera's network set-up does not allow a connection: its address is 0.0.0.0, outside the
-    /// subnet of the interface it was found on, or used by two cameras.
+    /// False when the camera's network set-up does not allow a connection: its address is 0.0.0.0, outside
+    /// the subnet of the interface it was found on, or used by two cameras.
     [[nodiscard]] virtual bool IsConfigurationValid() const = 0;
 
 protected:

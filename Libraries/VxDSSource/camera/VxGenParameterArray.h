@@ -36,8 +36,8 @@ public:
     [[nodiscard]] VxGenEnum* GetEnum(const VxString& name) const;
     [[nodiscard]] VxGenCommand* GetCommand(const VxString& name) const;
 
-    /// Short forms of look-up and access. NOT_FOUND when there is no such feature, TYPE_MISMATCH when it is of
-    /// another type, otherwise what the feature's own method returns. Out-values are untouched on failure.
+    /// Short forms of look-up and access. NOT_FOUND when there is no such feature, TYPE_MISMATCH when it is
+    /// of another type, otherwise what the feature's own method returns. Out-values are untouched on failure.
     VxResult GetIntegerValue(const VxString& name, std::int64_t& value) const;
     VxResult SetIntegerValue(const VxString& name, std::int64_t value);
     VxResult GetFloatValue(const VxString& name, double& value) const;

@@ -13,7 +13,8 @@ class VxStream;
 /// Owns the buffers that a stream fills and hands them out in order.
 ///
 /// Owner:  whoever made it; deleted before its stream.
-/// Thread: Start, Stop and the setters from one thread at a time; RetrieveNextBuffer and ReleaseBuffer from one
+/// Thread: Start, Stop and the setters from one thread at a time; RetrieveNextBuffer and ReleaseBuffer from
+/// one
 ///         consumer thread, also while another stops the pipeline.
 class VxPipeline {
 public:
@@ -30,14 +31,16 @@ public:
     /// @return  INVALID_PARAMETER when that much cannot be allocated
     VxResult SetBufferCount(std::uint32_t count);
 
-    /// @param handle  true: a buffer that is too small for an image is enlarged for the next one, so that at most one
+    /// @param handle  true: a buffer that is too small for an image is enlarged for the next one, so that at
+    /// most one
     ///                image is lost
     void SetHandleBufferTooSmall(bool handle);
 
     /// Allocates the buffers and starts reception. OK when already started.
     VxResult Start();
 
-    /// Ends reception and wakes a waiting RetrieveNextBuffer (ABORTED). Buffers handed out stay valid until released.
+    /// Ends reception and wakes a waiting RetrieveNextBuffer (ABORTED). Buffers handed out stay valid until
+    /// released.
     VxResult Stop();
 
     [[nodiscard]] bool IsStarted() const;
@@ -48,7 +51,8 @@ public:
     /// @param timeoutMs    longest wait
     /// @param[out] operationResult  the buffer's own result, where asked for
     /// @return  TIMEOUT, NOT_STARTED, ABORTED
-    VxResult RetrieveNextBuffer(VxBuffer** buffer, std::uint32_t timeoutMs, VxResult* operationResult = nullptr);
+    VxResult RetrieveNextBuffer(VxBuffer** buffer, std::uint32_t timeoutMs,
+                                VxResult* operationResult = nullptr);
 
     /// Gives a buffer back for filling.
     /// @return  INVALID_PARAMETER for a buffer that was not handed out by this pipeline

@@ -34,8 +34,8 @@ public:
     /// Ends reception; a pipeline on this stream must be stopped before. OK also when nothing was open.
     virtual VxResult Close();
 
-    /// The receiver's own features: statistics ("AcquisitionRate" in frames a second, "Bandwidth" in bits a second,
-    /// "BlocksDropped", "PipelineBlocksDropped", "ErrorCount", "LastError") and the command "Reset".
+    /// The receiver's own features: statistics ("AcquisitionRate" in frames a second, "Bandwidth" in bits a
+    /// second, "BlocksDropped", "PipelineBlocksDropped", "ErrorCount", "LastError") and the command "Reset".
     /// Borrowed; never null.
     [[nodiscard]] virtual VxGenParameterArray* GetParameters();
 

@@ -26,7 +26,8 @@ public:
 
     /// Asks every interface and waits for the detection time-out.
     ///
-    /// Records borrowed before become invalid. An interface that cannot be used is skipped and never fails the scan.
+    /// Records borrowed before become invalid. An interface that cannot be used is skipped and never fails
+    /// the scan.
     /// @return  OK also when no camera answered
     VxResult Find();
 

@@ -13,7 +13,8 @@ TEST(PrintableTest, LeavesLettersOfAllLanguages)
 
 TEST(PrintableTest, KeepsControlCharactersFromTheTerminal)
 {
-    EXPECT_EQ(Printable("a\x1B[31mb\r\n\t\x7F\xC2\x9B!"), "a?[31mb?????" "!");
+    EXPECT_EQ(Printable("a\x1B[31mb\r\n\t\x7F\xC2\x9B!"), "a?[31mb?????"
+                                                          "!");
 }
 
 TEST(PrintableTest, GivesUtf8InAnyCase)

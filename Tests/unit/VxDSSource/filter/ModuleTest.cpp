@@ -270,8 +270,7 @@ TEST_F(ModuleTest, KeepsADefaultWithLongTexts)
 
     EXPECT_EQ(Get(*control.Get(), &IVxDSSource::GetDeviceId), id);
     EXPECT_EQ(Get(*control.Get(), &IVxDSSource::GetParamSource), source);
-    EXPECT_EQ(Get(*control.Get(), &IVxDSSource::GetDefaultSummary),
-              L"Controlling and receiving from " + id);
+    EXPECT_EQ(Get(*control.Get(), &IVxDSSource::GetDefaultSummary), L"Controlling and receiving from " + id);
     UINT count = 0;
     EXPECT_EQ(control->GetBufferCount(&count), S_OK);
     EXPECT_EQ(count, 0x80000000u);
