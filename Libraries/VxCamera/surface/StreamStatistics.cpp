@@ -247,6 +247,12 @@ void ListReceiver(VxStreamImpl& stream, ParameterList& list)
                             number([](const StreamReceiver& r) {
                                 return static_cast<std::int64_t>(r.Socket().ReceiveBufferBytes()); // some MiB
                             }));
+    list.Add<ListedBoolean>(
+        ParameterFacts{"PacketRingUsed", kReceiver, Expert},
+        [&stream] {
+            return Ask<bool>(stream, [](const StreamReceiver& r) { return r.Socket().IsBacklogNear(); });
+        },
+        nullptr);
 }
 
 } // namespace

@@ -15,8 +15,9 @@ namespace transport {
 /// A bound UDP socket.
 ///
 /// Owner:  whoever opened it.
-/// Thread: SendTo and Wake from any thread; Receive from one thread at a time; the rest before the first
-///         Receive or from the receiving thread. Nobody may be inside a method when it is destroyed.
+/// Thread: SendTo, Wake and what is constant from any thread; Receive from one thread at a time; the rest
+///         before the first Receive or from the receiving thread. Nobody may be inside a method when it is
+///         destroyed.
 class IUdpSocket {
 public:
     IUdpSocket(const IUdpSocket&) = delete;
@@ -68,11 +69,12 @@ public:
     /// Where the socket is bound; the port is never 0.
     [[nodiscard]] virtual Ipv4Endpoint LocalEndpoint() const = 0;
 
-    /// Bytes that the system grants for datagrams waiting to be received (as the system counts them).
+    /// Bytes that the system grants for datagrams waiting to be received (as the system counts them). From
+    /// any thread.
     [[nodiscard]] virtual std::size_t ReceiveBufferBytes() const = 0;
 
     /// Whether datagrams wait in memory of this process, so that it costs little to receive many of them.
-    /// Constant.
+    /// Ends when the system turns out to bring none there. From any thread.
     [[nodiscard]] virtual bool IsBacklogNear() const { return false; }
 
     /// Joins or leaves a multicast group on the interface with this address; membership ends with the socket.

@@ -407,7 +407,7 @@ void PosixUdpSocket::Wake()
 
 std::size_t PosixUdpSocket::ReceiveBufferBytes() const
 {
-    if (m_ring != nullptr)
+    if (IsRingUsed())
         return m_ring->MemoryBytes();
     int value = 0;
     socklen_t length = sizeof value;

@@ -49,7 +49,7 @@ public:
     [[nodiscard]] bool IsReady(std::span<const pollfd, kDescriptors> polled) const;
 
     [[nodiscard]] Ipv4Endpoint LocalEndpoint() const override { return m_local; }
-    [[nodiscard]] bool IsBacklogNear() const override { return m_ring != nullptr; }
+    [[nodiscard]] bool IsBacklogNear() const override { return IsRingUsed(); }
     /// Of a ring: its memory.
     [[nodiscard]] std::size_t ReceiveBufferBytes() const override;
     VxResult JoinGroup(Ipv4Address group, Ipv4Address interfaceAddress) override;
@@ -79,7 +79,7 @@ private:
         bool hasTaken = false;
     };
     RingWatch m_ringWatch;
-    bool m_isRingLeft = false; // the receiving thread's
+    std::atomic<bool> m_isRingLeft = false; // set by the receiving thread
 
     std::atomic<bool> m_isWoken =
         false; // set before the event is, so that a consumed wake leaves no second one

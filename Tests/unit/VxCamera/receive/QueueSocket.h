@@ -3,6 +3,7 @@
 #include "VxCamera/transport/IUdpSocket.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -102,6 +103,8 @@ public:
     }
     [[nodiscard]] transport::Ipv4Endpoint LocalEndpoint() const override { return {}; }
     [[nodiscard]] std::size_t ReceiveBufferBytes() const override { return 0; }
+    [[nodiscard]] bool IsBacklogNear() const override { return m_isBacklogNear; }
+    void SetBacklogNear(bool isNear) { m_isBacklogNear = isNear; }
     VxResult JoinGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
     VxResult LeaveGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
 
@@ -118,6 +121,7 @@ private:
     bool m_isWoken = false;
     bool m_isHeld = false;
     bool m_isWaitedFor = false;
+    std::atomic<bool> m_isBacklogNear = false;
 };
 
 } // namespace receive

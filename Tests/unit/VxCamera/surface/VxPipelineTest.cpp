@@ -536,7 +536,7 @@ TEST_F(VxPipelineTest, TheStreamsParametersHaveCategoriesAndUnits)
     for (const char* name :
          {"AcquisitionRate", "Bandwidth", "BlocksDropped", "PipelineBlocksDropped", "ErrorCount", "LastError",
           "Reset", "PacketsRequestedAgain", "PacketsRecovered", "PacketsDuplicate", "PacketsForeign",
-          "Latency", "SocketBufferSize", "ResendEnabled"}) {
+          "Latency", "SocketBufferSize", "PacketRingUsed", "ResendEnabled"}) {
         ASSERT_NE(parameters.Get(name), nullptr) << name;
         EXPECT_EQ(parameters.Get(name)->GetCategory().Narrow().rfind("root\\", 0), 0u) << name;
     }
@@ -545,6 +545,23 @@ TEST_F(VxPipelineTest, TheStreamsParametersHaveCategoriesAndUnits)
     EXPECT_EQ(unit, "us");
     EXPECT_TRUE(parameters.GetInteger("BlockTimeout")->GetUnit(unit).IsOK());
     EXPECT_EQ(unit, "ms");
+}
+
+TEST_F(VxPipelineTest, AParameterTellsWhetherPacketsComeFromAPacketRing)
+{
+    const auto used = [](VxStream& stream) {
+        VxString text;
+        EXPECT_TRUE(stream.GetParameters()->Get("PacketRingUsed")->ToString(text).IsOK());
+        return text;
+    };
+    EXPECT_EQ(used(m_stream), "false");
+    m_stream.socket->SetBacklogNear(true);
+    EXPECT_EQ(used(m_stream), "true");
+    m_stream.socket->SetBacklogNear(false); // as when it turns out that the ring gets nothing
+    EXPECT_EQ(used(m_stream), "false");
+    m_stream.socket->SetBacklogNear(true);
+    FedStream closed;
+    EXPECT_EQ(used(closed), "false");
 }
 
 TEST_F(VxPipelineTest, ResendAndItsTimeoutsCanBeSetAlsoBeforeTheStreamIsOpen)

@@ -385,6 +385,8 @@ TEST_F(PacketRingTest, ARingThatGetsNothingIsLeft)
             ++rings;
     }
     ASSERT_EQ(rings, 1);
+    ASSERT_TRUE(m_receiver->IsBacklogNear());
+    const std::size_t ringBytes = m_receiver->ReceiveBufferBytes();
 
     bool hasArrived = false;
     for (int i = 0; i < 100 && !hasArrived; ++i) {
@@ -395,6 +397,8 @@ TEST_F(PacketRingTest, ARingThatGetsNothingIsLeft)
     EXPECT_TRUE(std::ranges::equal(m_datagram.Bytes(), BytesOf(100, 7)));
     Send(3000, 8);
     Expect(3000, 8);
+    EXPECT_FALSE(m_receiver->IsBacklogNear());
+    EXPECT_LT(m_receiver->ReceiveBufferBytes(), ringBytes); // the socket's
 }
 
 TEST_F(PacketRingTest, NothingIsLeftOfIt)
