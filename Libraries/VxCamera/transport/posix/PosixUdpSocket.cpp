@@ -289,12 +289,19 @@ VxExpected<std::size_t> PosixUdpSocket::Receive(std::span<Datagram> datagrams,
 
 VxExpected<std::size_t> PosixUdpSocket::ReceiveWhatIsThere(std::span<Datagram> datagrams)
 {
-    const std::size_t taken = IsRingUsed() ? m_ring->Take(datagrams) : 0;
+    // Chosen: to look at the socket costs as much as to take a few packets from a ring.
+    constexpr unsigned kMostRingOnly = 32;
+    const bool isSocketDue = m_takenFromRing >= kMostRingOnly;
+    const std::size_t taken = IsRingUsed() && !isSocketDue ? m_ring->Take(datagrams) : 0;
     if (taken > 0) {
         m_ringWatch.hasTaken = true;
+        ++m_takenFromRing;
         return taken;
     }
-    return ReceiveFromSocket(datagrams); // with a ring: what came through another interface
+    m_takenFromRing = 0;
+    auto received = ReceiveFromSocket(datagrams); // with a ring: what came through another interface
+    const bool isEmpty = !received && received.Error().Code() == VxError::Timeout;
+    return isSocketDue && isEmpty ? ReceiveWhatIsThere(datagrams) : std::move(received);
 }
 
 VxExpected<std::size_t> PosixUdpSocket::ReceiveFromSocket(std::span<Datagram> datagrams)

@@ -79,6 +79,7 @@ private:
         bool hasTaken = false;
     };
     RingWatch m_ringWatch;
+    unsigned m_takenFromRing = 0;           // times, since the socket was looked at; the receiving thread's
     std::atomic<bool> m_isRingLeft = false; // set by the receiving thread
 
     std::atomic<bool> m_isWoken =

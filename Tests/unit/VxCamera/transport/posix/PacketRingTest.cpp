@@ -291,18 +291,44 @@ TEST_F(PacketRingTest, WhatComesThroughAnotherInterfaceIsReceivedToo)
     });
 }
 
+/// Sends "ip" in a packet with options of IP, which a ring leaves to the socket.
+void SendWithOptions(const Ipv4Endpoint& receiver)
+{
+    const FileDescriptor sender(::socket(AF_INET, SOCK_DGRAM, 0));
+    const std::array<std::uint8_t, 4> noOperations{1, 1, 1, 1};
+    ASSERT_EQ(::setsockopt(sender.Get(), IPPROTO_IP, IP_OPTIONS, noOperations.data(), noOperations.size()),
+              0);
+    const sockaddr_in to = ToSystem(receiver);
+    ASSERT_EQ(::sendto(sender.Get(), "ip", 2, 0, reinterpret_cast<const sockaddr*>(&to), sizeof to), 2);
+}
+
 TEST_F(PacketRingTest, OptionsOfIpAreNoHindrance)
 {
-    const int sender = ::socket(AF_INET, SOCK_DGRAM, 0);
-    const std::array<std::uint8_t, 4> noOperations{1, 1, 1, 1};
-    ASSERT_EQ(::setsockopt(sender, IPPROTO_IP, IP_OPTIONS, noOperations.data(), noOperations.size()), 0);
-    const sockaddr_in to = ToSystem(m_receiver->LocalEndpoint());
-    ASSERT_EQ(::sendto(sender, "ip", 2, 0, reinterpret_cast<const sockaddr*>(&to), sizeof to), 2);
+    SendWithOptions(m_receiver->LocalEndpoint());
 
     ASSERT_TRUE(m_receiver->Receive({&m_datagram, 1}, kArrives));
 
     EXPECT_EQ(m_datagram.size, 2u);
-    ::close(sender);
+}
+
+TEST_F(PacketRingTest, WhatComesToTheSocketIsReceivedAlsoWhileTheRingIsNeverEmpty)
+{
+    for (int i = 0; i < 1000; ++i)
+        Send(100, 1);
+    SendWithOptions(m_receiver->LocalEndpoint());
+
+    bool hasCome = false;
+    int fromRing = 0;
+    while (!hasCome && m_receiver->Receive({&m_datagram, 1}, 0us)) {
+        hasCome = m_datagram.size == 2;
+        fromRing += hasCome ? 0 : 1;
+    }
+
+    EXPECT_TRUE(hasCome);
+    EXPECT_LT(fromRing, 1000); // not only when the ring was empty
+    for (; fromRing < 1000; ++fromRing)
+        Expect(100, 1);
+    EXPECT_TRUE(IsNothingThere());
 }
 
 /// Sends a whole IP packet: "hello" with this checksum of UDP, for 127.0.0.1 only.
