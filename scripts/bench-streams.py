@@ -102,8 +102,9 @@ class Bench:
                 rounds = [self.each(camera, receivers, packet=packet, frames=frames, **order) for _ in range(ROUNDS)]
                 results = {who: middle_of([each[who] for each in rounds]) for who in receivers}
                 peer = results.pop(PEER)
-                for who, result in results.items():
-                    self.add_cpu(f"{name}, {packet} bytes, from a {'ring' if who == RING else 'socket'}", result, peer)
+                for result in results.values():
+                    way = "ring" if "PacketRingUsed true" in result["counts"] else "socket"
+                    self.add_cpu(f"{name}, {packet} bytes, from a {way}", result, peer)
 
     def add_cpu(self, title, ours, peer):
         def per_gigabyte(seconds):

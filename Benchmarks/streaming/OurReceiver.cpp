@@ -93,7 +93,9 @@ public:
             std::ignore = m_stream.GetParameters()->GetIntegerValue(name, value);
             counts += std::string(name) + " " + std::to_string(value) + "; ";
         }
-        return counts;
+        VxString isRingUsed;
+        std::ignore = m_stream.GetParameters()->Get("PacketRingUsed")->ToString(isRingUsed);
+        return counts + "PacketRingUsed " + isRingUsed.Narrow();
     }
 
 private:

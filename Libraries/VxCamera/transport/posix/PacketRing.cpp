@@ -102,9 +102,6 @@ VxResult Configure(int socket, const DatagramRoute& route)
         return set;
     if (auto set = TakeOnly(socket, route); !set.IsOK())
         return set;
-    const int waiting = kMemoryBytes; // of long packets; asked for, the system may grant less
-    if (::setsockopt(socket, SOL_SOCKET, SO_RCVBUFFORCE, &waiting, sizeof waiting) != 0)
-        ::setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &waiting, sizeof waiting);
     return SetOption(socket, PACKET_RX_RING, memory, "share memory for packets");
 }
 
@@ -163,12 +160,25 @@ std::size_t SegmentBytesOf(std::span<const std::byte> slot, const tpacket2_hdr& 
 
 /// Receives a packet that the system keeps.
 ///
-/// What is wrong with the interface is told once, in place of the packet, which then is still there.
+/// That the interface went down is told once, in place of the packet, which then is still there. After any
+/// other failure it is gone, and the next one is another slot's.
 /// @return  its bytes; -1: it is not there
 ssize_t ReceiveKept(int socket, msghdr& message)
 {
     const auto received = ::recvmsg(socket, &message, MSG_DONTWAIT);
-    return received >= 0 || errno == EAGAIN ? received : ::recvmsg(socket, &message, MSG_DONTWAIT);
+    return received < 0 && errno == ENETDOWN ? ::recvmsg(socket, &message, MSG_DONTWAIT) : received;
+}
+
+/// Asks for memory for packets that have no slot, beside the ring.
+/// @return  whether the system grants as much as the ring has: without CAP_NET_ADMIN it usually does not
+bool AskForRoom(int socket)
+{
+    const int wanted = kMemoryBytes;
+    if (::setsockopt(socket, SOL_SOCKET, SO_RCVBUFFORCE, &wanted, sizeof wanted) != 0)
+        ::setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &wanted, sizeof wanted);
+    int granted = 0;
+    socklen_t length = sizeof granted;
+    return ::getsockopt(socket, SOL_SOCKET, SO_RCVBUF, &granted, &length) == 0 && granted >= wanted;
 }
 
 } // namespace
@@ -182,19 +192,24 @@ VxExpected<std::unique_ptr<PacketRing>> PacketRing::Open(const DatagramRoute& ro
         return SystemFailure("open a packet socket", errno);
     if (auto configured = Configure(socket.Get(), route); !configured.IsOK())
         return configured;
+    const bool hasRoomForRuns = AskForRoom(socket.Get());
     void* const memory = ::mmap(nullptr, kMemoryBytes, PROT_READ | PROT_WRITE, MAP_SHARED, socket.Get(), 0);
     if (memory == MAP_FAILED)
         return SystemFailure("map a packet ring", errno);
     const int handle = socket.Get();
-    auto ring = std::make_unique<PacketRing>(std::move(socket),
-                                             std::span(static_cast<std::byte*>(memory), kMemoryBytes));
+    auto ring = std::make_unique<PacketRing>(
+        std::move(socket), std::span(static_cast<std::byte*>(memory), kMemoryBytes), hasRoomForRuns);
     if (auto begun = Begin(handle, route.interfaceIndex); !begun.IsOK())
         return begun;
     return ring;
 }
 
-PacketRing::PacketRing(FileDescriptor socket, std::span<std::byte> memory)
-    : m_socket(std::move(socket)), m_memory(memory), m_slotCount(memory.size() / kBlockBytes * kSlotsOfBlock)
+PacketRing::PacketRing(FileDescriptor socket, std::span<std::byte> memory, bool hasRoomForRuns)
+    : m_socket(std::move(socket)),
+      m_memory(memory),
+      m_slotCount(memory.size() / kBlockBytes * kSlotsOfBlock),
+      m_hasRoomForRuns(hasRoomForRuns),
+      m_longPacket(std::make_unique<std::byte[]>(kMostInFront + kLongestPacket))
 {
 }
 
@@ -293,8 +308,6 @@ bool PacketRing::TakeSpread(std::size_t inFront, std::size_t payloadBytes, Datag
 /// @param inFront  bytes in front of the IP header
 bool PacketRing::TakeChecked(std::size_t inFront, Datagram& datagram)
 {
-    if (m_longPacket == nullptr)
-        m_longPacket.reset(new std::byte[kMostInFront + kLongestPacket]);
     iovec memory{m_longPacket.get(), kMostInFront + kLongestPacket};
     msghdr message{};
     message.msg_iov = &memory;

@@ -25,7 +25,8 @@ public:
     /// must have the right to see raw packets, CAP_NET_RAW)
     [[nodiscard]] static VxExpected<std::unique_ptr<PacketRing>> Open(const DatagramRoute& route);
 
-    PacketRing(FileDescriptor socket, std::span<std::byte> memory);
+    /// @param hasRoomForRuns  see HasRoomForRuns
+    PacketRing(FileDescriptor socket, std::span<std::byte> memory, bool hasRoomForRuns);
     PacketRing(const PacketRing&) = delete;
     PacketRing& operator=(const PacketRing&) = delete;
     ~PacketRing();
@@ -34,10 +35,11 @@ public:
     /// @return  how many; the first ones are filled
     std::size_t Take(std::span<Datagram> datagrams);
 
-    [[nodiscard]] int Handle() const
-    {
-        return m_socket.Get();
-    } ///< readable while packets are there; borrowed
+    /// Readable while packets are there; borrowed.
+    [[nodiscard]] int Handle() const { return m_socket.Get(); }
+
+    /// What the system has laid there, and nobody has taken.
+    [[nodiscard]] bool IsPacketThere() const;
 
     /// Forgets that the interface went down; until then Handle is readable all the time.
     void ForgetErrors() const;
@@ -45,8 +47,11 @@ public:
     /// Memory for packets that wait.
     [[nodiscard]] std::size_t MemoryBytes() const { return m_memory.size(); }
 
+    /// Whether as many bytes may wait that came in runs, which have no slots. Otherwise nobody should make
+    /// the system collect runs. Constant.
+    [[nodiscard]] bool HasRoomForRuns() const { return m_hasRoomForRuns; }
+
 private:
-    [[nodiscard]] bool IsPacketThere() const;
     bool TakeNext(Datagram& datagram);
     bool TakeFromSlot(std::span<const std::byte> slot, Datagram& datagram) const;
     bool TakeLong(std::span<const std::byte> slot, Datagram& datagram);
@@ -58,8 +63,9 @@ private:
     const FileDescriptor m_socket;
     const std::span<std::byte> m_memory; // mapped
     const std::size_t m_slotCount;
-    std::size_t m_next = 0;                    // the slot that is filled next, or holds the oldest packet
-    std::unique_ptr<std::byte[]> m_longPacket; // where one whose checksum must be made lies; null until then
+    const bool m_hasRoomForRuns;
+    std::size_t m_next = 0; // the slot that is filled next, or holds the oldest packet
+    const std::unique_ptr<std::byte[]> m_longPacket; // where one whose checksum must be made lies
 };
 
 } // namespace transport

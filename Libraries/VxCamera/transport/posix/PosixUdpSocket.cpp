@@ -196,8 +196,8 @@ VxExpected<std::unique_ptr<PosixUdpSocket>> PosixUdpSocket::Open(const UdpSocket
     const auto sendFrom = isBoundToAll ? options.local.address : Ipv4Address();
     auto ring = OpenRing(socket.Get(), options, *local);
     // A system that does not know the switch hands over each datagram alone.
-    const bool isCoalescing =
-        options.isCoalescing && SetOption(socket.Get(), IPPROTO_UDP, UDP_GRO, 1, "coalesce datagrams").IsOK();
+    const bool isCoalescing = options.isCoalescing && (ring == nullptr || ring->HasRoomForRuns()) &&
+                              SetOption(socket.Get(), IPPROTO_UDP, UDP_GRO, 1, "coalesce datagrams").IsOK();
     return std::make_unique<PosixUdpSocket>(std::move(socket), std::move(wakeEvent), std::move(ring),
                                             Manner{*local, sendFrom, options.isSendingAtOnce, isCoalescing});
 }
@@ -390,7 +390,9 @@ void PosixUdpSocket::WatchRing()
     if (now - m_ringWatch.since < kPeriod)
         return;
     const std::uint32_t dropped = DroppedOf(m_socket.Get());
-    if (!m_ringWatch.hasTaken && dropped - m_ringWatch.dropped >= kMostUnseen) {
+    const bool isUnseen = !m_ringWatch.hasTaken && dropped - m_ringWatch.dropped >= kMostUnseen;
+    // A burst that has begun meanwhile has been dropped here because it lies there.
+    if (isUnseen && !m_ring->IsPacketThere()) {
         LeaveOutNothing(m_socket.Get());
         m_isRingLeft = true;
     }

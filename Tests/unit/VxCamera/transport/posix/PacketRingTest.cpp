@@ -6,6 +6,7 @@
 #include <linux/filter.h>
 #include <netinet/in.h>
 #include <netinet/ip.h>
+#include <netinet/udp.h>
 #include <sched.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
@@ -244,15 +245,22 @@ TEST_F(PacketRingTest, ADatagramThatIsTooLongIsCutAndMarked)
     EXPECT_TRUE(m_datagram.isTruncated);
 }
 
-TEST_F(PacketRingTest, WithoutTheRightToItTheSocketReceives)
+/// Does something in a thread that lacks a right of the system's (CAP_...).
+void Without(int right, const std::function<void()>& work)
 {
-    std::thread([] {
+    std::thread([&] {
         __user_cap_header_struct whose{_LINUX_CAPABILITY_VERSION_3, 0};
         std::array<__user_cap_data_struct, 2> rights{};
         ASSERT_EQ(::syscall(SYS_capget, &whose, rights.data()), 0);
-        rights[0].effective &= ~(1U << CAP_NET_RAW);
+        rights[0].effective &= ~(1U << right);
         ASSERT_EQ(::syscall(SYS_capset, &whose, rights.data()), 0); // of this thread alone
+        work();
+    }).join();
+}
 
+TEST_F(PacketRingTest, WithoutTheRightToItTheSocketReceives)
+{
+    Without(CAP_NET_RAW, [] {
         const auto socket = Open(OptionsAt(Ipv4Address::Loopback(), true));
         std::array<std::byte, 8> memory{};
         Datagram datagram{memory};
@@ -260,7 +268,34 @@ TEST_F(PacketRingTest, WithoutTheRightToItTheSocketReceives)
         EXPECT_FALSE(socket->IsBacklogNear());
         ASSERT_TRUE(socket->SendTo(memory, socket->LocalEndpoint()).IsOK());
         EXPECT_TRUE(socket->Receive({&datagram, 1}, kArrives));
-    }).join();
+    });
+}
+
+/// @return  how many UDP sockets of this process have the system collect runs
+int CollectingSockets()
+{
+    int sockets = 0;
+    for (int file = 0; file < 1024; ++file) {
+        int isCollecting = 0;
+        socklen_t length = sizeof isCollecting;
+        const bool isUdp = ::getsockopt(file, IPPROTO_UDP, UDP_GRO, &isCollecting, &length) == 0;
+        sockets += isUdp && isCollecting != 0 ? 1 : 0;
+    }
+    return sockets;
+}
+
+// Runs have no slots: they would wait where there is little room for them.
+TEST_F(PacketRingTest, AsksForNoRunsWhereTheSystemGrantsThemLittleRoom)
+{
+    ASSERT_EQ(CollectingSockets(), 1); // of the ring that the test has
+    Without(CAP_NET_ADMIN, [] {
+        const auto socket = Open(OptionsAt(Ipv4Address::Loopback(), true));
+
+        EXPECT_TRUE(socket->IsBacklogNear());
+        EXPECT_EQ(CollectingSockets(), 1);
+    });
+    const auto socket = Open(OptionsAt(Ipv4Address::Loopback(), true));
+    EXPECT_EQ(CollectingSockets(), 2);
 }
 
 TEST_F(PacketRingTest, FragmentsComeAsOneDatagram)
