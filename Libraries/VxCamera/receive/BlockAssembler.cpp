@@ -1,5 +1,6 @@
 #include "VxCamera/receive/BlockAssembler.h"
 
+#include "VxCamera/receive/PacketKinds.h"
 #include "VxCamera/wire/gvsp/BlockLayout.h"
 
 #include <algorithm>
@@ -33,46 +34,6 @@ constexpr unsigned kSameCutEnds = 2;
 // camera have shown longer pauses.
 constexpr IVxClock::Time::duration kLeastTailTimeout = 3ms;
 constexpr IVxClock::Time::duration kLongestTailTimeout = 20ms;
-
-constexpr bool IsPayload(PacketFormat format)
-{
-    switch (format) {
-    case PacketFormat::Payload:
-    case PacketFormat::PayloadH264:
-    case PacketFormat::PayloadMultiZone:
-    case PacketFormat::PayloadMultiPart:
-    case PacketFormat::PayloadGenDc:
-        return true;
-    default:
-        return false;
-    }
-}
-
-constexpr bool IsReadable(PacketFormat format)
-{
-    return format == PacketFormat::Leader || format == PacketFormat::Trailer ||
-           format == PacketFormat::AllIn || IsPayload(format);
-}
-
-/// Whether the packet only tells that another one cannot be sent now.
-constexpr bool IsResendDelay(gvsp::Status status)
-{
-    return status == gvsp::Status::PacketNotYetAvailable ||
-           status == gvsp::Status::PacketTemporarilyUnavailable;
-}
-
-/// Whether the packet only tells that another one cannot be sent again.
-constexpr bool IsResendRefusal(gvsp::Status status)
-{
-    return status == gvsp::Status::PacketUnavailable || status == gvsp::Status::PacketAndPreviousRemoved ||
-           status == gvsp::Status::PacketRemoved;
-}
-
-/// Such packets carry nothing, and their format is any.
-constexpr bool IsAboutResend(gvsp::Status status)
-{
-    return IsResendDelay(status) || IsResendRefusal(status);
-}
 
 /// Turns the requests of one block into those of the stream, and counts them.
 class BlockRequests final : public IResendRequests {
@@ -148,6 +109,8 @@ void BlockAssembler::OnBlockPacket(const gvsp::Packet& packet, Arrival arrival, 
     OpenBlock* const block = BlockOf(packet, now);
     if (block == nullptr) {
         m_counters.packetsLate.Add();
+        if (IsSentAgain(header))
+            m_policy.OnUselessAnswer(now);
         return;
     }
     if (!gvcp::IsGood(header.status)) {
@@ -155,7 +118,11 @@ void BlockAssembler::OnBlockPacket(const gvsp::Packet& packet, Arrival arrival, 
         if (IsAboutResend(header.status))
             return;
     }
-    Count(Take(*block, packet, arrival, now));
+    const OpenBlock::Effect effect = Take(*block, packet, arrival, now);
+    Count(effect);
+    const bool isUseless = effect == OpenBlock::Effect::Duplicate || effect == OpenBlock::Effect::WrongSize;
+    if (isUseless && (IsSentAgain(header) || block->AsksFor(header.packetId) > 0))
+        m_policy.OnUselessAnswer(now);
     if (const auto& found = block->LastFound(); found && m_policy.OnArrival(*found, now))
         m_counters.packetsRecovered.Add();
     if (m_openCount > 1 || block->IsDone())
@@ -246,9 +213,7 @@ OpenBlock* BlockAssembler::BlockOf(const gvsp::Packet& packet, Time now)
 bool BlockAssembler::IsRestart(const gvsp::Packet& packet, std::int64_t step, Time now) const
 {
     const gvsp::PacketHeader& header = packet.header;
-    const bool isSentAgain =
-        header.status == gvsp::Status::PacketResend || (header.flags & gvsp::kFlagIsResend) != 0;
-    if (!gvsp::HasLeader(header.format) || isSentAgain)
+    if (!gvsp::HasLeader(header.format) || IsSentAgain(header))
         return false;
     return step < -kLateBlocks ||
            (now - m_lastPacketTime >= kRestartPause && !IsOfFinished(packet, step, now));

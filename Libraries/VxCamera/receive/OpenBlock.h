@@ -124,6 +124,9 @@ public:
     [[nodiscard]] MissingRanges& Missing() { return m_missing; }
     [[nodiscard]] const MissingRanges& Missing() const { return m_missing; }
 
+    /// @return  how often a packet that is missing was asked for; 0 for one that is not
+    [[nodiscard]] unsigned AsksFor(std::uint32_t packetId) const;
+
     /// The missing packet that the last packet was, as it stood before; none when it had not been missing.
     [[nodiscard]] const std::optional<MissingRange>& LastFound() const { return m_lastFound; }
 
@@ -164,7 +167,6 @@ private:
     [[nodiscard]] std::uint64_t NeededBytes() const;
     [[nodiscard]] bool AreEndsBelieved() const { return m_start.believed.areAll || m_isEndBelieved; }
     [[nodiscard]] bool IsEndAgain(std::uint32_t packetId, std::size_t bytes, unsigned asks);
-    [[nodiscard]] unsigned AsksFor(std::uint32_t packetId) const;
     [[nodiscard]] bool LacksBytes(std::uint64_t bytes) const;
     [[nodiscard]] bool IsCutEnd(std::uint32_t packetId, std::size_t bytes) const;
     [[nodiscard]] bool IsChunkListCut() const;

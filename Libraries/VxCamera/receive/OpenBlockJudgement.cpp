@@ -66,7 +66,6 @@ bool OpenBlock::IsEndAgain(std::uint32_t packetId, std::size_t bytes, unsigned a
     return m_isEndBelieved;
 }
 
-/// @return  how often a packet that is missing was asked for
 unsigned OpenBlock::AsksFor(std::uint32_t packetId) const
 {
     const auto found = std::ranges::lower_bound(m_missing.All(), packetId, {}, &MissingRange::last);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <tuple>
 
 namespace receive {
 
@@ -50,6 +51,9 @@ constexpr int kSpreads = 4;
 // Chosen: an answer may be late by this, however regular the ones before were.
 constexpr nanoseconds kLeastSpread = 1ms;
 
+// Chosen: more doublings lead beyond any limit of the time.
+constexpr unsigned kMostDoublings = 6;
+
 // Chosen: how soon a request that the second's budget did not allow is tried again.
 constexpr auto kBudgetPause = 1ms;
 
@@ -67,7 +71,44 @@ microseconds ResendPolicy::AnswerTimeout() const
 
 ResendPolicy::Time ResendPolicy::DueTime(const MissingRange& range) const
 {
-    return range.asks == 0 ? range.since + m_settings.gapTimeout : range.askedAt + AnswerTimeout();
+    if (range.asks == 0)
+        return range.since + m_settings.gapTimeout;
+    // Behind a pause answers come in a row, to requests that are older than usual.
+    const Time due = std::max(range.askedAt, m_resumedAt) + AnswerTimeout();
+    return m_probes > 0 ? std::max(due, m_probedAt + ProbePause()) : due;
+}
+
+/// How long a camera that answers nothing is left alone: each time twice as long.
+nanoseconds ResendPolicy::ProbePause() const
+{
+    return std::min<nanoseconds>(AnswerTimeout() * (1 << std::min(m_probes, kMostDoublings)),
+                                 m_settings.answerTimeout);
+}
+
+void ResendPolicy::NoteAsking(MissingRange& range, Time now)
+{
+    if (!m_unansweredSince)
+        m_unansweredSince = now;
+    if (range.asks == 0) {
+        range.firstAskedAt = now;
+    } else {
+        ++m_probes;
+        m_probedAt = now;
+    }
+    range.askedAt = now;
+    ++range.asks;
+}
+
+/// @return  whether the camera had paused
+bool ResendPolicy::NoteAnswer(Time now)
+{
+    ++m_answeredSince;
+    const bool isResumed = m_unansweredSince && now - *m_unansweredSince > AnswerTimeout();
+    if (isResumed)
+        m_resumedAt = now;
+    m_unansweredSince.reset();
+    m_probes = 0;
+    return isResumed;
 }
 
 /// How much of the second's budget can be saved up.
@@ -148,9 +189,7 @@ void ResendPolicy::Ask(MissingRanges& missing, BlockAsking& asking, std::uint64_
             asking.isGivenUp = true;
         if (verdict != Verdict::Asked)
             return;
-        range.askedAt = now;
-        if (range.asks++ == 0)
-            range.firstAskedAt = now;
+        NoteAsking(range, now);
         requests.Ask(range.first, range.last);
     }
 }
@@ -158,8 +197,12 @@ void ResendPolicy::Ask(MissingRanges& missing, BlockAsking& asking, std::uint64_
 std::optional<ResendPolicy::Time> ResendPolicy::NextDue(const MissingRanges& missing,
                                                         const BlockAsking& asking, Time now) const
 {
-    if (asking.isGivenUp || !m_settings.isOn)
+    if (!m_settings.isOn)
         return std::nullopt;
+    if (asking.isGivenUp) {
+        const auto last = LastAnswerDue(missing, asking);
+        return last && *last > now ? last : std::nullopt;
+    }
     std::optional<Time> next;
     for (const MissingRange& range : missing.All()) {
         if (range.asks >= kMostAsks)
@@ -173,18 +216,45 @@ std::optional<ResendPolicy::Time> ResendPolicy::NextDue(const MissingRanges& mis
 
 bool ResendPolicy::IsHopeless(const MissingRanges& missing, const BlockAsking& asking, Time now) const
 {
-    if (asking.isGivenUp || !m_settings.isOn)
+    if (!m_settings.isOn)
         return true;
+    if (asking.isGivenUp) {
+        const auto last = LastAnswerDue(missing, asking);
+        return !last || now >= *last;
+    }
     return !missing.IsEmpty() && std::ranges::all_of(missing.All(), [&](const MissingRange& range) {
         return range.asks >= kMostAsks && now >= DueTime(range);
     });
+}
+
+/// @return  until when a block of which nothing more is asked for may still become whole; none: it cannot
+std::optional<ResendPolicy::Time> ResendPolicy::LastAnswerDue(const MissingRanges& missing,
+                                                              const BlockAsking& asking) const
+{
+    if (asking.isRefused || missing.IsOverfull() || missing.IsEmpty())
+        return std::nullopt;
+    const auto patience = m_meanAnswer ? m_settings.answerTimeout : AnswerTimeout();
+    Time last;
+    for (const MissingRange& range : missing.All()) {
+        if (range.asks == 0)
+            return std::nullopt;
+        last = std::max(last, std::max(range.askedAt, m_resumedAt) + patience);
+    }
+    return last;
+}
+
+void ResendPolicy::OnUselessAnswer(Time now)
+{
+    std::ignore = NoteAnswer(now);
 }
 
 bool ResendPolicy::OnArrival(const MissingRange& was, Time now)
 {
     if (was.asks == 0)
         return false;
-    ++m_answeredSince;
+    // One pause counts once, however many answers it kept back.
+    if (!NoteAnswer(now) && m_meanAnswer && was.askedAt < m_resumedAt)
+        return true;
     // Which of several questions it answers is not known, unless it comes too soon after the last one.
     const bool isTooSoon = !m_meanAnswer || now - was.askedAt < *m_meanAnswer / 2;
     if (was.asks > 1 && !isTooSoon)

@@ -33,7 +33,7 @@ struct ResendSettings {
 /// What has been asked for of one block.
 struct BlockAsking {
     std::uint64_t asked = 0; ///< packets, repetitions included
-    bool isGivenUp = false;  ///< nothing more is asked for
+    bool isGivenUp = false;  ///< nothing more is asked for; what was may still come
     bool isRefused = false;  ///< and the camera has said that it has not got what is missing
 };
 
@@ -54,7 +54,8 @@ public:
 /// Decides which missing packets are asked for again, and when.
 ///
 /// Two budgets bound the requests: one of each block and one of each second. Both shrink to a part while the
-/// camera answers few of them, and grow again with the answers.
+/// camera answers few of them, and grow again with the answers. While it answers nothing at all, it
+/// is asked again for one range after the other only, so that a pause does not use the budgets up.
 ///
 /// Owner:  BlockAssembler, by value.
 /// Thread: one. Time is an argument.
@@ -86,6 +87,9 @@ public:
     /// @return  whether it had been asked for
     bool OnArrival(const MissingRange& was, Time now);
 
+    /// A packet arrived that was sent again, but is here already, was cut, or comes too late.
+    void OnUselessAnswer(Time now);
+
     /// After which time without an answer packets are asked for again.
     [[nodiscard]] std::chrono::microseconds AnswerTimeout() const;
 
@@ -96,6 +100,11 @@ private:
     enum class Verdict { Asked, NotNow, TooMuch };
 
     [[nodiscard]] Time DueTime(const MissingRange& range) const;
+    [[nodiscard]] std::chrono::nanoseconds ProbePause() const;
+    [[nodiscard]] std::optional<Time> LastAnswerDue(const MissingRanges& missing,
+                                                    const BlockAsking& asking) const;
+    void NoteAsking(MissingRange& range, Time now);
+    bool NoteAnswer(Time now);
     Verdict Spend(std::uint64_t packets, BlockAsking& asking, std::uint64_t blockPackets);
     [[nodiscard]] double MostTokens() const;
     void Refill(Time now);
@@ -106,6 +115,12 @@ private:
     // How long the camera takes to answer; measured on packets that were asked for once.
     std::optional<std::chrono::nanoseconds> m_meanAnswer; // none before the first answer
     std::chrono::nanoseconds m_answerSpread{};
+
+    // What the camera does about requests now.
+    std::optional<Time> m_unansweredSince; // the first request after the last answer
+    Time m_resumedAt;                      // the last answer behind a pause
+    Time m_probedAt;
+    unsigned m_probes = 0; // requests that were not the first ones of their packets, since the last answer
 
     double m_scale = 1;
     double m_tokens = 0; // packets that may be asked for now; negative after a range larger than was saved up

@@ -31,10 +31,12 @@ public:
         std::chrono::microseconds roundTrip{500};   ///< from a request to the first packet of its answer
         std::chrono::microseconds packetTime{8};    ///< from one packet to the next
         std::chrono::microseconds framePeriod{33'000};
-        std::uint32_t pausesBefore = 0;     ///< a packet of each block
-        std::chrono::microseconds pause{0}; ///< before that packet
-        bool answers = true;                ///< false: requests are ignored
-        bool resends = true;                ///< false: it does not offer that
+        std::uint32_t pausesBefore = 0;           ///< a packet of each block
+        std::chrono::microseconds pause{0};       ///< before that packet
+        std::chrono::microseconds silentEvery{0}; ///< it pauses its answers that often; 0 = never
+        std::chrono::microseconds silence{0};     ///< how long; what it is asked for by then comes behind
+        bool answers = true;                      ///< false: requests are ignored
+        bool resends = true;                      ///< false: it does not offer that
     };
 
     LossyCamera(const Facts& facts, const StreamPackets& stream) : m_facts(facts), m_stream(stream) {}
@@ -57,7 +59,7 @@ public:
         packetsAskedFor += last - first + 1;
         if (!m_facts.answers)
             return;
-        Time arrival = m_now + m_facts.roundTrip;
+        Time arrival = BehindSilence(m_now) + m_facts.roundTrip;
         for (std::uint32_t id = first; id <= last && id <= m_stream.PayloadCount() + 1; ++id) {
             if (m_now - SentAt(blockId, id) > m_facts.keeps) {
                 Put(arrival, Refusal(blockId, id));
@@ -92,6 +94,14 @@ private:
     {
         const Time start = m_starts.at(blockId - 1) + packetId * m_facts.packetTime;
         return packetId >= m_facts.pausesBefore ? start + m_facts.pause : start;
+    }
+    /// @return  when the camera looks at a request that comes now
+    [[nodiscard]] Time BehindSilence(Time now) const
+    {
+        if (m_facts.silentEvery == std::chrono::microseconds(0))
+            return now;
+        const auto since = now.time_since_epoch() % m_facts.silentEvery;
+        return since < m_facts.silence ? now - since + m_facts.silence : now;
     }
     bool IsLost()
     {

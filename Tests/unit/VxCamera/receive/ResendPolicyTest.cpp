@@ -77,6 +77,74 @@ TEST_F(ResendPolicyTest, WithoutAnAnswerItAsksAgainUntilItGivesUp)
     EXPECT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now));
 }
 
+TEST_F(ResendPolicyTest, ACameraThatAnswersNothingIsProbedForOneRangeAfterTheOtherAndMoreAndMoreSlowly)
+{
+    for (std::uint32_t id = 2; id <= 20; id += 2)
+        Arrive(id);
+    EXPECT_EQ(AskAfter(1ms).size(), 10u);
+    EXPECT_EQ(AskAfter(5ms), (Asked{{1, 1}}));
+    EXPECT_EQ(AskAfter(9ms), Asked{});
+    EXPECT_EQ(AskAfter(1ms), (Asked{{1, 1}}));
+    EXPECT_EQ(AskAfter(19ms), Asked{});
+    EXPECT_EQ(AskAfter(1ms), (Asked{{1, 1}}));
+    Arrive(22);
+    EXPECT_EQ(AskAfter(1ms), (Asked{{21, 21}})); // for the first time
+}
+
+TEST_F(ResendPolicyTest, BehindAPauseAnswersAreWaitedForBeforeTheRestIsAskedForAgain)
+{
+    Arrive(2);
+    std::ignore = AskAfter(1ms);
+    m_now += 1ms;
+    Arrive(1);
+    ASSERT_EQ(m_policy.AnswerTimeout(), 3ms);
+    for (std::uint32_t id = 4; id <= 20; id += 2)
+        Arrive(id);
+    std::ignore = AskAfter(1ms);
+    std::ignore = AskAfter(3ms);
+
+    m_now += 50ms;
+    Arrive(3);
+    EXPECT_EQ(AskAfter(1ms), Asked{});
+    for (std::uint32_t id = 5; id < 19; id += 2)
+        Arrive(id);
+    EXPECT_EQ(AskAfter(1ms), Asked{});
+    EXPECT_EQ(AskAfter(1ms), (Asked{{19, 19}})); // its answer was lost
+    EXPECT_EQ(m_policy.AnswerTimeout(), 3ms);    // the pause is not how it usually answers
+}
+
+TEST_F(ResendPolicyTest, AnswersToWhatWasAskedForAreWaitedForWhenTheBudgetIsUsedUp)
+{
+    Arrive(2);
+    std::ignore = AskAfter(1ms);
+    Arrive(1); // the camera answers
+    m_blockPackets = 40;
+    Arrive(23);
+    EXPECT_EQ(AskAfter(1ms), (Asked{{3, 22}}));
+    EXPECT_EQ(AskAfter(2ms), Asked{}); // as often again would be too much
+    ASSERT_TRUE(m_asking.isGivenUp);
+    EXPECT_FALSE(m_policy.IsHopeless(m_missing, m_asking, m_now));
+    EXPECT_EQ(m_policy.NextDue(m_missing, m_asking, m_now), m_now + 18ms);
+    EXPECT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now + 18ms));
+    EXPECT_EQ(m_policy.NextDue(m_missing, m_asking, m_now + 18ms), std::nullopt);
+
+    m_asking.isRefused = true;
+    EXPECT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now));
+}
+
+TEST_F(ResendPolicyTest, AnswersThatComeTwiceOrTooLateAreAnswers)
+{
+    for (int block = 0; block < 100; ++block) {
+        m_missing.Clear();
+        m_asking = {};
+        Arrive(0);
+        Arrive(2);
+        std::ignore = AskAfter(20ms);
+        m_policy.OnUselessAnswer(m_now);
+    }
+    EXPECT_EQ(m_policy.BudgetScale(), 1.0);
+}
+
 TEST_F(ResendPolicyTest, TheTimeOfAnswersIsLearnt)
 {
     EXPECT_EQ(m_policy.AnswerTimeout(), 5ms);
