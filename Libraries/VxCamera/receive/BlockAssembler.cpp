@@ -107,6 +107,8 @@ void BlockAssembler::OnBlockPacket(const gvsp::Packet& packet, Arrival arrival, 
 {
     const gvsp::PacketHeader& header = packet.header;
     OpenBlock* const block = BlockOf(packet, now);
+    if (!m_isAnswering && IsAsking() && IsAnswer(header, block))
+        NoteThatItAnswers();
     if (block == nullptr) {
         m_counters.packetsLate.Add();
         if (IsSentAgain(header))
@@ -452,7 +454,14 @@ void BlockAssembler::ForgetAcquisition()
 {
     m_lastFinished.reset();
     m_hasChunkLists = false;
+    ForgetEnds();
+    m_isAnswering = false;
+}
+
+void BlockAssembler::ForgetEnds()
+{
     m_believed = {};
+    m_isSilenceBelieved = false;
     m_lastCutEnd = 0;
     m_sameCutEnds = 0;
 }
@@ -513,12 +522,35 @@ void BlockAssembler::LearnFrom(const OpenBlock& block)
 /// A camera that tells more chunks than it sends, or fills its last packets up, must not lose its pictures.
 void BlockAssembler::LearnEnd(const OpenBlock& block)
 {
-    // Where the last packet can be asked for, only that tells whether it was cut.
-    const std::uint64_t end = IsAsking() && !block.IsDone() ? 0 : block.CutEnd();
+    // Where the last packet can be asked for, only that tells whether it was cut; but not of a camera that
+    // has never answered.
+    const bool isAsked = IsAsking() && !block.IsDone();
+    const bool isUnanswered = isAsked && !m_isAnswering && block.AsksForLast() > 0;
+    const std::uint64_t end = isAsked && !isUnanswered ? 0 : block.CutEnd();
     m_sameCutEnds = end == m_lastCutEnd ? m_sameCutEnds + 1 : 1;
     m_lastCutEnd = end;
+    m_isSilenceBelieved = m_isSilenceBelieved || (isUnanswered && end != 0);
     m_believed.areAll = m_believed.areAll || (block.IsDone() && block.IsEndBelieved());
     m_believed.same = m_sameCutEnds >= kSameCutEnds ? end : 0;
+    for (std::size_t i = 0; i < m_openCount; ++i)
+        m_open[i]->Believe(m_believed);
+}
+
+/// Whether the camera may have sent the packet because it was asked to. Not every one marks such packets:
+/// what comes late may be one.
+bool BlockAssembler::IsAnswer(const gvsp::PacketHeader& header, const OpenBlock* block) const
+{
+    return IsSentAgain(header) || IsAboutResend(header.status) || block == nullptr ||
+           block->AsksFor(header.packetId) > 0;
+}
+
+/// From now on only what it is asked for tells whether a last packet was cut.
+void BlockAssembler::NoteThatItAnswers()
+{
+    m_isAnswering = true;
+    if (!m_isSilenceBelieved)
+        return;
+    ForgetEnds();
     for (std::size_t i = 0; i < m_openCount; ++i)
         m_open[i]->Believe(m_believed);
 }

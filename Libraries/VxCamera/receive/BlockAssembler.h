@@ -145,7 +145,10 @@ private:
     void FinishOldest(Time now);
     void LearnFrom(const OpenBlock& block);
     void LearnEnd(const OpenBlock& block);
+    [[nodiscard]] bool IsAnswer(const gvsp::PacketHeader& header, const OpenBlock* block) const;
+    void NoteThatItAnswers();
     void ForgetAcquisition();
+    void ForgetEnds();
     [[nodiscard]] std::size_t WantedBytes(const BlockGeometry& geometry) const;
     void CountBlock(const BlockInfo& info);
 
@@ -169,6 +172,8 @@ private:
     std::size_t m_chunkDataBytes = 0; // of the block of chunk data before
     bool m_hasChunkLists = false;     // of this acquisition some could be read
     BelievedEnds m_believed;          // in this acquisition
+    bool m_isAnswering = false;       // in this acquisition something came because it was asked for
+    bool m_isSilenceBelieved = false; // m_believed holds only because nothing did
     std::uint64_t m_lastCutEnd = 0;   // of the block before, see OpenBlock::CutEnd
     unsigned m_sameCutEnds = 0;       // how many blocks in a row had that one
     std::size_t m_stepBytes = 0;

@@ -144,6 +144,10 @@ public:
     ///          more than that
     [[nodiscard]] std::uint64_t CutEnd() const;
 
+    /// @return  how often the last packet was asked for that is missing in front of the trailer; 0 when none
+    /// is
+    [[nodiscard]] unsigned AsksForLast() const { return m_trailerId == 0 ? 0 : AsksFor(m_trailerId - 1); }
+
     /// How many packets were stored before it showed that they were cut.
     [[nodiscard]] std::uint64_t WithdrawnPackets() const { return m_withdrawnPackets; }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -107,6 +108,159 @@ TEST_P(UnaskedChunksTest, ANewAcquisitionBeginsAnew)
         m_unasked.Abort();
     }
 }
+
+/// Pictures with chunks of a camera that is asked.
+class UnansweredChunksTest : public testing::TestWithParam<gvsp::IdMode>, protected AskingFixture {
+protected:
+    UnansweredChunksTest() { m_stream.idMode = GetParam(); }
+
+    void ExpectMissing(std::uint64_t firstId, int blocks)
+    {
+        for (int i = 0; i < blocks; ++i, ++firstId)
+            EXPECT_EQ(CodeWithout(m_stream.Block(firstId)), VxError::MissingPackets) << firstId;
+    }
+    /// Three blocks, of which the last one is whole.
+    void ExpectBelief(std::uint64_t firstId)
+    {
+        ExpectMissing(firstId, 2);
+        EXPECT_EQ(CodeWithout(m_stream.Block(firstId + 2)), VxError::Ok);
+    }
+    /// A block of which the second packet is asked for.
+    void SendWithoutSecond(std::uint64_t id)
+    {
+        auto packets = m_stream.Block(id);
+        packets.erase(packets.begin() + 2);
+        SendAll(packets);
+        EXPECT_FALSE(Asked().empty());
+    }
+    /// @param status  of the header
+    [[nodiscard]] static Packet With(Packet packet, std::uint16_t status)
+    {
+        packet[0] = static_cast<std::byte>(status >> 8);
+        packet[1] = static_cast<std::byte>(status & 0xFF);
+        return packet;
+    }
+
+    ChunkPackets m_stream;
+};
+
+TEST_P(UnansweredChunksTest, ACameraThatNeverAnswersIsBelievedFromTheThirdBlockOn)
+{
+    m_stream.told = ChunkPackets::Told::TooMany;
+    ExpectMissing(1, 2);
+    EXPECT_FALSE(m_channel.asked.empty());
+
+    m_channel.asked.clear();
+    for (std::uint64_t id = 3; id < 8; ++id) {
+        EXPECT_EQ(CodeWithout(m_stream.Block(id)), VxError::Ok) << id;
+        const auto payload = m_stream.PayloadOf(id);
+        const auto& delivered = m_sink.delivered.back();
+        EXPECT_TRUE(std::equal(payload.begin(), payload.end(), delivered.memory.begin())) << id;
+        EXPECT_EQ(delivered.info.receivedBytes, payload.size()) << id;
+        m_stream.chunks.back() += 10; // elsewhere, too
+    }
+    EXPECT_TRUE(m_channel.asked.empty());
+}
+
+TEST_P(UnansweredChunksTest, ACameraThatNeverAnswersAndWhoseListsCannotBeReadIsBelievedFromTheThirdBlockOn)
+{
+    m_stream.told = ChunkPackets::Told::Zero;
+    m_stream.fillBytes = 2;
+    ExpectBelief(1);
+}
+
+TEST_P(UnansweredChunksTest, ACameraThatHasAnsweredAnythingIsNotBelieved)
+{
+    m_stream.told = ChunkPackets::Told::TooMany;
+    constexpr std::uint16_t kSentAgain = 0x0100;
+    const auto cutAgain = [&] { return m_stream.BlockWithLastCutTo(1, 20)[m_stream.LastId()]; };
+    const std::vector<Packet> answers{m_stream.Payload(1, 2),                   // not every camera marks it
+                                      With(m_stream.Payload(1, 1), kSentAgain), // it was here before
+                                      With(m_stream.Payload(1, 2), 0x800C),     // it has not got it any more
+                                      With(m_stream.Payload(1, 2), 0x8010),     // it has not got it yet
+                                      cutAgain()};
+    for (std::size_t i = 0; i < answers.size(); ++i) {
+        SCOPED_TRACE(i);
+        SendWithoutSecond(1);
+        Send(answers[i]);
+        Wait(300ms);
+        ExpectMissing(2, 5);
+        m_assembler.Abort();
+    }
+    ExpectMissing(1, 1);
+    Send(m_stream.Payload(1, m_stream.LastId())); // too late
+    ExpectMissing(2, 5);
+}
+
+TEST_P(UnansweredChunksTest, AnAnswerEndsTheBelief)
+{
+    m_stream.told = ChunkPackets::Told::TooMany;
+    ExpectBelief(1);
+    SendWithoutSecond(4);
+    Send(m_stream.Payload(4, 2));
+    Wait(300ms);
+    ExpectMissing(5, 5);
+
+    // It is believed again when the packet comes again as it was.
+    SendAll(m_stream.Block(10));
+    EXPECT_EQ(Asked(), Ranges({{m_stream.LastId(), m_stream.LastId()}}));
+    Send(m_stream.Payload(10, m_stream.LastId()));
+    EXPECT_EQ(LastCode(), VxError::Ok);
+    EXPECT_EQ(CodeWithout(m_stream.Block(11)), VxError::Ok);
+}
+
+TEST_P(UnansweredChunksTest, EndsAtOtherBytesAreNotBelievedThoughNobodyAnswers)
+{
+    std::uint64_t id = 0;
+    for (int i = 0; i < 4; ++i) {
+        for (const std::size_t left : {100, 100, 101})
+            EXPECT_EQ(CodeWithout(m_stream.BlockWithLastCutTo(++id, left)), VxError::MissingPackets) << id;
+    }
+}
+
+TEST_P(UnansweredChunksTest, APictureThatIsCutAtTheSameByteIsNeverBelievedThoughNobodyAnswers)
+{
+    m_stream.chunks = {ChunkPackets::kPictureBytes, 100};
+    std::uint64_t id = 0;
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(CodeWithout(m_stream.BlockWithLastCutTo(++id, 59)), VxError::MissingPackets) << id;
+    // Nor where ends behind the picture are.
+    m_stream.told = ChunkPackets::Told::TooMany;
+    ExpectBelief(id + 1);
+    id += 3;
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(CodeWithout(m_stream.BlockWithLastCutTo(++id, 59)), VxError::MissingPackets) << id;
+}
+
+TEST_P(UnansweredChunksTest, APacketThatIsMissingInFrontIsMissingThoughEndsAreBelieved)
+{
+    m_stream.told = ChunkPackets::Told::TooMany;
+    ExpectBelief(1);
+    for (const std::ptrdiff_t lost : {2, 6, 7}) { // of the picture, of chunks, and the last one
+        auto packets = m_stream.Block(static_cast<std::uint64_t>(lost) + 2); // from 4 on
+        packets.erase(packets.begin() + lost);
+        EXPECT_EQ(CodeWithout(packets), VxError::MissingPackets) << lost;
+    }
+}
+
+TEST_P(UnansweredChunksTest, WhetherACameraAnswersIsFoundOutAnewInEveryAcquisition)
+{
+    m_stream.told = ChunkPackets::Told::TooMany;
+    ExpectBelief(1);
+    m_assembler.Abort();
+    ExpectBelief(1);
+    m_assembler.Abort();
+    SendWithoutSecond(1);
+    Send(m_stream.Payload(1, 2));
+    Wait(300ms);
+    ExpectMissing(2, 5);
+    m_assembler.Abort();
+    ExpectBelief(1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ids, UnansweredChunksTest,
+                         testing::Values(gvsp::IdMode::Standard, gvsp::IdMode::Extended),
+                         [](const auto& each) { return IdsOf(each.param); });
 
 INSTANTIATE_TEST_SUITE_P(Ids, UnaskedChunksTest,
                          testing::Values(gvsp::IdMode::Standard, gvsp::IdMode::Extended),
