@@ -230,6 +230,8 @@ void StreamReceiver::WatchSilence()
 /// Firewalls let those in whom somebody inside has spoken to.
 void StreamReceiver::OpenWay()
 {
+    if (m_wayOpener)
+        m_wayOpener(*m_socket);
     const StreamLink* const link = m_resend.Link();
     if (link == nullptr || link->sourcePort == 0)
         return;

@@ -16,9 +16,11 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <thread>
+#include <utility>
 
 namespace receive {
 
@@ -48,6 +50,11 @@ public:
     /// @return  none: the stream is sent to this host alone
     [[nodiscard]] std::optional<transport::Ipv4Address> Group() const { return m_group; }
 
+    /// @param opener  called with the socket when reception begins, and every few seconds while nothing
+    /// arrives,
+    ///                by the receiver's thread: must not wait long, nor throw. Before Start
+    void SetWayOpener(std::function<void(transport::IUdpSocket&)> opener) { m_wayOpener = std::move(opener); }
+
     /// From now on; at once, also while it runs.
     void SetSettings(const AssemblySettings& settings);
     [[nodiscard]] AssemblySettings Settings() const;
@@ -70,6 +77,7 @@ public:
     void Stop(const IBlockSink& sink);
 
     [[nodiscard]] bool IsRunning() const { return m_thread.joinable(); }
+    [[nodiscard]] bool Serves(const IBlockSink& sink) const { return IsRunning() && m_sink == &sink; }
 
     [[nodiscard]] const transport::IUdpSocket& Socket() const { return *m_socket; }
     [[nodiscard]] transport::IUdpSocket& Socket() { return *m_socket; }
@@ -127,9 +135,10 @@ private:
     BlockAssembler m_assembler{{}, *this, m_counters, &m_resend};
     SilenceWatch m_silence;
     PacketGathering m_gathering;
-    std::optional<transport::Ipv4Address> m_group; // constant once it is set up
-    unsigned m_blocksWithoutPayload = 0;           // one after the other
-    IBlockSink* m_sink = nullptr;                  // borrowed from Start to Stop
+    std::optional<transport::Ipv4Address> m_group;           // constant once it is set up
+    std::function<void(transport::IUdpSocket&)> m_wayOpener; // constant likewise; may be empty
+    unsigned m_blocksWithoutPayload = 0;                     // one after the other
+    IBlockSink* m_sink = nullptr;                            // borrowed from Start to Stop
 
     mutable VxMutex m_ordersMutex; // held for a few instructions only
     Orders m_orders VX_GUARDED_BY(m_ordersMutex);

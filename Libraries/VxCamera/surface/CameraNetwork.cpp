@@ -1,5 +1,7 @@
 #include "VxCamera/surface/CameraNetwork.h"
 
+#include <utility>
+
 #include "VxCamera/control/InterfaceMemory.h"
 #include "VxCamera/transport/SystemNetwork.h"
 
@@ -11,9 +13,15 @@ control::InterfaceMemory g_interfaceMemory;
 } // namespace
 
 CameraNetwork::CameraNetwork()
-    : m_sockets(transport::MakeSystemSocketFactory()),
-      m_groups(transport::MakeSystemSocketGroupFactory()),
-      m_interfaces(transport::MakeSystemInterfaceList())
+    : CameraNetwork(transport::MakeSystemSocketFactory(), transport::MakeSystemSocketGroupFactory(),
+                    transport::MakeSystemInterfaceList())
+{
+}
+
+CameraNetwork::CameraNetwork(std::unique_ptr<transport::ISocketFactory> sockets,
+                             std::unique_ptr<transport::ISocketGroupFactory> groups,
+                             std::unique_ptr<transport::IInterfaceList> interfaces)
+    : m_sockets(std::move(sockets)), m_groups(std::move(groups)), m_interfaces(std::move(interfaces))
 {
 }
 

@@ -18,6 +18,10 @@
 class CameraNetwork {
 public:
     CameraNetwork();
+    /// A test's: the same with other parts, none of them null.
+    CameraNetwork(std::unique_ptr<transport::ISocketFactory> sockets,
+                  std::unique_ptr<transport::ISocketGroupFactory> groups,
+                  std::unique_ptr<transport::IInterfaceList> interfaces);
     ~CameraNetwork();
     CameraNetwork(const CameraNetwork&) = delete;
     CameraNetwork& operator=(const CameraNetwork&) = delete;

@@ -1,11 +1,13 @@
 #include "VxCamera/surface/ReceiverOpening.h"
 
 #include <chrono>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "VxCamera/control/ConnectionId.h"
 #include "VxCamera/surface/CameraNetwork.h"
+#include "VxCamera/surface/NoThrow.h"
 
 namespace {
 
@@ -44,7 +46,8 @@ StreamEnds FindEnds(CameraNetwork& network, const VxString& connectionId)
     return {found->device.address, found->via.address};
 }
 
-/// Joins on the interface through which the camera is reached, else on every interface.
+/// Joins on the interface through which the camera is reached, else on every interface. Where the group was
+/// joined before, the system refuses, and nothing changes.
 /// @return  the own address of the first interface joined on
 VxExpected<Ipv4Address> JoinEverywhere(CameraNetwork& network, IUdpSocket& socket, Ipv4Address group,
                                        Ipv4Address local)
@@ -67,12 +70,23 @@ VxExpected<Ipv4Address> JoinEverywhere(CameraNetwork& network, IUdpSocket& socke
     return first.IsUnspecified() ? last : VxExpected<Ipv4Address>(first);
 }
 
+/// @param local  own address towards the camera, or the one that was asked for
+/// @return  to which the socket is bound; 0.0.0.0: none
+Ipv4Address BoundAddress(const ReceiverRequest& request, Ipv4Address local)
+{
+    // A group's packets carry its own address as destination.
+    if (request.group)
+        return {};
+    // Whoever controls the camera knows of this receiver only its port, and may name any address of this
+    // host.
+    const bool isNamedElsewhere = request.port != 0 && request.localIpAddress.IsEmpty();
+    return isNamedElsewhere ? Ipv4Address() : local;
+}
+
 transport::UdpSocketOptions SocketOptions(const ReceiverRequest& request, Ipv4Address local)
 {
     transport::UdpSocketOptions options;
-    // A group's packets carry its own address as destination, so the socket must not be bound to an
-    // interface's.
-    options.local = {request.group ? Ipv4Address() : local, request.port};
+    options.local = {BoundAddress(request, local), request.port};
     options.sharing = request.group ? transport::PortSharing::Shared : transport::PortSharing::Exclusive;
     options.receiveBufferBytes = kSocketBufferBytes;
     options.isCoalescing = true; // the packets of a block are equally long
@@ -96,7 +110,7 @@ VxExpected<OpenedReceiver> OpenReceiver(CameraNetwork& network, const ReceiverRe
     if (!socket)
         return socket.Error();
     OpenedReceiver opened;
-    opened.reachedAt = (*socket)->LocalEndpoint().address;
+    opened.reachedAt = ends.local;
     if (request.group) {
         const auto joined = JoinEverywhere(network, **socket, *request.group, ends.local);
         if (!joined)
@@ -105,8 +119,14 @@ VxExpected<OpenedReceiver> OpenReceiver(CameraNetwork& network, const ReceiverRe
     }
     const auto camera = ends.camera.IsUnspecified() ? std::nullopt : std::optional(ends.camera);
     opened.receiver = std::make_unique<receive::StreamReceiver>(*std::move(socket), network.Clock(), camera);
-    if (request.group)
+    if (request.group) {
         opened.receiver->SetGroup(*request.group);
+        opened.receiver->SetWayOpener(
+            [&network, group = *request.group, local = ends.local](IUdpSocket& own) {
+                // Interfaces may have come up, or have got their address, since the group was joined.
+                std::ignore = NoThrow([&] { return JoinEverywhere(network, own, group, local).Result(); });
+            });
+    }
     if (request.mostOpenBlocks > 0)
         opened.receiver->SetMostOpen(request.mostOpenBlocks);
     return opened;

@@ -36,8 +36,14 @@ public:
     void Wake() override { m_isWoken = true; }
     [[nodiscard]] transport::Ipv4Endpoint LocalEndpoint() const override { return m_local; }
     [[nodiscard]] std::size_t ReceiveBufferBytes() const override { return 0; }
-    VxResult JoinGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
+    VxResult JoinGroup(transport::Ipv4Address, transport::Ipv4Address interfaceAddress) override
+    {
+        joinedOn.push_back(interfaceAddress);
+        return VxResult::Ok();
+    }
     VxResult LeaveGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
+
+    std::vector<transport::Ipv4Address> joinedOn; ///< addresses of the interfaces, in order
 
     /// From when on Receive does not wait; none = for ever, as things stand.
     [[nodiscard]] std::optional<IVxClock::Time> ReadyFrom() const;

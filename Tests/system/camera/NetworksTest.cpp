@@ -11,7 +11,10 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <set>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -293,6 +296,74 @@ TEST_F(NetworksTest, AnInterfaceThatIsUnpluggedDuringASearchHidesNoCamera)
     for (const std::string& line : before)
         EXPECT_EQ(LineOf(found, line.substr(0, line.find(' '))), line);
     EXPECT_EQ(Find(), before);
+}
+
+constexpr const char* kGroup = "239.255.42.99";
+constexpr std::uint16_t kGroupPort = 27'314;
+
+/// @return  names of the interfaces on which a socket of this network is a member of the group
+std::set<std::string> JoinedOn()
+{
+    // A line for each interface ("2\tvx1 : 1 V3"), and under it one for each of its groups, last byte first.
+    std::ifstream memberships("/proc/net/igmp");
+    std::set<std::string> names;
+    std::string name;
+    for (std::string line; std::getline(memberships, line);) {
+        std::istringstream words(line);
+        std::string word;
+        if (words >> word; !line.starts_with('\t'))
+            words >> name;
+        else if (word == "632AFFEF")
+            names.insert(name);
+    }
+    return names;
+}
+
+TEST_F(NetworksTest, TheGroupOfAnUnknownCameraIsJoinedOnEveryInterfaceUntilTheStreamIsClosed)
+{
+    VxStreamGEV stream;
+    EXPECT_EQ(JoinedOn(), std::set<std::string>{});
+
+    ASSERT_TRUE(stream.Open("nobody", kGroup, kGroupPort, 0, VxString(), 64).IsOK());
+
+    EXPECT_EQ(JoinedOn(), (std::set<std::string>{"lo", "vx1", "vx2", "vx3", "vx4", "vx6"}));
+    EXPECT_EQ(stream.GetLocalIPAddress(), "192.168.71.1") << "of the first one but loopback";
+    ASSERT_TRUE(stream.Close().IsOK());
+    EXPECT_EQ(JoinedOn(), std::set<std::string>{});
+    EXPECT_TRUE(stream.GetLocalIPAddress().IsEmpty());
+}
+
+TEST_F(NetworksTest, TheGroupOfAKnownCameraIsJoinedOnItsInterfaceOnly)
+{
+    for (const char* id : {"twin", "02-00-00-00-00-03"}) {
+        VxStreamGEV stream;
+        ASSERT_TRUE(stream.Open(id, kGroup, kGroupPort, 0, VxString(), 64).IsOK());
+
+        EXPECT_EQ(JoinedOn(), std::set<std::string>{"vx3"}) << id;
+        EXPECT_EQ(stream.GetLocalIPAddress(), "192.168.71.2") << id;
+    }
+}
+
+TEST_F(NetworksTest, AGroupIsJoinedAlsoOnAnInterfaceThatComesUpWhileNothingArrives)
+{
+    VxStreamGEV stream;
+    ASSERT_TRUE(stream.Open("nobody", kGroup, kGroupPort, 0, VxString(), 64).IsOK());
+    VxPipeline pipeline(&stream);
+    ASSERT_TRUE(pipeline.Start().IsOK());
+    EXPECT_FALSE(JoinedOn().contains("vx7"));
+
+    Ip("link add vx7 type bridge");
+    Ip("addr add 10.7.0.2/24 dev vx7");
+    Ip("link set vx7 up");
+    const auto start = Clock::now();
+    while (!JoinedOn().contains("vx7") && Clock::now() - start < 10s)
+        std::this_thread::sleep_for(50ms);
+
+    EXPECT_EQ(JoinedOn(), (std::set<std::string>{"lo", "vx1", "vx2", "vx3", "vx4", "vx6", "vx7"}));
+    ASSERT_TRUE(pipeline.Stop().IsOK());
+    ASSERT_TRUE(stream.Close().IsOK());
+    EXPECT_EQ(JoinedOn(), std::set<std::string>{});
+    Ip("link del vx7");
 }
 
 TEST_F(NetworksTest, ACameraIsConnectedWhileAnotherInterfaceGoesDown)

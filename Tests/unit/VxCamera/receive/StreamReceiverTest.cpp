@@ -12,6 +12,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <span>
 #include <utility>
@@ -19,6 +20,8 @@
 
 namespace receive {
 namespace {
+
+using namespace std::chrono_literals;
 
 /// One buffer, and a mark when it was delivered.
 class OneBufferSink final : public IBlockSink {
@@ -321,6 +324,40 @@ TEST_F(StreamReceiverTest, TheWayThroughAFirewallIsOpenedFromTheStreamsOwnSocket
     m_receiver.Stop();
 
     EXPECT_EQ(sent[0].destination, (transport::Ipv4Endpoint{kCamera.address, 40'000}));
+}
+
+TEST_F(StreamReceiverTest, TheOpenerOfTheWayIsCalledAtTheStartAndAgainWhileNothingArrives)
+{
+    OneBufferSink sink(1);
+    std::atomic<int> calls = 0;
+    m_receiver.SetWayOpener([&](transport::IUdpSocket& socket) {
+        EXPECT_EQ(&socket, m_socket);
+        ++calls;
+    });
+    const auto lookAtTheClock = [&] {
+        m_socket->Wake(); // the queue has no time
+        m_socket->WaitUntilIdle();
+    };
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    lookAtTheClock();
+    EXPECT_EQ(calls, 1);
+
+    m_clock.Advance(2999ms);
+    lookAtTheClock();
+    EXPECT_EQ(calls, 1);
+    m_clock.Advance(1ms);
+    lookAtTheClock();
+    EXPECT_EQ(calls, 2);
+    m_clock.Advance(2s);
+    PutBlock(1, kCamera);
+    sink.delivered.wait();
+    m_clock.Advance(1s);
+    lookAtTheClock();
+    EXPECT_EQ(calls, 2) << "a packet arrived a second ago";
+    m_clock.Advance(2s);
+    lookAtTheClock();
+    EXPECT_EQ(calls, 3);
+    m_receiver.Stop();
 }
 
 TEST_F(StreamReceiverTest, LeadersWithoutPayloadAreTold)
