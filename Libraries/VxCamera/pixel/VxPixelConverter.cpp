@@ -6,7 +6,6 @@
 #include "VxCamera/pixel/VxPixelFormat.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <functional>
 #include <new>
 #include <optional>
@@ -21,21 +20,11 @@ namespace {
 
 constexpr std::size_t kColors = 3;
 
-std::string FormatText(std::uint32_t code)
-{
-    constexpr std::size_t kTextBytes = sizeof "0x12345678";
-    char number[kTextBytes];
-    std::snprintf(number, sizeof number, "0x%08X", code);
-    const VxPixelFormat* const format = VxFindPixelFormat(code);
-    return format != nullptr ? std::string(format->name) + " (" + number + ")"
-                             : "pixel format " + std::string(number);
-}
-
 template <typename Byte>
 std::string PictureText(const VxBasicPictureView<Byte>& picture)
 {
     return std::to_string(picture.widthPx) + "x" + std::to_string(picture.heightPx) + " " +
-           FormatText(picture.code) + " with " + std::to_string(picture.rowPaddingBytes) +
+           VxPixelFormatText(picture.code) + " with " + std::to_string(picture.rowPaddingBytes) +
            " bytes of row padding";
 }
 
@@ -47,8 +36,8 @@ std::optional<VxPictureLayout> LayoutOf(const VxBasicPictureView<Byte>& picture)
 
 VxResult NoConversion(std::uint32_t source, std::uint32_t destination)
 {
-    return {VxError::NotSupported,
-            "There is no conversion from " + FormatText(source) + " to " + FormatText(destination) + "."};
+    return {VxError::NotSupported, "There is no conversion from " + VxPixelFormatText(source) + " to " +
+                                       VxPixelFormatText(destination) + "."};
 }
 
 VxResult NoConversion(const VxPictureView& source, const VxWritablePictureView& destination)
@@ -81,6 +70,14 @@ VxResult TooSmallDestination(const VxPictureView& source, const VxWritablePictur
                                          std::to_string(needed) + " bytes of memory and has " +
                                          std::to_string(destination.bytes.size()) + "; the source is " +
                                          PictureText(source) + "."};
+}
+
+VxResult NoMemory(const VxPictureView& source, const VxWritablePictureView& destination)
+try {
+    return {VxError::OutOfMemory,
+            "There is no memory to convert " + PictureText(source) + " to " + PictureText(destination) + "."};
+} catch (const std::bad_alloc&) {
+    return VxError::OutOfMemory; // nor for the text
 }
 
 bool Overlap(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b)
@@ -141,8 +138,8 @@ VxResult VxPixelConverter::Convert(const VxPictureView& source, const VxWritable
     const std::size_t rows = std::min(source.heightPx, destination.heightPx);
     const std::size_t targetBytes =
         columns * pixel::kTargetBytesPerPixel[static_cast<std::size_t>(plan->target)];
-    if (VxResult prepared = PrepareMemory(*plan, source.widthPx, targetBytes); !prepared.IsOK())
-        return prepared;
+    if (!PrepareMemory(*plan, source.widthPx, targetBytes))
+        return NoMemory(source, destination);
     const TargetRows to(destination, *targetLayout, {rows, targetBytes}, order == VxRowOrder::BottomUp);
     SourceRows from = RowsOf(*plan, source, *sourceLayout, 0);
     switch (plan->kind) {
@@ -167,8 +164,8 @@ VxResult VxPixelConverter::Convert(const VxPictureView& source, const VxWritable
     return VxResult::Ok();
 }
 
-VxResult VxPixelConverter::PrepareMemory(const ConversionPlan& plan, std::size_t sourceWidthPx,
-                                         std::size_t targetRowBytes)
+bool VxPixelConverter::PrepareMemory(const ConversionPlan& plan, std::size_t sourceWidthPx,
+                                     std::size_t targetRowBytes)
 try {
     const std::size_t planes = plan.kind == RowKind::Planes ? kColors : 1;
     const std::size_t unpackedBytes =
@@ -177,9 +174,9 @@ try {
         m_unpackedRows.resize(unpackedBytes);
     if (plan.kind == RowKind::Bayer && m_spareRow.size() < targetRowBytes)
         m_spareRow.resize(targetRowBytes);
-    return VxResult::Ok();
+    return true;
 } catch (const std::bad_alloc&) {
-    return VxError::OutOfMemory;
+    return false;
 }
 
 SourceRows VxPixelConverter::RowsOf(const ConversionPlan& plan, const VxPictureView& source,

@@ -57,8 +57,8 @@ public:
     VxResult Convert(const VxPictureView& source, const VxWritablePictureView& destination, VxRowOrder order);
 
 private:
-    VxResult PrepareMemory(const pixel::ConversionPlan& plan, std::size_t sourceWidthPx,
-                           std::size_t targetRowBytes);
+    [[nodiscard]] bool PrepareMemory(const pixel::ConversionPlan& plan, std::size_t sourceWidthPx,
+                                     std::size_t targetRowBytes);
     [[nodiscard]] pixel::SourceRows RowsOf(const pixel::ConversionPlan& plan, const VxPictureView& source,
                                            const VxPictureLayout& layout, std::size_t plane);
     void ConvertRows(const pixel::ConversionPlan& plan, pixel::SourceRows& source,

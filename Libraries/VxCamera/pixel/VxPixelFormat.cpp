@@ -3,6 +3,7 @@
 #include "VxCamera/pixel/PixelFormatTable.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <limits>
 
 namespace {
@@ -67,6 +68,16 @@ const VxPixelFormat* VxFindPixelFormat(std::string_view name)
         if (row->name == name)
             return &*row;
     return nullptr;
+}
+
+std::string VxPixelFormatText(std::uint32_t code)
+{
+    constexpr std::size_t kTextBytes = sizeof "0x12345678";
+    char number[kTextBytes];
+    std::snprintf(number, sizeof number, "0x%08X", code);
+    const VxPixelFormat* const format = VxFindPixelFormat(code);
+    return format != nullptr ? std::string(format->name) + " (" + number + ")"
+                             : "pixel format " + std::string(number);
 }
 
 std::uint64_t VxRowBytes(std::uint32_t code, std::uint32_t widthPx)

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 /// What the values of a pixel mean.
@@ -107,6 +108,9 @@ constexpr std::uint32_t kYuv422_8_Uyvy = 0x0210001F;
 
 /// @return  the format of that name ("BayerRG8", exact spelling), or null
 [[nodiscard]] const VxPixelFormat* VxFindPixelFormat(std::string_view name);
+
+/// A format for people: "BayerRG8 (0x01080009)", or "pixel format 0x8108ABCD" where the table has none.
+[[nodiscard]] std::string VxPixelFormatText(std::uint32_t code);
 
 /// Bits that one pixel takes in memory, on the average over those that share components.
 /// @return  0..255 from the code itself, so it is known for formats that the table does not have, too

@@ -8,10 +8,11 @@
 
 namespace {
 
-std::string PictureText(std::uint32_t width, std::uint32_t height, std::uint32_t bitsPerPixel)
+/// @return  "640x480 Mono8 (0x01080001)"
+std::string PictureText(const PictureGeometry& picture)
 {
-    return std::to_string(width) + " x " + std::to_string(height) + " pixels of " +
-           std::to_string(bitsPerPixel) + " bits";
+    return std::to_string(picture.widthPx) + "x" + std::to_string(picture.heightPx) + " " +
+           VxPixelFormatText(picture.pixelType);
 }
 
 VxExpected<std::size_t> BytesOf(const PictureGeometry& geometry)
@@ -19,9 +20,9 @@ VxExpected<std::size_t> BytesOf(const PictureGeometry& geometry)
     const auto layout =
         VxLayOutPicture(geometry.pixelType, geometry.widthPx, geometry.heightPx, geometry.rowPaddingBytes);
     if (!layout)
-        return VxResult(VxError::InvalidParameter,
-                        "no picture has " + PictureText(geometry.widthPx, geometry.heightPx,
-                                                        VxBitsPerPixel(geometry.pixelType)));
+        return VxResult(VxError::InvalidParameter, "no picture has " + PictureText(geometry) + " with " +
+                                                       std::to_string(geometry.rowPaddingBytes) +
+                                                       " bytes of row padding");
     return layout->usedBytes; // the padding behind the last row need not be there
 }
 
@@ -49,6 +50,12 @@ void PictureMemory::Release()
     m_ownBytes = 0;
 }
 
+void PictureMemory::Detach()
+{
+    Clear();
+    m_memory = {m_own.get(), m_ownBytes};
+}
+
 VxResult PictureMemory::Describe(const PictureGeometry& geometry)
 {
     Clear();
@@ -67,12 +74,18 @@ VxResult PictureMemory::Describe(const PictureGeometry& geometry)
 VxResult PictureMemory::Alloc(std::uint32_t width, std::uint32_t height, std::uint32_t pixelType,
                               std::uint32_t rowPaddingBytes, std::uint32_t offsetX, std::uint32_t offsetY)
 {
-    const PictureGeometry geometry{width, height, pixelType, rowPaddingBytes, offsetX, offsetY};
+    m_given = AllocFor({width, height, pixelType, rowPaddingBytes, offsetX, offsetY});
+    return m_given;
+}
+
+VxResult PictureMemory::AllocFor(const PictureGeometry& geometry)
+{
     const auto bytes = BytesOf(geometry);
     if (!bytes)
         return bytes.Error();
     if (const VxResult reserved = Reserve(*bytes); !reserved.IsOK())
-        return reserved;
+        return {reserved.Code(), "no memory for the " + std::to_string(*bytes) + " bytes of the picture, " +
+                                     PictureText(geometry)};
     return Describe(geometry);
 }
 
@@ -80,15 +93,19 @@ VxResult PictureMemory::Attach(std::span<std::uint8_t> memory, std::uint32_t wid
                                std::uint32_t pixelType, std::uint32_t rowPaddingBytes, std::uint32_t offsetX,
                                std::uint32_t offsetY)
 {
-    const PictureGeometry geometry{width, height, pixelType, rowPaddingBytes, offsetX, offsetY};
+    m_given = AttachFor(memory, {width, height, pixelType, rowPaddingBytes, offsetX, offsetY});
+    return m_given;
+}
+
+VxResult PictureMemory::AttachFor(std::span<std::uint8_t> memory, const PictureGeometry& geometry)
+{
     const auto bytes = BytesOf(geometry);
     if (!bytes)
         return bytes.Error();
     if (*bytes > memory.size())
-        return VxResult(VxError::BufferTooSmall,
-                        "the picture, " + PictureText(width, height, VxBitsPerPixel(pixelType)) + ", takes " +
-                            std::to_string(*bytes) + " bytes, the memory has " +
-                            std::to_string(memory.size()));
+        return VxResult(VxError::BufferTooSmall, "the picture, " + PictureText(geometry) + ", takes " +
+                                                     std::to_string(*bytes) + " bytes, the memory has " +
+                                                     std::to_string(memory.size()));
     m_memory = memory;
     return Describe(geometry);
 }

@@ -39,12 +39,18 @@ public:
                     std::uint32_t pixelType, std::uint32_t rowPaddingBytes, std::uint32_t offsetX,
                     std::uint32_t offsetY) override;
 
+    /// @return  what the latest Alloc or Attach has said; NOT_INITIALIZED before
+    [[nodiscard]] const VxResult& Given() const { return m_given; }
+
     /// Gives the picture at least this much memory of its own, without a picture in it; more is kept.
     /// @return  OUT_OF_MEMORY; the present memory then stays
     VxResult Reserve(std::size_t bytes);
 
     /// Gives its own memory back to the system; without a picture from then on.
     void Release();
+
+    /// Goes back from attached memory to its own; without a picture from then on.
+    void Detach();
 
     /// All memory behind the picture, for a receiver to write into; empty before Reserve.
     [[nodiscard]] std::span<std::uint8_t> Memory() { return m_memory; }
@@ -59,9 +65,13 @@ public:
     void Clear();
 
 private:
+    VxResult AllocFor(const PictureGeometry& geometry);
+    VxResult AttachFor(std::span<std::uint8_t> memory, const PictureGeometry& geometry);
+
     std::unique_ptr<std::uint8_t[]> m_own; // not cleared when allocated: a receiver overwrites it
     std::size_t m_ownBytes = 0;
     std::span<std::uint8_t> m_memory; // borrowed from m_own, or attached: the caller of Attach keeps it alive
     PictureGeometry m_geometry;
     std::size_t m_pictureBytes = 0;
+    VxResult m_given;
 };

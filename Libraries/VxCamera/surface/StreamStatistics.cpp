@@ -43,6 +43,9 @@ constexpr std::array kStreamErrors{
                 "a block carried a picture that is larger than the pipeline's buffers"},
     StreamError{VxError::NotAnImage, "a block carried something else than an image"},
     StreamError{VxError::CameraError, "the camera lost data of a block itself"},
+    StreamError{VxError::NotSupported,
+                "the lines of a block's picture run together, and do not begin with a byte; another width or "
+                "pixel format helps"},
     StreamError{VxError::InvalidData, "a block announced a picture that cannot be"},
     StreamError{VxError::NetworkError, "the system refused to receive"},
     StreamError{

@@ -2,6 +2,7 @@
 
 #include "VxCamera/pixel/VxPixelConverter.h"
 #include "VxCamera/pixel/VxPixelFormat.h"
+#include "VxCamera/surface/VxBufferImpl.h"
 #include "VxDSSource/camera/VxBuffer.h"
 #include "VxDSSource/camera/VxImage.h"
 
@@ -34,14 +35,21 @@ VxResult NoPicture(const char* which)
     return {VxError::InvalidParameter, std::string("The ") + which + " buffer holds no picture."};
 }
 
-/// What the destination was to be is not known any more: an Attach or Alloc that failed has said it.
-VxResult NoDestination(const VxImage& source)
+std::string TextOf(const VxImage& picture)
 {
-    const VxPixelFormat* const format = VxFindPixelFormat(source.GetPixelType());
-    return {VxError::InvalidParameter,
-            "The destination buffer holds no picture; the source is " + std::to_string(source.GetWidth()) +
-                "x" + std::to_string(source.GetHeight()) + " " +
-                std::string(format != nullptr ? format->name : "of an unknown format") + "."};
+    return std::to_string(picture.GetWidth()) + "x" + std::to_string(picture.GetHeight()) + " " +
+           VxPixelFormatText(picture.GetPixelType());
+}
+
+/// @param given  what came of giving the destination a picture; OK or NOT_INITIALIZED: nobody has tried
+VxResult NoDestination(const VxImage& source, const VxResult& given)
+{
+    const std::string theSource = "; the source is " + TextOf(source) + ".";
+    if (given.IsOK() || given.Code() == VxError::NotInitialized)
+        return {VxError::InvalidParameter,
+                "The destination buffer holds no picture: it has no size, format or memory yet" + theSource};
+    return {given.Code(),
+            "The destination cannot be as it was asked for: " + given.GetDescription().Narrow() + theSource};
 }
 
 /// Gives the destination the source's size. Memory is left alone when the size is right already.
@@ -71,17 +79,14 @@ VxResult VxBufferConverter::Convert(const VxBuffer& source, VxBuffer& destinatio
     if (!HasPicture(from))
         return NoPicture("source");
     VxImage* const to = destination.GetImage();
-    if (to == nullptr)
-        return NoDestination(*from);
-    if (reallocate == VxReallocate::Yes) {
-        if (VxResult known = VxPixelConverter::CheckFormats(from->GetPixelType(), to->GetPixelType());
-            !known.IsOK())
-            return known;
-        if (VxResult given = GiveSizeOf(*from, *to); !given.IsOK())
-            return given;
-    }
+    const VxResult& given = destination.Impl().picture.Given();
+    // Formats between which there is no way are refused below, before the destination changes.
+    const bool isResized = reallocate == VxReallocate::Yes && HasPicture(to) &&
+                           VxPixelConverter::CheckFormats(from->GetPixelType(), to->GetPixelType()).IsOK();
+    if (isResized && !GiveSizeOf(*from, *to).IsOK())
+        return NoDestination(*from, given);
     if (!HasPicture(to))
-        return NoDestination(*from);
+        return NoDestination(*from, given);
     const auto order = flip == VxVerticalFlip::On ? VxRowOrder::BottomUp : VxRowOrder::TopDown;
     return m_impl->pixels.Convert(ViewOf<const std::uint8_t>(*from), ViewOf<std::uint8_t>(*to), order);
 }

@@ -40,6 +40,15 @@ void VxPipelineImpl::Slot::Release()
     memory = {};
 }
 
+/// The consumer may have given the picture other memory (VxImage::Alloc, Attach): the next block goes into
+/// the buffer's own.
+void VxPipelineImpl::Slot::TakeBack()
+{
+    PictureMemory& picture = buffer.Impl().picture;
+    picture.Detach();
+    memory = std::as_writable_bytes(picture.Memory());
+}
+
 void VxPipelineImpl::Slot::Describe()
 {
     VxBufferImpl& state = buffer.Impl();
@@ -117,12 +126,14 @@ VxResult VxPipelineImpl::Allocate(std::size_t count, std::size_t bytes)
 
 VxResult VxPipelineImpl::Start()
 {
+    if (IsStarted())
+        return VxResult::Ok();
+    if (VxResult stopped = Stop(); !stopped.IsOK()) // what is left when the stream was closed under it
+        return stopped;
     std::size_t count = 0;
     std::size_t bytes = 0;
     {
         const VxLock lock(m_mutex);
-        if (m_isStarted)
-            return VxResult::Ok();
         count = m_bufferCount;
         bytes = m_bufferBytes;
     }
@@ -161,8 +172,12 @@ VxResult VxPipelineImpl::Stop()
 
 bool VxPipelineImpl::IsStarted() const
 {
-    const VxLock lock(m_mutex);
-    return m_isStarted;
+    {
+        const VxLock lock(m_mutex);
+        if (!m_isStarted)
+            return false;
+    }
+    return m_stream.IsReceivingFor(*this); // without the lock: the stream's comes first
 }
 
 VxResult VxPipelineImpl::Retrieve(VxBuffer** buffer, std::chrono::milliseconds timeout)
@@ -192,6 +207,7 @@ VxResult VxPipelineImpl::Release(const VxBuffer* buffer)
     });
     if (found == m_slots.end())
         return VxResult(VxError::InvalidParameter, "the buffer was not handed out by this pipeline");
+    (*found)->TakeBack();
     (*found)->place = Place::Free;
     m_free.push_back(found->get());
     return VxResult::Ok();

@@ -55,6 +55,7 @@ private:
         }
         VxResult Reserve(std::size_t bytes);
         void Release();
+        void TakeBack();
         void Describe();
     };
     VxResult Allocate(std::size_t count, std::size_t bytes);

@@ -126,6 +126,12 @@ void VxStreamImpl::StopReceiver(const receive::IBlockSink& sink)
         m_receiver->Stop(sink);
 }
 
+bool VxStreamImpl::IsReceivingFor(const receive::IBlockSink& sink) const
+{
+    const VxLock lock(m_mutex);
+    return m_receiver != nullptr && m_receiver->Serves(sink);
+}
+
 void VxStreamImpl::WithReceiver(const std::function<void(receive::StreamReceiver&)>& use) const
 {
     const VxLock lock(m_mutex);

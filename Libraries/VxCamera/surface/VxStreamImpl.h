@@ -41,6 +41,7 @@ public:
     /// @return  NOT_OPEN, OUT_OF_MEMORY, BUSY when another pipeline receives this stream
     VxResult StartReceiver(receive::IBlockSink& sink);
     void StopReceiver(const receive::IBlockSink& sink);
+    [[nodiscard]] bool IsReceivingFor(const receive::IBlockSink& sink) const;
 
     /// Takes a link if the stream is open and receives there.
     void TakeLink(const transport::Ipv4Endpoint& receiver,

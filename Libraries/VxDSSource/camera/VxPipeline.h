@@ -36,13 +36,15 @@ public:
     ///                image is lost
     void SetHandleBufferTooSmall(bool handle);
 
-    /// Allocates the buffers and starts reception. OK when already started.
+    /// Allocates the buffers and starts reception. OK when already started, and nothing changes.
+    /// @return  NOT_OPEN, BUSY when another pipeline receives the stream, OUT_OF_MEMORY
     VxResult Start();
 
     /// Ends reception and wakes a waiting RetrieveNextBuffer (ABORTED). Buffers handed out stay valid until
     /// released.
     VxResult Stop();
 
+    /// @return  false also when the stream was closed meanwhile, opened again or not
     [[nodiscard]] bool IsStarted() const;
 
     /// Waits for the next filled buffer, complete or not.

@@ -31,7 +31,8 @@ public:
 
     [[nodiscard]] virtual bool IsOpen() const;
 
-    /// Ends reception; a pipeline on this stream must be stopped before. OK also when nothing was open.
+    /// Ends reception; OK also when nothing was open. A pipeline on this stream should be stopped before: one
+    /// that was not is started no longer, and begins anew with VxPipeline::Start.
     virtual VxResult Close();
 
     /// The receiver's own features: statistics ("AcquisitionRate" in frames a second, "Bandwidth" in bits a

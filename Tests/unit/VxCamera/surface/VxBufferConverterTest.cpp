@@ -124,18 +124,27 @@ TEST_F(VxBufferConverterTest, ReallocationKeepsMemoryOfTheRightSize)
 TEST_F(VxBufferConverterTest, RefusesADestinationWithoutAPicture)
 {
     EXPECT_EQ(Convert().Code(), VxError::InvalidParameter);
-    EXPECT_EQ(Convert().GetDescription(),
-              "The destination buffer holds no picture; the source is 2x2 Mono8.");
+    EXPECT_EQ(
+        Convert().GetDescription(),
+        "The destination buffer holds no picture: it has no size, format or memory yet; the source is 2x2 "
+        "Mono8 (0x01080001).");
+    EXPECT_EQ(Convert(VxVerticalFlip::Off, VxReallocate::Yes).Code(), VxError::InvalidParameter);
 }
 
-TEST_F(VxBufferConverterTest, TooLittleMemoryForADestinationNamesBothSizes)
+TEST_F(VxBufferConverterTest, TooLittleMemoryForADestinationNamesBothFormatsAndSizes)
 {
-    std::vector<std::uint8_t> memory(11);
+    std::vector<std::uint8_t> memory(11, 99);
     const VxResult attached = m_destination.GetImage()->Attach(memory, 2, 2, VxPfnc::kBgr8, 0, 0, 0);
+    const VxResult converted = Convert();
 
     EXPECT_EQ(attached.Code(), VxError::BufferTooSmall);
     EXPECT_EQ(attached.GetDescription(),
-              "the picture, 2 x 2 pixels of 24 bits, takes 12 bytes, the memory has 11");
+              "the picture, 2x2 BGR8 (0x02180015), takes 12 bytes, the memory has 11");
+    EXPECT_EQ(converted.Code(), VxError::BufferTooSmall);
+    EXPECT_EQ(converted.GetDescription(), "The destination cannot be as it was asked for: the picture, 2x2 "
+                                          "BGR8 (0x02180015), takes 12 bytes, the "
+                                          "memory has 11; the source is 2x2 Mono8 (0x01080001).");
+    EXPECT_THAT(memory, testing::Each(99));
 }
 
 TEST_F(VxBufferConverterTest, RefusesASourceWithoutAPicture)
@@ -168,7 +177,11 @@ TEST_F(VxBufferConverterTest, RefusedFormatsLeaveTheDestinationAlone)
     const VxResult result = Convert(VxVerticalFlip::Off, VxReallocate::Yes);
 
     EXPECT_EQ(result.Code(), VxError::NotSupported);
+    EXPECT_EQ(result.GetDescription(),
+              "There is no conversion from 2x2 Mono8 (0x01080001) with 0 bytes of row padding to 1x1 RGB8 "
+              "(0x02180014) with 0 bytes of row padding.");
     EXPECT_EQ(m_destination.GetImage()->GetDataPointer(), memory.data());
+    EXPECT_EQ(m_destination.GetImage()->GetWidth(), 1u);
     EXPECT_THAT(memory, testing::Each(99));
 }
 

@@ -1,5 +1,6 @@
 #include "VxDSSource/camera/VxPipeline.h"
 
+#include "PipelineFixture.h"
 #include "VxBase/VxClock.h"
 #include "VxCamera/surface/StreamLinks.h"
 #include "VxCamera/surface/VxStreamImpl.h"
@@ -10,8 +11,6 @@
 #include "VxDSSource/camera/VxImage.h"
 #include "VxDSSource/camera/VxStream.h"
 #include "unit/VxCamera/pixel/AllocationCount.h"
-#include "unit/VxCamera/receive/QueueSocket.h"
-#include "unit/VxCamera/receive/StreamPackets.h"
 
 #include "support/Bytes.h"
 #include "support/Latch.h"
@@ -23,80 +22,11 @@
 #include <thread>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace {
 
-using receive::StreamPackets;
-
-constexpr transport::Ipv4Endpoint kCamera{transport::Ipv4Address(192, 168, 1, 20), 50000};
-constexpr std::uint32_t kPictureBytes = 64 * 48;
-constexpr std::uint32_t kForEverMs = 3'600'000; // a test that waits so long has failed
-
-/// A stream whose packets a test puts into its socket.
-class FedStream final : public VxStream {
-public:
-    FedStream() : VxStream(std::make_unique<VxStreamImpl>()) {}
-    VxResult Open(const VxString&) override
-    {
-        auto owned = std::make_unique<receive::QueueSocket>();
-        socket = owned.get();
-        return Impl().Attach(
-            std::make_unique<receive::StreamReceiver>(std::move(owned), m_clock, kCamera.address));
-    }
-    [[nodiscard]] VxStreamType GetType() const override { return VxStreamType::Gev; }
-
-    void Put(const StreamPackets& packets, std::uint64_t blockId)
-    {
-        for (auto& packet : packets.Block(blockId))
-            socket->Put(kCamera, std::move(packet));
-    }
-
-    receive::QueueSocket* socket = nullptr; // borrowed from the receiver
-
-private:
-    VxSteadyClock m_clock;
-};
-
-class VxPipelineTest : public testing::Test {
-protected:
-    VxPipelineTest() { EXPECT_TRUE(m_stream.Open("camera").IsOK()); }
-
-    void Start(std::uint32_t count = 4, std::uint32_t bytes = kPictureBytes)
-    {
-        ASSERT_TRUE(m_pipeline.SetBufferCount(count).IsOK());
-        m_pipeline.SetBufferSize(bytes);
-        const VxResult started = m_pipeline.Start();
-        ASSERT_TRUE(started.IsOK()) << started.GetDescription().Narrow();
-    }
-    VxBuffer* Next()
-    {
-        VxBuffer* buffer = nullptr;
-        EXPECT_TRUE(m_pipeline.RetrieveNextBuffer(&buffer, kForEverMs).IsOK());
-        return buffer;
-    }
-    /// Whether the picture is that of the block, byte for byte.
-    static bool IsPictureOf(const VxBuffer& buffer, std::uint64_t blockId)
-    {
-        const VxImage* const image = buffer.GetImage();
-        if (image == nullptr || image->GetSize() != kPictureBytes)
-            return false;
-        for (std::size_t i = 0; i < kPictureBytes; ++i) {
-            if (std::byte{image->GetDataPointer()[i]} != StreamPackets::ByteAt(blockId, i))
-                return false;
-        }
-        return true;
-    }
-    std::int64_t Statistic(const char* name)
-    {
-        std::int64_t value = -1;
-        EXPECT_TRUE(m_stream.GetParameters()->GetIntegerValue(name, value).IsOK());
-        return value;
-    }
-
-    StreamPackets m_packets;
-    FedStream m_stream;
-    VxPipeline m_pipeline{&m_stream};
-};
+class VxPipelineTest : public PipelineFixture {};
 
 TEST_F(VxPipelineTest, HandsOutBlocksInOrder)
 {
@@ -530,59 +460,66 @@ TEST_F(VxPipelineTest, AnIncompleteBlockTellsHowManyPacketsAreMissing)
     EXPECT_NE(result.GetDescription().Narrow().find("3 packets are missing"), std::string::npos);
 }
 
-TEST_F(VxPipelineTest, TheStreamsParametersHaveCategoriesAndUnits)
+TEST_F(VxPipelineTest, AConsumerThatTakesOtherMemoryForAPictureGetsTheNextBlocksWhole)
 {
-    VxGenParameterArray& parameters = *m_stream.GetParameters();
-    for (const char* name :
-         {"AcquisitionRate", "Bandwidth", "BlocksDropped", "PipelineBlocksDropped", "ErrorCount", "LastError",
-          "Reset", "PacketsRequestedAgain", "PacketsRecovered", "PacketsDuplicate", "PacketsForeign",
-          "Latency", "SocketBufferSize", "PacketRingUsed", "ResendEnabled"}) {
-        ASSERT_NE(parameters.Get(name), nullptr) << name;
-        EXPECT_EQ(parameters.Get(name)->GetCategory().Narrow().rfind("root\\", 0), 0u) << name;
+    Start(1);
+    m_stream.Put(m_packets, 1);
+    VxBuffer* buffer = Next();
+    ASSERT_TRUE(buffer->GetImage()->Alloc(640, 480, m_packets.leader.pixelFormat, 0, 0, 0).IsOK());
+    ASSERT_TRUE(m_pipeline.ReleaseBuffer(buffer).IsOK());
+
+    m_stream.Put(m_packets, 2);
+    buffer = Next();
+    EXPECT_TRUE(IsPictureOf(*buffer, 2));
+    std::vector<std::uint8_t> foreign(kPictureBytes, 99);
+    ASSERT_TRUE(buffer->GetImage()->Attach(foreign, 64, 48, m_packets.leader.pixelFormat, 0, 0, 0).IsOK());
+    ASSERT_TRUE(m_pipeline.ReleaseBuffer(buffer).IsOK());
+
+    m_stream.Put(m_packets, 3);
+    EXPECT_TRUE(IsPictureOf(*Next(), 3));
+    EXPECT_EQ(foreign, std::vector<std::uint8_t>(kPictureBytes, 99));
+}
+
+TEST_F(VxPipelineTest, AStreamThatWasOpenedAnewUnderItIsStartedAnew)
+{
+    Start(2);
+    m_stream.Put(m_packets, 1);
+    VxBuffer* const held = Next();
+    m_stream.Put(m_packets, 2);
+    while (m_pipeline.GetOutputQueueSize() == 0)
+        std::this_thread::yield(); // the receiver's thread is at it
+    EXPECT_TRUE(m_pipeline.IsStarted());
+
+    ASSERT_TRUE(m_stream.Close().IsOK());
+    EXPECT_FALSE(m_pipeline.IsStarted());
+    EXPECT_EQ(m_pipeline.Start().Code(), VxError::NotOpen);
+    ASSERT_TRUE(m_stream.Open("camera").IsOK());
+    EXPECT_FALSE(m_pipeline.IsStarted());
+    ASSERT_TRUE(m_pipeline.Start().IsOK());
+
+    EXPECT_TRUE(m_pipeline.IsStarted());
+    for (std::uint64_t id = 7; id <= 9; ++id) {
+        m_stream.Put(m_packets, id);
+        VxBuffer* const next = Next();
+        EXPECT_TRUE(IsPictureOf(*next, id)) << "not what waited before";
+        ASSERT_TRUE(m_pipeline.ReleaseBuffer(next).IsOK());
     }
-    VxString unit;
-    EXPECT_TRUE(parameters.GetInteger("ResendGapTimeout")->GetUnit(unit).IsOK());
-    EXPECT_EQ(unit, "us");
-    EXPECT_TRUE(parameters.GetInteger("BlockTimeout")->GetUnit(unit).IsOK());
-    EXPECT_EQ(unit, "ms");
+    EXPECT_TRUE(IsPictureOf(*held, 1));
+    EXPECT_TRUE(m_pipeline.ReleaseBuffer(held).IsOK());
 }
 
-TEST_F(VxPipelineTest, AParameterTellsWhetherPacketsComeFromAPacketRing)
+TEST_F(VxPipelineTest, AnotherPipelineTakesTheStreamThatWasOpenedAnew)
 {
-    const auto used = [](VxStream& stream) {
-        VxString text;
-        EXPECT_TRUE(stream.GetParameters()->Get("PacketRingUsed")->ToString(text).IsOK());
-        return text;
-    };
-    EXPECT_EQ(used(m_stream), "false");
-    m_stream.socket->SetBacklogNear(true);
-    EXPECT_EQ(used(m_stream), "true");
-    m_stream.socket->SetBacklogNear(false); // as when it turns out that the ring gets nothing
-    EXPECT_EQ(used(m_stream), "false");
-    m_stream.socket->SetBacklogNear(true);
-    FedStream closed;
-    EXPECT_EQ(used(closed), "false");
-}
+    Start();
+    ASSERT_TRUE(m_stream.Close().IsOK());
+    ASSERT_TRUE(m_stream.Open("camera").IsOK());
+    VxPipeline other(&m_stream);
+    ASSERT_TRUE(other.Start().IsOK());
 
-TEST_F(VxPipelineTest, ResendAndItsTimeoutsCanBeSetAlsoBeforeTheStreamIsOpen)
-{
-    FedStream stream;
-    VxGenParameterArray& parameters = *stream.GetParameters();
-    EXPECT_TRUE(parameters.Get("ResendEnabled")->FromString("false").IsOK());
-    EXPECT_TRUE(parameters.SetIntegerValue("ResendGapTimeout", 700).IsOK());
-    EXPECT_EQ(parameters.SetIntegerValue("ResendGapTimeout", -1).Code(), VxError::OutOfRange);
-    EXPECT_TRUE(parameters.SetIntegerValue("BlockTimeout", 80).IsOK());
+    EXPECT_EQ(m_pipeline.Start().Code(), VxError::Busy);
 
-    ASSERT_TRUE(stream.Open("camera").IsOK());
-
-    VxString isOn;
-    std::int64_t value = 0;
-    EXPECT_TRUE(parameters.Get("ResendEnabled")->ToString(isOn).IsOK());
-    EXPECT_EQ(isOn, "false");
-    EXPECT_TRUE(parameters.GetIntegerValue("ResendGapTimeout", value).IsOK());
-    EXPECT_EQ(value, 700);
-    EXPECT_TRUE(parameters.GetIntegerValue("BlockTimeout", value).IsOK());
-    EXPECT_EQ(value, 80);
+    EXPECT_FALSE(m_pipeline.IsStarted());
+    EXPECT_TRUE(other.IsStarted());
 }
 
 } // namespace
