@@ -78,10 +78,11 @@ ResendPolicy::Time ResendPolicy::DueTime(const MissingRange& range) const
     return m_probes > 0 ? std::max(due, m_probedAt + ProbePause()) : due;
 }
 
-/// How long a camera that answers nothing is left alone: each time twice as long.
+/// How long a camera that answers nothing is left alone: after the first probe, which may have been lost, for
+/// the usual time, and then each time twice as long.
 nanoseconds ResendPolicy::ProbePause() const
 {
-    return std::min<nanoseconds>(AnswerTimeout() * (1 << std::min(m_probes, kMostDoublings)),
+    return std::min<nanoseconds>(AnswerTimeout() * (1 << std::min(m_probes - 1, kMostDoublings)),
                                  m_settings.answerTimeout);
 }
 
@@ -103,7 +104,9 @@ void ResendPolicy::NoteAsking(MissingRange& range, Time now)
 bool ResendPolicy::NoteAnswer(Time now)
 {
     ++m_answeredSince;
-    const bool isResumed = m_unansweredSince && now - *m_unansweredSince > AnswerTimeout();
+    // The first probe asks for what a single loss has kept back, too: then it is answered as fast as usual.
+    const bool isLoss = m_probes == 1 && now - m_probedAt <= AnswerTimeout();
+    const bool isResumed = !isLoss && m_unansweredSince && now - *m_unansweredSince > AnswerTimeout();
     if (isResumed)
         m_resumedAt = now;
     m_unansweredSince.reset();

@@ -83,6 +83,8 @@ TEST_F(ResendPolicyTest, ACameraThatAnswersNothingIsProbedForOneRangeAfterTheOth
         Arrive(id);
     EXPECT_EQ(AskAfter(1ms).size(), 10u);
     EXPECT_EQ(AskAfter(5ms), (Asked{{1, 1}}));
+    EXPECT_EQ(AskAfter(4ms), Asked{});
+    EXPECT_EQ(AskAfter(1ms), (Asked{{1, 1}}));
     EXPECT_EQ(AskAfter(9ms), Asked{});
     EXPECT_EQ(AskAfter(1ms), (Asked{{1, 1}}));
     EXPECT_EQ(AskAfter(19ms), Asked{});
@@ -111,6 +113,21 @@ TEST_F(ResendPolicyTest, BehindAPauseAnswersAreWaitedForBeforeTheRestIsAskedForA
     EXPECT_EQ(AskAfter(1ms), Asked{});
     EXPECT_EQ(AskAfter(1ms), (Asked{{19, 19}})); // its answer was lost
     EXPECT_EQ(m_policy.AnswerTimeout(), 3ms);    // the pause is not how it usually answers
+}
+
+TEST_F(ResendPolicyTest, AnAnswerThatWasLostOnceIsNoPause)
+{
+    Arrive(2);
+    std::ignore = AskAfter(1ms);
+    m_now += 1ms;
+    Arrive(1);
+    Arrive(4);
+    Arrive(6);
+    EXPECT_EQ(AskAfter(1ms), (Asked{{3, 3}, {5, 5}}));
+    EXPECT_EQ(AskAfter(3ms), (Asked{{3, 3}}));
+    m_now += 1ms;
+    Arrive(3);
+    EXPECT_EQ(AskAfter(0ms), (Asked{{5, 5}})); // no wait for more answers
 }
 
 TEST_F(ResendPolicyTest, AnswersToWhatWasAskedForAreWaitedForWhenTheBudgetIsUsedUp)
