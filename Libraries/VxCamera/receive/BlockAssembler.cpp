@@ -13,17 +13,6 @@ namespace {
 using namespace std::chrono_literals;
 using gvsp::PacketFormat;
 
-// Chosen: no packet is overtaken by this many blocks, so a leader from further back is that of a camera that
-// began anew.
-constexpr std::int64_t kLateBlocks = 8;
-
-// Chosen: overtaken packets come within microseconds; a leader after this much silence is that of a new
-// acquisition.
-constexpr auto kRestartPause = 20ms;
-
-// Chosen: no camera answers a request later than this.
-constexpr auto kLongestAnswer = 1s;
-
 // Chosen: a camera that drops blocks skips few ids; a longer way is that of a camera that began anew.
 constexpr std::int64_t kLargestGap = 10'000;
 
@@ -125,6 +114,8 @@ void BlockAssembler::OnBlockPacket(const gvsp::Packet& packet, Arrival arrival, 
     const bool isUseless = effect == OpenBlock::Effect::Duplicate || effect == OpenBlock::Effect::WrongSize;
     if (isUseless && (IsSentAgain(header) || block->AsksFor(header.packetId) > 0))
         m_policy.OnUselessAnswer(now);
+    if (gvsp::HasLeader(header.format) && block->HasLeader())
+        m_restarts.OnLeader(*block);
     if (const auto& found = block->LastFound(); found && m_policy.OnArrival(*found, now))
         m_counters.packetsRecovered.Add();
     if (m_openCount > 1 || block->IsDone())
@@ -192,8 +183,12 @@ OpenBlock* BlockAssembler::BlockOf(const gvsp::Packet& packet, Time now)
 {
     const gvsp::PacketHeader& header = packet.header;
     for (std::size_t i = m_openCount; i-- > 0;) { // most packets are of the newest one
-        if (m_open[i]->BlockId() == header.blockId)
+        if (m_open[i]->BlockId() != header.blockId)
+            continue;
+        if (!m_restarts.IsProven(packet))
             return m_open[i];
+        BeginAnew(now); // with the same id
+        return &Open(packet, now);
     }
     if (IsAboutResend(header.status))
         return nullptr; // of a block that is finished
@@ -203,34 +198,13 @@ OpenBlock* BlockAssembler::BlockOf(const gvsp::Packet& packet, Time now)
                                                          : std::optional(m_open[m_openCount - 1]->BlockId());
     const std::int64_t step = last ? gvsp::BlockIdStep(*last, header.blockId, header.idMode) : 1;
     if (step <= 0) {
-        const bool isRestart = IsRestart(packet, step, now);
+        const bool isRestart = m_restarts.IsRestart(packet, step, now - m_lastPacketTime, now);
         if (!isRestart && m_lastFinished)
             return nullptr;
         if (isRestart)
             BeginAnew(now);
     }
     return &Open(packet, now);
-}
-
-bool BlockAssembler::IsRestart(const gvsp::Packet& packet, std::int64_t step, Time now) const
-{
-    const gvsp::PacketHeader& header = packet.header;
-    if (!gvsp::HasLeader(header.format) || IsSentAgain(header))
-        return false;
-    return step < -kLateBlocks ||
-           (now - m_lastPacketTime >= kRestartPause && !IsOfFinished(packet, step, now));
-}
-
-/// Whether a leader is that of a block which is finished. Not every camera marks what it sends again.
-bool BlockAssembler::IsOfFinished(const gvsp::Packet& leader, std::int64_t step, Time now) const
-{
-    const std::uint64_t timestamp = ReadGeometry(leader.data).timestampTicks;
-    if (m_lastTimestamp == 0 || timestamp == 0)
-        return false; // a camera that does not tell the time
-    if (step == 0)
-        return timestamp == m_lastTimestamp;
-    // A restart is later than what was before it, unless the camera's clock was set back, too.
-    return timestamp < m_lastTimestamp && now - m_lastFinishedAt < kLongestAnswer;
 }
 
 /// Of chunk data only the blocks before tell how much comes behind the picture.
@@ -453,6 +427,7 @@ void BlockAssembler::BeginAnew(Time now)
 void BlockAssembler::ForgetAcquisition()
 {
     m_lastFinished.reset();
+    m_restarts.Forget();
     m_hasChunkLists = false;
     ForgetEnds();
     m_isAnswering = false;
@@ -486,9 +461,7 @@ void BlockAssembler::FinishOldest(Time now)
             m_counters.blocksLost.Add(static_cast<std::uint64_t>(step - 1)); // positive
     }
     m_lastFinished = block->BlockId();
-    m_lastFinishedAt = now;
-    if (block->HasLeader())
-        m_lastTimestamp = block->Geometry().timestampTicks;
+    m_restarts.OnFinished(*block, now);
     m_counters.packetsWrongSize.Add(block->WithdrawnPackets());
     LearnFrom(*block);
 

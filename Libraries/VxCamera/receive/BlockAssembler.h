@@ -5,6 +5,7 @@
 #include "VxCamera/receive/OpenBlock.h"
 #include "VxCamera/receive/PacketGathering.h"
 #include "VxCamera/receive/ResendPolicy.h"
+#include "VxCamera/receive/RestartWatch.h"
 #include "VxCamera/receive/StreamCounters.h"
 #include "VxCamera/wire/gvsp/PacketHeader.h"
 
@@ -125,8 +126,6 @@ private:
     [[nodiscard]] OpenBlock::Effect Take(OpenBlock& block, const gvsp::Packet& packet, Arrival arrival,
                                          Time now);
     [[nodiscard]] OpenBlock* BlockOf(const gvsp::Packet& packet, Time now);
-    [[nodiscard]] bool IsRestart(const gvsp::Packet& packet, std::int64_t step, Time now) const;
-    [[nodiscard]] bool IsOfFinished(const gvsp::Packet& leader, std::int64_t step, Time now) const;
     [[nodiscard]] OpenBlock& Open(const gvsp::Packet& packet, Time now);
     void Count(OpenBlock::Effect effect);
     void TakeStatus(const gvsp::PacketHeader& header, OpenBlock& block);
@@ -164,8 +163,7 @@ private:
     std::size_t m_openCount = 0;
     std::size_t m_mostOpen = kMostOpen;
     std::optional<std::uint64_t> m_lastFinished; // block id
-    std::uint64_t m_lastTimestamp = 0;           // ticks, of that block or, without leader, of one before
-    Time m_lastFinishedAt;
+    RestartWatch m_restarts;
     gvsp::IdMode m_idMode = gvsp::IdMode::Standard;
     BlockGeometry m_lastGeometry;
     std::optional<PictureShape> m_cameraPicture;
