@@ -134,7 +134,7 @@ ProcessUse MeasureProcess()
 ProcessUse MeasureProcessAtRest()
 {
     constexpr int kSame = 10;                    // chosen: some ten milliseconds
-    constexpr std::chrono::seconds kPatience{5}; // chosen: as below; after that the last count has to do
+    constexpr std::chrono::seconds kPatience{5}; // chosen: as for a limit; then the last count has to do
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
     ProcessUse use = MeasureProcess();
     for (int same = 0; same < kSame && std::chrono::steady_clock::now() < deadline;) {
@@ -156,10 +156,9 @@ bool IsWithin(const ProcessUse& use, const ProcessUse& limit)
            use.threads <= limit.threads && use.udpSockets <= limit.udpSockets;
 }
 
-ProcessUse MeasureProcessUntilWithin(const ProcessUse& limit)
+ProcessUse MeasureProcessUntilWithin(const ProcessUse& limit, std::chrono::milliseconds patience)
 {
-    constexpr std::chrono::seconds kPatience{5}; // chosen: far above what a loaded machine needs
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + patience;
     ProcessUse use = MeasureProcess();
     while (!IsWithin(use, limit) && std::chrono::steady_clock::now() < deadline) {
         ::SwitchToThread();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <map>
 #include <string>
@@ -27,8 +28,11 @@ struct ProcessUse {
 
 /// Counts again and again until nothing exceeds the limit, or the time is over: the system takes back what a
 /// thread held a moment after the thread has ended.
+/// @param patience  chosen: far above what a loaded machine needs
 /// @return  the last count
-[[nodiscard]] ProcessUse MeasureProcessUntilWithin(const ProcessUse& limit);
+[[nodiscard]] ProcessUse
+MeasureProcessUntilWithin(const ProcessUse& limit,
+                          std::chrono::milliseconds patience = std::chrono::seconds(5));
 
 /// @return  whether nothing exceeds the limit: no type of handle, not the threads, not the sockets
 [[nodiscard]] bool IsWithin(const ProcessUse& use, const ProcessUse& limit);
