@@ -368,7 +368,7 @@ void BlockAssembler::AskForMissing(Time now)
         if (block.Missing().IsEmpty())
             continue;
         BlockRequests requests(*m_resend, block, m_counters);
-        m_policy.Ask(block.Missing(), block.asking, block.EndId(), now, requests);
+        m_policy.Ask(block.Missing(), block.asking, block.LeastPackets(), now, requests);
     }
 }
 

@@ -133,6 +133,9 @@ public:
     /// @return  id of the trailer; 0 while it can only be guessed and there is nothing to guess from
     [[nodiscard]] std::uint32_t EndId() const;
 
+    /// @return  how many packets the block has at least, as far as is known
+    [[nodiscard]] std::uint64_t LeastPackets() const;
+
     /// Whether everything is here and ends with a list of chunks that can be read.
     [[nodiscard]] bool HasChunkList() const;
 

@@ -184,6 +184,14 @@ std::uint32_t OpenBlock::EndId() const
     return end <= kMostIds ? static_cast<std::uint32_t>(end) : 0;
 }
 
+std::uint64_t OpenBlock::LeastPackets() const
+{
+    const bool isPictureTold = m_hasLeader && m_geometry.code == VxError::Ok && !PartId() && m_stepBytes != 0;
+    const std::uint64_t ofPicture =
+        isPictureTold ? gvsp::PayloadPackets(m_geometry.imageBytes, m_stepBytes) : 0;
+    return std::max<std::uint64_t>({EndId(), ofPicture, m_highestId});
+}
+
 void OpenBlock::ExpectEnd(Time now)
 {
     const std::uint32_t end = EndId();

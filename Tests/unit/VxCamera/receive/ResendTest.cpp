@@ -137,6 +137,19 @@ TEST_F(ResendTest, ACameraThatPausesItsAnswersLosesNoFrame)
     EXPECT_LT(camera.packetsAskedFor, camera.packetsLost * 3 / 2);
 }
 
+TEST_F(ResendTest, TheFirstBlockWithChunksHasTheBudgetOfItsPictureThoughItsEndIsNotKnown)
+{
+    StreamPackets stream = Lines(400);
+    stream.leader.start.payloadType = {0x4001};
+    LossyCamera camera({.dropShare = 0.15}, stream);
+    BlockAssembler assembler({}, m_sink, m_counters, &camera);
+
+    camera.Stream(2, assembler);
+
+    EXPECT_GT(camera.packetsLost, 2u * 40); // a block of which no more is known may ask for 32
+    EXPECT_EQ(m_sink.Complete(), 2u);
+}
+
 TEST_F(ResendTest, ASlowAnswerIsLearntAndNotAskedForTwice)
 {
     m_camera.Change().dropShare = 0.01;
