@@ -255,13 +255,13 @@ TEST_P(AravisChunksTest, PictureAndValuesArriveAsChunks)
 
 TEST_P(AravisChunksTest, PictureAndValuesArriveAsChunksWhenPacketsAreLostAndAskedForAgain)
 {
-    constexpr int kSomeFrames = 10;
-    m_framesPerSecond = 8; // the camera keeps four, for half a second, for which no busy machine stands still
+    constexpr int kSomeFrames = 8;
+    m_framesPerSecond = 5; // the camera keeps four; chosen: a busy machine has stood still for half a second
     StartBothWithChunks({.dropShare = 0.05}); // those sent again included
 
     EXPECT_EQ(CompleteFramesWithChunks(kSomeFrames), kSomeFrames);
-    EXPECT_GT(m_camera.Counters().packetsDropped, 10u); // 28 on average
-    EXPECT_GT(m_camera.Counters().packetsResent, 10u);
+    EXPECT_GT(m_camera.Counters().packetsDropped, 8u); // 22 on average
+    EXPECT_GT(m_camera.Counters().packetsResent, 8u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, AravisChunksTest, testing::Combine(testing::Bool(), testing::Bool()),
