@@ -91,6 +91,7 @@ transport::UdpSocketOptions SocketOptions(const ReceiverRequest& request, Ipv4Ad
     options.receiveBufferBytes = kSocketBufferBytes;
     options.isCoalescing = true; // the packets of a block are equally long
     options.isRingWanted = true;
+    options.hasShortWaits = true; // for packets that are missing
     return options;
 }
 

@@ -33,6 +33,9 @@ struct UdpSocketOptions {
     /// that is shared with the system (Linux, CAP_NET_RAW). Only for a socket that is coalescing and bound to
     /// an address.
     bool isRingWanted = false;
+    /// Receive waits for a few milliseconds, and more than a part of one matters: where the system's own
+    /// waits are coarser (Windows), the socket keeps a timer.
+    bool hasShortWaits = false;
 };
 
 /// Opens sockets: the real ones, or those of a test.

@@ -92,8 +92,8 @@ VxExpected<std::shared_ptr<const KernelHandle>> MakeSocketEvent()
 DWORD ToWaitMs(std::chrono::nanoseconds duration)
 {
     const auto ms = std::chrono::ceil<std::chrono::milliseconds>(duration).count();
-    constexpr std::int64_t kLongest = 0x7FFFFFFF;                    // well below INFINITE
-    return static_cast<DWORD>(std::min<std::int64_t>(ms, kLongest)); // fits, it was cut
+    constexpr std::int64_t kLongest = 0x7FFFFFFF;                         // well below INFINITE
+    return static_cast<DWORD>(std::clamp<std::int64_t>(ms, 0, kLongest)); // fits, it was cut
 }
 
 SocketHandle::SocketHandle(SocketHandle&& other) noexcept

@@ -60,7 +60,7 @@ private:
 [[nodiscard]] VxExpected<std::shared_ptr<const KernelHandle>> MakeSocketEvent();
 
 /// A time for the system's waits, in ms: rounded up, so that the last wait does not end just before the
-/// deadline and spin; cut at the longest that is not for ever.
+/// deadline and spin; cut at the longest that is not for ever. 0 when it is negative.
 [[nodiscard]] DWORD ToWaitMs(std::chrono::nanoseconds duration);
 
 /// Closes a socket at the end of its scope.

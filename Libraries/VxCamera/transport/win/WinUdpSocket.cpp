@@ -137,7 +137,8 @@ std::size_t SegmentBytesOf(std::span<const std::byte> notes)
 
 VxExpected<std::unique_ptr<WinUdpSocket>> WinUdpSocket::Open(const UdpSocketOptions& options,
                                                              std::shared_ptr<const KernelHandle> event,
-                                                             std::unique_ptr<IRunReceiver> runs)
+                                                             std::unique_ptr<IRunReceiver> runs,
+                                                             std::unique_ptr<ITimerSystem> timers)
 {
     WinsockUse winsock;
     if (auto started = winsock.Result(); !started.IsOK())
@@ -146,7 +147,7 @@ VxExpected<std::unique_ptr<WinUdpSocket>> WinUdpSocket::Open(const UdpSocketOpti
                                      WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
     if (!socket.IsValid())
         return SystemFailure("open a UDP socket", ::WSAGetLastError());
-    Parts parts{std::move(winsock), std::move(event), std::move(socket), nullptr};
+    Parts parts{std::move(winsock), std::move(event), std::move(socket), nullptr, nullptr};
     const SOCKET handle = parts.socket.Get();
     if (auto configured = Configure(handle, options); !configured.IsOK())
         return configured;
@@ -156,6 +157,8 @@ VxExpected<std::unique_ptr<WinUdpSocket>> WinUdpSocket::Open(const UdpSocketOpti
     // A system that does not know of runs hands over each datagram alone.
     if (options.isCoalescing && runs->Ask(handle, kMostRunBytes))
         parts.runs = std::move(runs);
+    if (options.hasShortWaits)
+        parts.timer = std::make_unique<WinWaitTimer>(std::move(timers));
     // Makes the socket non-blocking, too.
     if (::WSAEventSelect(handle, parts.event->Get(), FD_READ) != 0)
         return SystemFailure("watch a UDP socket", ::WSAGetLastError());
@@ -206,12 +209,11 @@ VxExpected<std::size_t> WinUdpSocket::Receive(std::span<Datagram> datagrams,
             if (received || received.Error().Code() != VxError::Timeout)
                 return received;
         }
-        const auto rest = deadline - Clock::now();
-        if (rest <= rest.zero())
+        if (deadline <= Clock::now())
             return VxError::Timeout;
         if (!WillBeTold())
             continue;
-        if (auto waited = WaitForData(rest); !waited.IsOK())
+        if (auto waited = WaitForData(deadline); !waited.IsOK())
             return waited;
         m_isEmpty = false; // the event may have told of data, and tells once
     }
@@ -333,9 +335,11 @@ bool WinUdpSocket::WillBeTold()
     return failed != 0 && ::WSAGetLastError() != WSAEMSGSIZE;
 }
 
-VxResult WinUdpSocket::WaitForData(std::chrono::nanoseconds timeout)
+VxResult WinUdpSocket::WaitForData(Clock::time_point deadline)
 {
-    const DWORD waited = ::WaitForSingleObject(m_parts.event->Get(), ToWaitMs(timeout));
+    const HANDLE event = m_parts.event->Get();
+    const DWORD waited = m_parts.timer ? m_parts.timer->WaitFor(event, deadline)
+                                       : ::WaitForSingleObject(event, ToWaitMs(deadline - Clock::now()));
     if (waited == WAIT_FAILED)
         return SystemFailure("wait at " + m_local.ToString(),
                              static_cast<int>(::GetLastError())); // codes are small
