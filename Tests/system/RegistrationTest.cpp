@@ -4,6 +4,7 @@
 #include "VxDSSource/filter/Identifiers.h"
 
 #include "support/directshow/ComApartment.h"
+#include "support/registry/PrivateUserRegistry.h"
 #include "vxgrab/DeviceList.h"
 
 #include <gmock/gmock.h>
@@ -23,6 +24,7 @@ protected:
     {
         // What a test that was broken off may have left.
         std::ignore = Regsvr32({L"/u"});
+        std::ignore = ::RegDeleteTreeW(HKEY_CURRENT_USER, PrivateUserRegistry::kPlaces);
         ASSERT_THAT(OurDevices(), IsEmpty());
     }
     void TearDown() override { std::ignore = Regsvr32({L"/u"}); }

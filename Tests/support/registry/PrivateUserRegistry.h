@@ -12,7 +12,10 @@
 /// Thread: the whole process is redirected; one at a time.
 class PrivateUserRegistry {
 public:
-    PrivateUserRegistry() : m_path(L"Software\\VxTests\\" + std::to_wstring(::GetCurrentProcessId()))
+    /// Where all of them are. A process that was broken off leaves its own there.
+    static constexpr const wchar_t* kPlaces = L"Software\\VxTests";
+
+    PrivateUserRegistry() : m_path(std::wstring(kPlaces) + L"\\" + std::to_wstring(::GetCurrentProcessId()))
     {
         EXPECT_EQ(ERROR_SUCCESS, ::RegCreateKeyExW(HKEY_CURRENT_USER, m_path.c_str(), 0, nullptr, 0,
                                                    KEY_ALL_ACCESS, nullptr, &m_root, nullptr));
