@@ -19,22 +19,32 @@ constexpr auto kOpeningPause = 3s;
 
 void SilenceWatch::Start(Time now)
 {
-    m_lastPacket = now;
+    OnPacket(now);
     m_openedAt.reset();
-    m_isTold = false;
 }
 
 void SilenceWatch::OnPacket(Time now)
 {
     m_lastPacket = now;
+    TellAgain(now);
+}
+
+void SilenceWatch::TellAgain(Time now)
+{
+    m_silentSince = now;
     m_isTold = false;
+    m_haveOthersCome = false;
+    m_areOthersTold = false;
 }
 
 SilenceWatch::Due SilenceWatch::OnTime(Time now)
 {
     Due due;
-    due.isSilent = !m_isTold && now - m_lastPacket >= kSilence;
+    const bool isNew = !m_isTold || (m_haveOthersCome && !m_areOthersTold);
+    due.isSilent = isNew && now - m_silentSince >= kSilence;
+    due.haveOthersCome = m_haveOthersCome;
     m_isTold = m_isTold || due.isSilent;
+    m_areOthersTold = m_areOthersTold || (due.isSilent && m_haveOthersCome);
     due.opensWay = !m_openedAt || (now - *m_openedAt >= kOpeningPause && now - m_lastPacket >= kOpeningPause);
     if (due.opensWay)
         m_openedAt = now;
@@ -46,7 +56,7 @@ SilenceWatch::Time SilenceWatch::NextDue() const
     if (!m_openedAt)
         return m_lastPacket; // at once
     const Time opening = std::max(m_lastPacket, *m_openedAt) + kOpeningPause;
-    return m_isTold ? opening : std::min(opening, m_lastPacket + kSilence);
+    return m_isTold ? opening : std::min(opening, m_silentSince + kSilence);
 }
 
 } // namespace receive

@@ -7,7 +7,8 @@
 
 namespace receive {
 
-/// Notices that no packet comes, and tells when to send something that opens the way through firewalls.
+/// Notices that no packet of the camera comes, and tells when to send something that opens the way through
+/// firewalls.
 ///
 /// Owner:  StreamReceiver, by value.
 /// Thread: one. Time is an argument.
@@ -16,14 +17,22 @@ public:
     using Time = IVxClock::Time;
 
     struct Due {
-        bool isSilent = false; ///< a second has passed without a packet; told once for each silence
-        bool opensWay = false; ///< it is time to send a packet that opens the way
+        /// A second has passed without a packet of the camera; told once for each silence, and once more when
+        /// the first packet of somebody else comes in it after that.
+        bool isSilent = false;
+        bool haveOthersCome = false; ///< in that silence
+        bool opensWay = false;       ///< it is time to send a packet that opens the way
     };
 
     /// Reception begins.
     void Start(Time now);
 
     void OnPacket(Time now);
+    /// Of another sender than the camera.
+    void OnForeignPacket() { m_haveOthersCome = true; }
+
+    /// A silence that was told is told again after another second.
+    void TellAgain(Time now);
 
     [[nodiscard]] Due OnTime(Time now);
 
@@ -35,8 +44,11 @@ public:
 
 private:
     Time m_lastPacket;
+    Time m_silentSince;             // since then, or since that was told last
     std::optional<Time> m_openedAt; // none: not yet
     bool m_isTold = false;
+    bool m_haveOthersCome = false; // in this silence
+    bool m_areOthersTold = false;
 };
 
 } // namespace receive

@@ -79,9 +79,12 @@ void StreamReceiver::DropWhatIsThere(Landing& landing)
 
 void StreamReceiver::SetSettings(const AssemblySettings& settings)
 {
-    const VxLock lock(m_ordersMutex);
-    m_orders.settings = settings;
-    m_hasOrders = true;
+    {
+        const VxLock lock(m_ordersMutex);
+        m_orders.settings = settings;
+        m_hasOrders = true;
+    }
+    m_socket->Wake(); // what is waited for may be due earlier
 }
 
 AssemblySettings StreamReceiver::Settings() const
@@ -129,6 +132,8 @@ void StreamReceiver::TakeOrders()
     }
     m_assembler.SetSettings(orders.settings);
     m_assembler.SetCameraPicture(orders.cameraPicture);
+    if (m_isReset.exchange(false))
+        m_silence.TellAgain(m_clock.Now());
     if (orders.link.get() == m_resend.Link())
         return;
     m_resend.SetLink(std::move(orders.link));
@@ -155,32 +160,51 @@ void StreamReceiver::Run(Landing& landing)
 {
     const auto priority = transport::RaiseThreadPriority();
     m_silence.Start(m_clock.Now());
-    m_gathering.SetSocket(m_socket->ReceiveBufferBytes(), m_socket->IsBacklogNear()
-                                                              ? PacketGathering::Backlog::Near
-                                                              : PacketGathering::Backlog::InSystem);
+    m_backlog.reset();
     m_blocksWithoutPayload = 0;
     bool isLooking = false;
     while (!m_isStopping) {
-        TakeOrders();
-        const auto slots = landing.Prepare(m_assembler);
-        const auto received = m_socket->Receive(slots, isLooking ? 0us : WaitingTime());
         try {
-            if (received)
-                Take(landing, *received);
-            m_assembler.OnTime(m_clock.Now());
+            isLooking = ReceiveOnce(landing, isLooking);
         } catch (const std::bad_alloc&) {
             m_lastError = VxError::OutOfMemory;
-            m_assembler.Abort();
-        }
-        WatchSilence();
-        const VxError code = received.Result().Code();
-        if (code != VxError::Ok && code != VxError::Timeout && code != VxError::Aborted) {
-            m_lastError = code;
+            m_assembler.Abort(); // before the slots are prepared again, which may lie in its buffers
+            isLooking = false;
             std::this_thread::sleep_for(kPauseAfterError);
         }
-        isLooking = AfterReceive(slots.size(), received ? *received : 0, isLooking);
     }
     m_assembler.Abort();
+}
+
+/// @param isLooking  it does not wait, but only looks for more
+/// @return  whether the next one should only look
+bool StreamReceiver::ReceiveOnce(Landing& landing, bool isLooking)
+{
+    TakeOrders();
+    FollowBacklog();
+    const auto slots = landing.Prepare(m_assembler);
+    const auto received = m_socket->Receive(slots, isLooking ? 0us : WaitingTime());
+    if (received)
+        Take(landing, *received);
+    m_assembler.OnTime(m_clock.Now());
+    WatchSilence();
+    const VxError code = received.Result().Code();
+    if (code != VxError::Ok && code != VxError::Timeout && code != VxError::Aborted) {
+        m_lastError = code;
+        std::this_thread::sleep_for(kPauseAfterError);
+    }
+    return AfterReceive(slots.size(), received ? *received : 0, isLooking);
+}
+
+/// Where packets wait may change while it runs: a packet ring that gets none is left for the socket's buffer.
+void StreamReceiver::FollowBacklog()
+{
+    const auto backlog =
+        m_socket->IsBacklogNear() ? PacketGathering::Backlog::Near : PacketGathering::Backlog::InSystem;
+    if (backlog == m_backlog)
+        return;
+    m_backlog = backlog;
+    m_gathering.SetSocket(m_socket->ReceiveBufferBytes(), backlog);
 }
 
 void StreamReceiver::Take(Landing& landing, std::size_t received)
@@ -191,6 +215,8 @@ void StreamReceiver::Take(Landing& landing, std::size_t received)
     landing.ForEach(received, [&](const Landing::Landed& landed) {
         if (!m_filter.Accepts(landed.sender, landed.packet)) {
             m_counters.packetsForeign.Add();
+            if (m_filter.Camera())
+                m_silence.OnForeignPacket();
             return;
         }
         m_silence.OnPacket(now);
@@ -221,8 +247,10 @@ bool StreamReceiver::AfterReceive(std::size_t slots, std::size_t received, bool 
 void StreamReceiver::WatchSilence()
 {
     const auto due = m_silence.OnTime(m_clock.Now());
-    if (due.isSilent)
+    if (due.isSilent) {
+        m_haveOthersSent = due.haveOthersCome;
         m_lastError = VxError::Timeout;
+    }
     if (due.opensWay)
         OpenWay();
 }
@@ -291,6 +319,9 @@ void StreamReceiver::ResetStatistics()
     m_lastError = VxError::Ok;
     m_latest = 0us;
     m_longest = 0us;
+    m_isReset = true;
+    m_hasOrders = true;
+    m_socket->Wake(); // the second begins now
 }
 
 } // namespace receive

@@ -92,6 +92,10 @@ public:
     /// was none since the last reset.
     [[nodiscard]] VxError LastError() const { return m_lastError; }
 
+    /// Of the latest TIMEOUT: whether packets came in that time from another address than the camera's, which
+    /// is known.
+    [[nodiscard]] bool HaveOthersSent() const { return m_haveOthersSent; }
+
     /// From the first packet of a block to its delivery: of the latest block, and the longest since the last
     /// reset.
     struct Latency {
@@ -100,11 +104,13 @@ public:
     };
     [[nodiscard]] Latency Latencies() const { return {m_latest.load(), m_longest.load()}; }
 
-    /// Sets counters, rates and last error back.
+    /// Sets counters, rates and last error back. A silence is told again after another second.
     void ResetStatistics();
 
 private:
     void Run(Landing& landing);
+    [[nodiscard]] bool ReceiveOnce(Landing& landing, bool isLooking);
+    void FollowBacklog();
     void Take(Landing& landing, std::size_t received);
     [[nodiscard]] bool AfterReceive(std::size_t slots, std::size_t received, bool hasLooked);
     void TakeOrders();
@@ -135,6 +141,7 @@ private:
     BlockAssembler m_assembler{{}, *this, m_counters, &m_resend};
     SilenceWatch m_silence;
     PacketGathering m_gathering;
+    std::optional<PacketGathering::Backlog> m_backlog;       // as m_gathering knows it
     std::optional<transport::Ipv4Address> m_group;           // constant once it is set up
     std::function<void(transport::IUdpSocket&)> m_wayOpener; // constant likewise; may be empty
     unsigned m_blocksWithoutPayload = 0;                     // one after the other
@@ -143,9 +150,11 @@ private:
     mutable VxMutex m_ordersMutex; // held for a few instructions only
     Orders m_orders VX_GUARDED_BY(m_ordersMutex);
     std::atomic<bool> m_hasOrders = false;
+    std::atomic<bool> m_isReset = false; // an order, too
 
     std::atomic<bool> m_isStopping = false;
     std::atomic<VxError> m_lastError = VxError::Ok;
+    std::atomic<bool> m_haveOthersSent = false;
     std::atomic<std::chrono::microseconds> m_latest{};
     std::atomic<std::chrono::microseconds> m_longest{};
     std::thread m_thread;

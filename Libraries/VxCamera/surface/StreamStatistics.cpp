@@ -58,6 +58,13 @@ constexpr std::array kStreamErrors{
     StreamError{VxError::Failed, "the receiver failed"},
 };
 
+/// Of TIMEOUT, when packets came from another address than the camera's.
+constexpr const char* kOthersHaveSent =
+    "no packet of the camera arrived for one second, but packets from another address did; PacketsForeign "
+    "counts them. Likely causes: the camera has got another address since the stream was opened; another "
+    "camera sends to the same port. Open the stream again with the address that the camera has now, and have "
+    "no other one send here";
+
 /// A feature that shows the sum of some counters; the unused ones are null.
 struct CounterRow {
     const char* name;
@@ -156,6 +163,13 @@ std::size_t LastErrorIndex(const VxStreamImpl& stream)
     return static_cast<std::size_t>(known - kStreamErrors.begin());
 }
 
+const char* LastErrorMeaning(const VxStreamImpl& stream)
+{
+    const StreamError& error = kStreamErrors[LastErrorIndex(stream)];
+    const bool haveOthersSent = Ask<bool>(stream, [](const StreamReceiver& r) { return r.HaveOthersSent(); });
+    return error.code == VxError::Timeout && haveOthersSent ? kOthersHaveSent : error.meaning;
+}
+
 void ListLastError(VxStreamImpl& stream, ParameterList& list)
 {
     std::vector<std::string_view> names;
@@ -164,7 +178,7 @@ void ListLastError(VxStreamImpl& stream, ParameterList& list)
     list.Add<ListedEnum>(ParameterFacts{"LastError", kStatistics}, names,
                          [&stream] { return LastErrorIndex(stream); });
     list.Add<ListedString>(ParameterFacts{"LastErrorDescription", kStatistics},
-                           [&stream] { return VxString(kStreamErrors[LastErrorIndex(stream)].meaning); });
+                           [&stream] { return VxString(LastErrorMeaning(stream)); });
 }
 
 /// A time that can be set, in the unit of Duration.

@@ -7,6 +7,8 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <new>
+#include <utility>
 #include <vector>
 
 namespace receive {
@@ -48,6 +50,14 @@ public:
         m_changed.notify_all();
     }
 
+    /// The next wait for datagrams ends with there being no memory.
+    void RunOutOfMemory()
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isOutOfMemory = true;
+        m_changed.notify_all();
+    }
+
     struct Sent {
         transport::Ipv4Endpoint destination;
         std::vector<std::byte> bytes;
@@ -63,7 +73,8 @@ public:
     void WaitUntilIdle()
     {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [&] { return m_arrived.empty() && m_isWaitedFor && !m_isWoken; });
+        m_changed.wait(lock,
+                       [&] { return m_arrived.empty() && m_isWaitedFor && !m_isWoken && !m_isOutOfMemory; });
     }
     [[nodiscard]] std::size_t SentCount()
     {
@@ -77,9 +88,12 @@ public:
         if (timeout.count() > 0) {
             m_isWaitedFor = true;
             m_changed.notify_all();
-            m_changed.wait(lock, [&] { return m_isWoken || (!m_arrived.empty() && !m_isHeld); });
+            m_changed.wait(lock,
+                           [&] { return m_isWoken || m_isOutOfMemory || (!m_arrived.empty() && !m_isHeld); });
             m_isWaitedFor = false;
         }
+        if (std::exchange(m_isOutOfMemory, false))
+            throw std::bad_alloc();
         if (std::exchange(m_isWoken, false))
             return VxError::Aborted;
         if (m_arrived.empty())
@@ -119,6 +133,7 @@ private:
     std::deque<Arrival> m_arrived;
     std::vector<Sent> m_sent;
     bool m_isWoken = false;
+    bool m_isOutOfMemory = false;
     bool m_isHeld = false;
     bool m_isWaitedFor = false;
     std::atomic<bool> m_isBacklogNear = false;

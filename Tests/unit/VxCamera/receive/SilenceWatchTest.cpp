@@ -34,6 +34,63 @@ TEST(SilenceWatchTest, APacketEndsASilence)
     EXPECT_TRUE(watch.OnTime(kStart + 3s).isSilent);
 }
 
+TEST(SilenceWatchTest, ASilenceCanBeToldAgainAfterAnotherSecond)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+    ASSERT_TRUE(watch.OnTime(kStart + 1s).isSilent);
+
+    watch.TellAgain(kStart + 1500ms);
+
+    EXPECT_EQ(watch.NextDue(), kStart + 2500ms);
+    EXPECT_FALSE(watch.OnTime(kStart + 2499ms).isSilent);
+    EXPECT_TRUE(watch.OnTime(kStart + 2500ms).isSilent);
+    EXPECT_FALSE(watch.OnTime(kStart + 9s).isSilent);
+}
+
+TEST(SilenceWatchTest, ToldAgainOrNotTheWayIsOpenedWhenItIsDue)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+    ASSERT_TRUE(watch.OnTime(kStart).opensWay);
+
+    watch.TellAgain(kStart + 2900ms);
+
+    EXPECT_EQ(watch.NextDue(), kStart + 3s);
+    EXPECT_TRUE(watch.OnTime(kStart + 3s).opensWay);
+}
+
+TEST(SilenceWatchTest, PacketsOfOthersInASilenceAreTold)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+    watch.OnForeignPacket();
+    EXPECT_FALSE(watch.OnTime(kStart + 999ms).isSilent);
+    const auto first = watch.OnTime(kStart + 1s);
+    EXPECT_TRUE(first.isSilent);
+    EXPECT_TRUE(first.haveOthersCome);
+
+    watch.OnPacket(kStart + 2s); // the camera is there again
+    const auto second = watch.OnTime(kStart + 3s);
+    EXPECT_TRUE(second.isSilent);
+    EXPECT_FALSE(second.haveOthersCome);
+}
+
+TEST(SilenceWatchTest, PacketsOfOthersThatComeLaterInASilenceAreToldOnce)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+    EXPECT_FALSE(watch.OnTime(kStart + 1s).haveOthersCome);
+
+    watch.OnForeignPacket();
+
+    const auto later = watch.OnTime(kStart + 5s);
+    EXPECT_TRUE(later.isSilent);
+    EXPECT_TRUE(later.haveOthersCome);
+    watch.OnForeignPacket();
+    EXPECT_FALSE(watch.OnTime(kStart + 6s).isSilent);
+}
+
 TEST(SilenceWatchTest, TheWayIsOpenedAtOnceAndAgainWhileNothingComes)
 {
     SilenceWatch watch;

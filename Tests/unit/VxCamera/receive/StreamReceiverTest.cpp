@@ -10,10 +10,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -53,6 +55,15 @@ protected:
     {
         for (auto& packet : m_stream.Block(blockId))
             m_socket->Put(sender, std::move(packet));
+    }
+
+    /// Lets time pass for a receiver that waits.
+    void Pass(std::chrono::milliseconds duration)
+    {
+        m_socket->WaitUntilIdle();
+        m_clock.Advance(duration);
+        m_socket->Wake(); // the queue has no time: the receiver looks at its clock
+        m_socket->WaitUntilIdle();
     }
 
     StreamPackets m_stream;
@@ -143,9 +154,16 @@ public:
     void Gather(std::chrono::microseconds) override { calls.push_back(Call::Gather); }
     void Wake() override { m_woken.count_down(); }
     [[nodiscard]] transport::Ipv4Endpoint LocalEndpoint() const override { return {}; }
-    [[nodiscard]] std::size_t ReceiveBufferBytes() const override { return 1 << 24; }
+    [[nodiscard]] std::size_t ReceiveBufferBytes() const override
+    {
+        return !ringBatches || IsBacklogNear() ? 1 << 24 : 0;
+    }
+    [[nodiscard]] bool IsBacklogNear() const override { return ringBatches && m_next <= *ringBatches; }
     VxResult JoinGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
     VxResult LeaveGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
+
+    // So many come from a packet ring, which is left then for a socket with hardly a buffer. None: no ring.
+    std::optional<std::size_t> ringBatches;
 
     std::vector<Call> calls; // until end: the receiving thread's
     Latch end{1};            // everything has been received
@@ -181,6 +199,31 @@ TEST(StreamReceiverGatheringTest, PacketsGatherOnlyWhenNoneIsLeft)
     // only a further look shows that nothing is left.
     EXPECT_EQ(socket.calls,
               (std::vector{Look, Look, Wait, Wait, Look, Gather, Wait, Look, Look, Gather, Wait}));
+}
+
+TEST(StreamReceiverGatheringTest, WhenAPacketRingIsLeftNoMoreGathersThanTheSocketHolds)
+{
+    for (const bool isLeft : {false, true}) {
+        StreamPackets stream;
+        stream.stepBytes = 64; // 48 packets
+        const auto block = stream.Block(1);
+        const auto run = [&](std::size_t begin, std::size_t end) {
+            return Coalesce(std::span(block).subspan(begin, end - begin));
+        };
+        FakeClock clock;
+        auto owned = std::make_unique<BatchSocket>(
+            clock, std::vector{{}, run(0, 1), run(1, 5), run(5, 21), {}, run(21, 31), run(31, 41), {}});
+        BatchSocket& socket = *owned;
+        socket.ringBatches = isLeft ? 5 : 100;
+        StreamReceiver receiver(std::move(owned), clock, kCamera.address);
+        OneBufferSink sink(1);
+
+        ASSERT_TRUE(receiver.Start(sink).IsOK());
+        socket.end.wait();
+        receiver.Stop();
+
+        EXPECT_EQ(std::ranges::count(socket.calls, BatchSocket::Call::Gather), isLeft ? 1 : 2);
+    }
 }
 
 TEST_F(StreamReceiverTest, StopEndsAWaitThatHasNoEnd)
@@ -317,6 +360,9 @@ TEST_F(StreamReceiverTest, TheWayThroughAFirewallIsOpenedFromTheStreamsOwnSocket
     OneBufferSink sink(1);
     LinkUnderTest link;
     ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    Pass(0ms);
+    Pass(3001ms);
+    Pass(3001ms);
     EXPECT_EQ(m_socket->SentCount(), 0u); // a passive receiver never sends
 
     m_receiver.SetLink(link.link); // also while it runs
@@ -409,15 +455,102 @@ TEST_F(StreamReceiverTest, WhatTheFeaturesSayOfThePictureCountsForTheNextPacketU
 
 TEST_F(StreamReceiverTest, SettingsAreTakenOverWhileItRuns)
 {
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    auto packets = m_stream.Block(1);
+    packets.erase(packets.begin() + 3);
+    for (auto& packet : packets)
+        m_socket->Put(kCamera, std::move(packet));
+    Pass(10ms);
+    EXPECT_EQ(m_receiver.Counters().blocksIncomplete.Value(), 0u);
+
     AssemblySettings settings = m_receiver.Settings();
-    EXPECT_TRUE(settings.resend.isOn);
-    settings.resend.isOn = false;
-    settings.blockTimeout = std::chrono::milliseconds(7);
-
+    settings.blockTimeout = 17ms; // since the last packet
     m_receiver.SetSettings(settings);
+    EXPECT_EQ(m_receiver.Settings().blockTimeout, 17ms);
 
-    EXPECT_FALSE(m_receiver.Settings().resend.isOn);
-    EXPECT_EQ(m_receiver.Settings().blockTimeout, std::chrono::milliseconds(7));
+    Pass(6ms);
+    EXPECT_EQ(m_receiver.Counters().blocksIncomplete.Value(), 0u);
+    Pass(1ms);
+    EXPECT_EQ(m_receiver.Counters().blocksIncomplete.Value(), 1u);
+}
+
+TEST_F(StreamReceiverTest, ASilenceIsToldAgainAfterAReset)
+{
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    Pass(1s);
+    EXPECT_EQ(m_receiver.LastError(), VxError::Timeout);
+    Pass(500ms);
+
+    m_receiver.ResetStatistics();
+
+    m_socket->WaitUntilIdle();
+    EXPECT_EQ(m_receiver.LastError(), VxError::Ok);
+    Pass(999ms);
+    EXPECT_EQ(m_receiver.LastError(), VxError::Ok);
+    Pass(1ms);
+    EXPECT_EQ(m_receiver.LastError(), VxError::Timeout);
+}
+
+TEST_F(StreamReceiverTest, OfASilenceItIsToldWhetherOthersHaveSent)
+{
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    Pass(1s);
+    EXPECT_EQ(m_receiver.LastError(), VxError::Timeout);
+    EXPECT_FALSE(m_receiver.HaveOthersSent());
+
+    PutBlock(1, kStranger); // as by a camera that has got another address
+    m_socket->WaitUntilIdle();
+    EXPECT_EQ(m_receiver.LastError(), VxError::Timeout);
+    EXPECT_TRUE(m_receiver.HaveOthersSent());
+
+    PutBlock(2, kCamera);
+    sink.delivered.wait();
+    Pass(1s);
+    EXPECT_EQ(m_receiver.LastError(), VxError::Timeout);
+    EXPECT_FALSE(m_receiver.HaveOthersSent());
+}
+
+TEST_F(StreamReceiverTest, WhereTheCameraIsNotKnownNobodyIsAnother)
+{
+    auto owned = std::make_unique<QueueSocket>();
+    QueueSocket& socket = *owned;
+    StreamReceiver receiver(std::move(owned), m_clock, std::nullopt);
+    OneBufferSink sink(1);
+    ASSERT_TRUE(receiver.Start(sink).IsOK());
+    socket.Put(kStranger, m_stream.Payload(1, 1)); // no leader tells who the camera is
+    socket.WaitUntilIdle();
+    m_clock.Advance(1s);
+    socket.Wake();
+    socket.WaitUntilIdle();
+
+    EXPECT_EQ(receiver.Counters().packetsForeign.Value(), 1u);
+    EXPECT_EQ(receiver.LastError(), VxError::Timeout);
+    EXPECT_FALSE(receiver.HaveOthersSent());
+}
+
+TEST_F(StreamReceiverTest, ReceivesOnAfterASocketThatRanOutOfMemory)
+{
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    for (std::uint32_t id = 1; id <= 3; ++id) {
+        m_socket->Put(kCamera, m_stream.Leader(id));
+        m_socket->Put(kCamera, m_stream.Payload(id, 1)); // the next ones would land in the buffer
+        m_socket->WaitUntilIdle();
+        m_socket->RunOutOfMemory();
+        m_socket->WaitUntilIdle();
+        EXPECT_EQ(m_receiver.LastError(), VxError::OutOfMemory);
+        EXPECT_TRUE(sink.IsFree());
+    }
+
+    PutBlock(7, kCamera);
+    sink.delivered.wait();
+    m_receiver.Stop();
+
+    EXPECT_EQ(sink.last.code, VxError::Ok);
+    EXPECT_EQ(sink.last.blockId, 7u);
 }
 
 TEST_F(StreamReceiverTest, IsStoppedByItsEnd)

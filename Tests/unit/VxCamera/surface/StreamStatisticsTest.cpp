@@ -220,6 +220,37 @@ TEST_F(StreamStatisticsTest, ABlockWhoseLinesRunTogetherSaysSoAndWhatHelps)
         << description.Narrow();
 }
 
+TEST_F(StreamStatisticsTest, ASilenceTellsOfPacketsThatComeFromAnotherAddressThanTheCameras)
+{
+    constexpr transport::Ipv4Endpoint kOtherAddress{transport::Ipv4Address(192, 168, 1, 66), 50000};
+    FakeClock clock;
+    FedStream stream(clock);
+    ASSERT_TRUE(stream.Open("192.168.1.20").IsOK());
+    VxPipeline pipeline(&stream);
+    pipeline.SetBufferSize(kPictureBytes);
+    ASSERT_TRUE(pipeline.Start().IsOK());
+    const auto saidAfter = [&](std::chrono::milliseconds duration) {
+        stream.socket->WaitUntilIdle();
+        clock.Advance(duration);
+        stream.socket->Wake(); // the queue has no time: the receiver looks at its clock
+        stream.socket->WaitUntilIdle();
+        VxString text;
+        EXPECT_TRUE(stream.GetParameters()->Get("LastErrorDescription")->ToString(text).IsOK());
+        return text.Narrow();
+    };
+    EXPECT_EQ(saidAfter(999ms), "");
+    EXPECT_EQ(saidAfter(1ms).rfind("no packet arrived", 0), 0u);
+
+    stream.socket->Put(kOtherAddress, m_packets.Leader(1));
+    const std::string said = saidAfter(0ms);
+    for (const char* part : {"another address", "PacketsForeign", "Open the stream again"})
+        EXPECT_NE(said.find(part), std::string::npos) << said;
+
+    stream.socket->Put(kCamera, m_packets.Leader(1));
+    EXPECT_EQ(saidAfter(1000ms).rfind("no packet arrived", 0), 0u);
+    EXPECT_TRUE(pipeline.Stop().IsOK());
+}
+
 TEST_F(StreamStatisticsTest, AParameterTellsWhetherPacketsComeFromAPacketRing)
 {
     const auto used = [](VxStream& stream) {
