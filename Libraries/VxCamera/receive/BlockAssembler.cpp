@@ -127,9 +127,13 @@ OpenBlock::Effect BlockAssembler::Take(OpenBlock& block, const gvsp::Packet& pac
 {
     const gvsp::PacketHeader& header = packet.header;
     switch (header.format) {
-    case PacketFormat::Leader:
-        return header.packetId == 0 ? block.OnLeader(ReadGeometry(packet.data, m_cameraPicture), now)
-                                    : OpenBlock::Effect::Malformed;
+    case PacketFormat::Leader: {
+        if (header.packetId != 0)
+            return OpenBlock::Effect::Malformed;
+        const BlockGeometry geometry = ReadGeometry(packet.data, m_cameraPicture);
+        MakeRoom(block, geometry, now);
+        return block.OnLeader(geometry, now);
+    }
     case PacketFormat::AllIn:
         return block.OnAllIn(packet.data, now);
     case PacketFormat::Trailer:
@@ -228,7 +232,8 @@ OpenBlock& BlockAssembler::Open(const gvsp::Packet& packet, Time now)
                   m_believed, now});
     const BlockGeometry geometry =
         gvsp::HasLeader(header.format) ? ReadGeometry(packet.data, m_cameraPicture) : m_lastGeometry;
-    block->SetBuffer(m_sink.TakeFree(WantedBytes(geometry)));
+    block->wantedBytes = WantedBytes(geometry);
+    block->SetBuffer(m_sink.TakeFree(block->wantedBytes));
 
     // Sorted in: a block that was overtaken comes in front of the one that overtook it.
     std::size_t place = m_openCount++;
@@ -237,6 +242,21 @@ OpenBlock& BlockAssembler::Open(const gvsp::Packet& packet, Time now)
         --place;
     }
     return *block;
+}
+
+/// A block whose leader did not come first has a buffer for a picture like the one before. The sink may have
+/// a larger one.
+void BlockAssembler::MakeRoom(OpenBlock& block, const BlockGeometry& geometry, Time now)
+{
+    const std::size_t wanted = WantedBytes(geometry);
+    if (!block.HasBuffer() || wanted <= block.wantedBytes || geometry.memoryBytes <= block.Capacity())
+        return;
+    block.wantedBytes = wanted;
+    BlockBuffer* const larger = m_sink.TakeFree(wanted);
+    if (larger == nullptr)
+        return;
+    const bool fits = larger->memory.size() >= geometry.memoryBytes;
+    m_sink.GiveBack(fits ? block.MoveTo(*larger, now) : *larger);
 }
 
 std::size_t BlockAssembler::Expect(std::span<ExpectedPacket> expected) const

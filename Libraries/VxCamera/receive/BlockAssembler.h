@@ -127,6 +127,7 @@ private:
                                          Time now);
     [[nodiscard]] OpenBlock* BlockOf(const gvsp::Packet& packet, Time now);
     [[nodiscard]] OpenBlock& Open(const gvsp::Packet& packet, Time now);
+    void MakeRoom(OpenBlock& block, const BlockGeometry& geometry, Time now);
     void Count(OpenBlock::Effect effect);
     void TakeStatus(const gvsp::PacketHeader& header, OpenBlock& block);
     void FinishWhatIsDue(Time now);

@@ -24,7 +24,7 @@ public:
     /// A finished block, in the order of block ids.
     virtual void Deliver(BlockBuffer& buffer) = 0;
 
-    /// A buffer that was taken and not filled.
+    /// A buffer that was taken and is not needed: no block filled it, or one went on in a larger one.
     virtual void GiveBack(BlockBuffer& buffer) = 0;
 };
 

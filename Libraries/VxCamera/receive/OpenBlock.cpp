@@ -64,6 +64,27 @@ void OpenBlock::Forget()
     m_isMixedUp = false;
 }
 
+BlockBuffer& OpenBlock::MoveTo(BlockBuffer& larger, Time now)
+{
+    BlockBuffer& before = *m_buffer;
+    const std::uint64_t end =
+        PartId() ? Capacity() : std::min<std::uint64_t>(Capacity(), std::uint64_t{m_highestId} * m_stepBytes);
+    std::ranges::copy(before.memory.first(static_cast<std::size_t>(end)), larger.memory.begin());
+    // Of the packet that lay over the end of the buffer only a part was kept. Behind it there is none.
+    const std::uint64_t over = m_stepBytes > 0 ? Capacity() / m_stepBytes + 1 : 0;
+    if (!PartId() && over > 0 && over < m_received.Size() &&
+        m_received.IsSet(static_cast<std::size_t>(over))) {
+        const auto id = static_cast<std::uint32_t>(over); // of a packet that came
+        const std::size_t bytes = id == m_shortId ? m_shortBytes : m_stepBytes;
+        if (gvsp::PayloadOffset(id, m_stepBytes) + bytes > Capacity()) {
+            Withdraw(id, bytes, now);
+            m_shortId = id == m_shortId ? 0 : m_shortId;
+        }
+    }
+    m_buffer = &larger;
+    return before;
+}
+
 /// Keeps account of what is missing.
 void OpenBlock::Follow(std::uint32_t packetId, Time now)
 {
@@ -211,6 +232,9 @@ OpenBlock::Effect OpenBlock::OnPartPayload(std::uint32_t packetId, std::span<con
     if (packetId > kMostPackets)
         return Effect::OutOfRange;
     if (part->partId == *PartId()) {
+        // A larger picture than the one before gets its buffer with its leader.
+        if (!m_hasLeader && part->offsetBytes + part->data.size() > Capacity())
+            return Effect::OutOfRange;
         Store(part->offsetBytes, part->data);
         m_pieces.Add({packetId, part->offsetBytes, part->data.size()});
     }

@@ -57,6 +57,11 @@ public:
     /// @param buffer  borrowed until Finish; null: none is free
     void SetBuffer(BlockBuffer* buffer) { m_buffer = buffer; }
 
+    /// Goes on in another buffer, with what has come without a leader.
+    /// @param larger  than the buffer that it has; borrowed until Finish
+    /// @return  the buffer that it had
+    [[nodiscard]] BlockBuffer& MoveTo(BlockBuffer& larger, Time now);
+
     /// Holds for what comes from now on.
     void Believe(const BelievedEnds& ends) { m_start.believed = ends; }
 
@@ -101,12 +106,14 @@ public:
 
     /// What the assembler keeps with the block.
     BlockAsking asking;
+    std::size_t wantedBytes = 0; ///< asked for when it got its buffer; 0 = not known then
     std::optional<Time>
         overtakenAt; ///< since when a newer block has gone so far that this one should be done
 
     [[nodiscard]] std::uint64_t BlockId() const { return m_start.blockId; }
     [[nodiscard]] gvsp::IdMode IdMode() const { return m_start.idMode; }
     [[nodiscard]] bool HasBuffer() const { return m_buffer != nullptr; }
+    [[nodiscard]] std::size_t Capacity() const { return m_buffer != nullptr ? m_buffer->memory.size() : 0; }
     [[nodiscard]] bool HasLeader() const { return m_hasLeader; }
     [[nodiscard]] const BlockGeometry& Geometry() const { return m_geometry; }
     [[nodiscard]] std::size_t StepBytes() const { return m_stepBytes; }
@@ -155,7 +162,6 @@ public:
     [[nodiscard]] std::uint64_t WithdrawnPackets() const { return m_withdrawnPackets; }
 
 private:
-    [[nodiscard]] std::size_t Capacity() const { return m_buffer != nullptr ? m_buffer->memory.size() : 0; }
     [[nodiscard]] std::optional<std::uint8_t> PartId() const;
     Effect OnPlainPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now);
     Effect OnPartPayload(std::uint32_t packetId, std::span<const std::byte> data, Time now);

@@ -2,6 +2,7 @@
 
 #include "VxCamera/receive/IBlockSink.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <deque>
 #include <memory>
@@ -35,8 +36,15 @@ public:
         wanted.push_back(wantedBytes);
         if (m_free.empty())
             return nullptr;
-        BlockBuffer* const buffer = m_free.front();
-        m_free.pop_front();
+        auto chosen = m_free.begin();
+        if (isGrowing) {
+            const auto fits = [&](const BlockBuffer* each) { return each->memory.size() >= wantedBytes; };
+            const auto found = std::ranges::find_if(m_free, fits);
+            chosen = found != m_free.end() ? found : chosen;
+            Grow(**chosen, wantedBytes);
+        }
+        BlockBuffer* const buffer = *chosen;
+        m_free.erase(chosen);
         return buffer;
     }
     void Deliver(BlockBuffer& buffer) override
@@ -58,8 +66,23 @@ public:
     std::vector<std::size_t> wanted; ///< of each TakeFree
     int givenBack = 0;
     bool isKeeping = false; ///< the consumer releases nothing
+    bool isGrowing = false; ///< buffers become as large as is wanted
+    int grown = 0;          ///< how often one did
 
 private:
+    void Grow(BlockBuffer& buffer, std::size_t bytes)
+    {
+        constexpr std::size_t kMostBytes = 1 << 20; // leaders that announce more are not believed
+        if (buffer.memory.size() >= bytes || bytes > kMostBytes)
+            return;
+        ++grown;
+        std::size_t index = 0;
+        while (&m_buffers[index] != &buffer)
+            ++index;
+        m_memory[index] = std::make_unique<std::byte[]>(bytes);
+        buffer.memory = {m_memory[index].get(), bytes};
+    }
+
     std::vector<std::unique_ptr<std::byte[]>> m_memory;
     std::deque<BlockBuffer> m_buffers; // borrowed by everybody, so never moved
     std::deque<BlockBuffer*> m_free;
