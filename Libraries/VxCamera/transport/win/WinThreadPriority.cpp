@@ -1,6 +1,6 @@
-#include "VxCamera/transport/ThreadPriority.h"
+#include "VxCamera/transport/win/WinThreadPriority.h"
 
-#include <windows.h>
+#include <utility>
 
 namespace transport {
 
@@ -10,24 +10,50 @@ namespace {
 using SetCharacteristics = HANDLE(WINAPI*)(LPCWSTR task, LPDWORD taskIndex);
 using RevertCharacteristics = BOOL(WINAPI*)(HANDLE task);
 
-/// The system's class for threads that bring pictures and sound in. Its library is not on every system, so it
-/// is loaded when it is needed.
-class MultimediaClass final : public IRaisedPriority {
+/// The class of Windows. Its library is not on every system, so it is loaded when it is needed. Owner and
+/// thread: see IThreadClass.
+class WinThreadClass final : public IThreadClass {
 public:
-    MultimediaClass(HMODULE library, HANDLE task) : m_library(library), m_task(task) {}
-    ~MultimediaClass() override
+    ~WinThreadClass() override
     {
+        if (m_library != nullptr)
+            ::FreeLibrary(m_library);
+    }
+
+    HANDLE Join(const wchar_t* task) override
+    {
+        m_library = ::LoadLibraryExW(L"avrt.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+        if (m_library == nullptr)
+            return nullptr;
         // The cast through void tells that the type behind the name is known.
+        const auto set = reinterpret_cast<SetCharacteristics>(
+            reinterpret_cast<void*>(::GetProcAddress(m_library, "AvSetMmThreadCharacteristicsW")));
+        DWORD taskIndex = 0;
+        return set != nullptr ? set(task, &taskIndex) : nullptr;
+    }
+    void Leave(HANDLE membership) override
+    {
         const auto revert = reinterpret_cast<RevertCharacteristics>(
             reinterpret_cast<void*>(::GetProcAddress(m_library, "AvRevertMmThreadCharacteristics")));
         if (revert != nullptr)
-            revert(m_task);
-        ::FreeLibrary(m_library);
+            revert(membership);
     }
 
 private:
-    const HMODULE m_library;
-    const HANDLE m_task;
+    HMODULE m_library = nullptr;
+};
+
+class JoinedClass final : public IRaisedPriority {
+public:
+    JoinedClass(std::unique_ptr<IThreadClass> threadClass, HANDLE membership)
+        : m_class(std::move(threadClass)), m_membership(membership)
+    {
+    }
+    ~JoinedClass() override { m_class->Leave(m_membership); }
+
+private:
+    const std::unique_ptr<IThreadClass> m_class;
+    const HANDLE m_membership;
 };
 
 /// Where there is no such class: the priority of the thread itself.
@@ -40,27 +66,18 @@ private:
     const int m_before;
 };
 
-std::unique_ptr<IRaisedPriority> JoinMultimediaClass()
-{
-    const HMODULE library = ::LoadLibraryExW(L"avrt.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-    if (library == nullptr)
-        return nullptr;
-    const auto set = reinterpret_cast<SetCharacteristics>(
-        reinterpret_cast<void*>(::GetProcAddress(library, "AvSetMmThreadCharacteristicsW")));
-    DWORD taskIndex = 0;
-    const HANDLE task = set != nullptr ? set(L"Capture", &taskIndex) : nullptr;
-    if (task != nullptr)
-        return std::make_unique<MultimediaClass>(library, task);
-    ::FreeLibrary(library);
-    return nullptr;
-}
-
 } // namespace
 
 std::unique_ptr<IRaisedPriority> RaiseThreadPriority()
 {
-    if (auto joined = JoinMultimediaClass())
-        return joined;
+    return RaiseThreadPriority(std::make_unique<WinThreadClass>());
+}
+
+std::unique_ptr<IRaisedPriority> RaiseThreadPriority(std::unique_ptr<IThreadClass> threadClass)
+{
+    const HANDLE membership = threadClass->Join(L"Capture"); // fixed by Windows: a name of its own
+    if (membership != nullptr)
+        return std::make_unique<JoinedClass>(std::move(threadClass), membership);
     const int before = ::GetThreadPriority(::GetCurrentThread());
     if (before == THREAD_PRIORITY_ERROR_RETURN ||
         !::SetThreadPriority(::GetCurrentThread(), THREAD_PRIORITY_HIGHEST))

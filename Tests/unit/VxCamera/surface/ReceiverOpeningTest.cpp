@@ -74,6 +74,15 @@ TEST_F(ReceiverOpeningTest, ABufferOf16MebibytesIsAskedFor)
     }
 }
 
+TEST_F(ReceiverOpeningTest, TheSocketIsOneForManyPacketsAndForShortWaits)
+{
+    const auto& options = Open({kCamera, kPort, {}, std::nullopt, 0});
+
+    EXPECT_TRUE(options.isCoalescing);
+    EXPECT_TRUE(options.isRingWanted);
+    EXPECT_TRUE(options.hasShortWaits);
+}
+
 TEST_F(ReceiverOpeningTest, AFreePortIsThatOfTheAddressTowardsTheCamera)
 {
     EXPECT_EQ(Open({kCamera, 0, {}, std::nullopt, 0}).local.address, kTowardsCamera);
