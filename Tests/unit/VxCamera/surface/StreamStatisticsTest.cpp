@@ -12,8 +12,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <set>
 #include <string>
 

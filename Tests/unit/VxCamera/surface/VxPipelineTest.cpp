@@ -1,12 +1,8 @@
 #include "VxDSSource/camera/VxPipeline.h"
 
 #include "PipelineFixture.h"
-#include "VxBase/VxClock.h"
 #include "VxCamera/surface/StreamLinks.h"
-#include "VxCamera/surface/VxStreamImpl.h"
 #include "VxDSSource/camera/VxBuffer.h"
-#include "VxDSSource/camera/VxGenInteger.h"
-#include "VxDSSource/camera/VxGenParameter.h"
 #include "VxDSSource/camera/VxGenParameterArray.h"
 #include "VxDSSource/camera/VxImage.h"
 #include "VxDSSource/camera/VxStream.h"
