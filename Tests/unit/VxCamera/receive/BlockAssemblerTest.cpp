@@ -500,6 +500,7 @@ TEST_F(BlockAssemblerTest, NoSequenceOfPacketsWritesOutsideABuffer)
 {
     bytes::Random random; // the sanitizer watches the buffers
     for (int i = 0; i < 200'000; ++i) {
+        m_sink.isGrowing = i >= 150'000;
         m_stream.leader.widthPx = static_cast<std::uint32_t>(random.UpTo(80));  // small
         m_stream.leader.heightPx = static_cast<std::uint32_t>(random.UpTo(60)); // small
         m_stream.idMode = random.UpTo(9) == 0 ? gvsp::IdMode::Extended : gvsp::IdMode::Standard;
