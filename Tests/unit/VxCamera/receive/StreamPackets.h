@@ -69,12 +69,12 @@ struct StreamPackets {
 
     [[nodiscard]] Packet Payload(std::uint64_t blockId, std::uint32_t packetId) const
     {
-        Packet packet = Header(blockId, gvsp::PacketFormat::Payload, packetId);
+        const Packet header = Header(blockId, gvsp::PacketFormat::Payload, packetId);
         const std::size_t begin = (packetId - 1) * stepBytes;
         const std::size_t end = std::min(begin + stepBytes, payloadBytes);
         // Not one by one to the end: that is most of what a test costs that is built without optimisation.
-        packet.resize(packet.size() + end - begin);
-        std::byte* to = packet.data() + packet.size() - (end - begin);
+        Packet packet(header.size() + end - begin);
+        std::byte* to = std::ranges::copy(header, packet.data()).out;
         for (std::size_t offset = begin; offset < end; ++offset)
             *to++ = ByteAt(blockId, offset);
         return packet;
