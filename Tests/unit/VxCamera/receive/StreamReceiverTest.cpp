@@ -473,6 +473,7 @@ TEST_F(StreamReceiverTest, SettingsAreTakenOverWhileItRuns)
     EXPECT_EQ(m_receiver.Counters().blocksIncomplete.Value(), 0u);
     Pass(1ms);
     EXPECT_EQ(m_receiver.Counters().blocksIncomplete.Value(), 1u);
+    m_receiver.Stop();
 }
 
 TEST_F(StreamReceiverTest, ASilenceIsToldAgainAfterAReset)
@@ -491,6 +492,7 @@ TEST_F(StreamReceiverTest, ASilenceIsToldAgainAfterAReset)
     EXPECT_EQ(m_receiver.LastError(), VxError::Ok);
     Pass(1ms);
     EXPECT_EQ(m_receiver.LastError(), VxError::Timeout);
+    m_receiver.Stop();
 }
 
 TEST_F(StreamReceiverTest, OfASilenceItIsToldWhetherOthersHaveSent)
@@ -511,6 +513,7 @@ TEST_F(StreamReceiverTest, OfASilenceItIsToldWhetherOthersHaveSent)
     Pass(1s);
     EXPECT_EQ(m_receiver.LastError(), VxError::Timeout);
     EXPECT_FALSE(m_receiver.HaveOthersSent());
+    m_receiver.Stop();
 }
 
 TEST_F(StreamReceiverTest, WhereTheCameraIsNotKnownNobodyIsAnother)
@@ -529,6 +532,7 @@ TEST_F(StreamReceiverTest, WhereTheCameraIsNotKnownNobodyIsAnother)
     EXPECT_EQ(receiver.Counters().packetsForeign.Value(), 1u);
     EXPECT_EQ(receiver.LastError(), VxError::Timeout);
     EXPECT_FALSE(receiver.HaveOthersSent());
+    receiver.Stop();
 }
 
 TEST_F(StreamReceiverTest, ReceivesOnAfterASocketThatRanOutOfMemory)
