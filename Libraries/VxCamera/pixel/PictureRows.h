@@ -26,7 +26,13 @@ struct RowUnpacking {
     UnpackKernel kernel;            ///< null: rows are handed out where they lie
     std::size_t bytesPerRow;        ///< of an unpacked row
     std::span<std::uint8_t> memory; ///< kRowsHeld unpacked rows; may be empty when there is nothing to unpack
+    /// Where rows run together: bytes of kUnpackGroup components, and so bits of one. 0: each row begins with
+    /// a byte. Each unpacked row then takes kMostBefore bytes more.
+    std::size_t joinedGroupBytes = 0;
 };
+
+// Fixed by kUnpackGroup: as many components of the row before can stand in front of a row in its group.
+constexpr std::size_t kMostBefore = kUnpackGroup - 1;
 
 /// The rows of one plane of a source picture as one byte per component, unpacked on the way where necessary.
 ///
@@ -43,6 +49,8 @@ public:
 
 private:
     static constexpr std::size_t kNoRow = SIZE_MAX;
+
+    [[nodiscard]] std::span<const std::uint8_t> PackedRow(std::size_t y, std::size_t before) const;
 
     std::span<const std::uint8_t> m_picture; // borrowed
     PlaneLayout m_plane;

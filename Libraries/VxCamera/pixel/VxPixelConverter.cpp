@@ -24,14 +24,27 @@ template <typename Byte>
 std::string PictureText(const VxBasicPictureView<Byte>& picture)
 {
     return std::to_string(picture.widthPx) + "x" + std::to_string(picture.heightPx) + " " +
-           VxPixelFormatText(picture.code) + " with " + std::to_string(picture.rowPaddingBytes) +
-           " bytes of row padding";
+           VxPixelFormatText(picture.code) +
+           (picture.areRowsJoined
+                ? " with rows that run together"
+                : " with " + std::to_string(picture.rowPaddingBytes) + " bytes of row padding");
 }
 
 template <typename Byte>
 std::optional<VxPictureLayout> LayoutOf(const VxBasicPictureView<Byte>& picture)
 {
-    return VxLayOutPicture(picture.code, picture.widthPx, picture.heightPx, picture.rowPaddingBytes);
+    if (!picture.areRowsJoined)
+        return VxLayOutPicture(picture.code, picture.widthPx, picture.heightPx, picture.rowPaddingBytes);
+    const auto bytes = VxJoinedPictureBytes(picture.code, picture.widthPx, picture.heightPx);
+    if (!bytes)
+        return std::nullopt;
+    return VxPictureLayout{0, 0, *bytes, *bytes}; // no row has bytes of its own
+}
+
+/// Bytes that an unpacked row takes of the memory for such rows.
+std::size_t HeldBytes(const ConversionPlan& plan, const VxPictureView& source)
+{
+    return plan.bytesPerPixel * source.widthPx + (source.areRowsJoined ? pixel::kMostBefore : 0);
 }
 
 VxResult NoConversion(std::uint32_t source, std::uint32_t destination)
@@ -51,7 +64,8 @@ VxResult NoLayout(const char* which, const VxBasicPictureView<Byte>& picture)
 {
     return {VxError::InvalidParameter,
             std::string("The ") + which +
-                " picture has no size, or one that is too large: " + PictureText(picture) + "."};
+                " picture has no size, one that is too large, or rows that cannot run together: " +
+                PictureText(picture) + "."};
 }
 
 VxResult TooSmallSource(const VxPictureView& source, const VxWritablePictureView& destination,
@@ -138,7 +152,7 @@ VxResult VxPixelConverter::Convert(const VxPictureView& source, const VxWritable
     const std::size_t rows = std::min(source.heightPx, destination.heightPx);
     const std::size_t targetBytes =
         columns * pixel::kTargetBytesPerPixel[static_cast<std::size_t>(plan->target)];
-    if (!PrepareMemory(*plan, source.widthPx, targetBytes))
+    if (!PrepareMemory(*plan, source, targetBytes))
         return NoMemory(source, destination);
     const TargetRows to(destination, *targetLayout, {rows, targetBytes}, order == VxRowOrder::BottomUp);
     SourceRows from = RowsOf(*plan, source, *sourceLayout, 0);
@@ -164,12 +178,11 @@ VxResult VxPixelConverter::Convert(const VxPictureView& source, const VxWritable
     return VxResult::Ok();
 }
 
-bool VxPixelConverter::PrepareMemory(const ConversionPlan& plan, std::size_t sourceWidthPx,
+bool VxPixelConverter::PrepareMemory(const ConversionPlan& plan, const VxPictureView& source,
                                      std::size_t targetRowBytes)
 try {
     const std::size_t planes = plan.kind == RowKind::Planes ? kColors : 1;
-    const std::size_t unpackedBytes =
-        plan.unpack ? planes * pixel::kRowsHeld * plan.bytesPerPixel * sourceWidthPx : 0;
+    const std::size_t unpackedBytes = plan.unpack ? planes * pixel::kRowsHeld * HeldBytes(plan, source) : 0;
     if (m_unpackedRows.size() < unpackedBytes)
         m_unpackedRows.resize(unpackedBytes);
     if (plan.kind == RowKind::Bayer && m_spareRow.size() < targetRowBytes)
@@ -187,11 +200,12 @@ SourceRows VxPixelConverter::RowsOf(const ConversionPlan& plan, const VxPictureV
     if (!plan.unpack)
         return {source.bytes, rows, {nullptr, 0, {}}};
     const std::size_t bytesPerRow = plan.bytesPerPixel * source.widthPx;
-    const std::size_t held = pixel::kRowsHeld * bytesPerRow;
+    const std::size_t held = pixel::kRowsHeld * HeldBytes(plan, source);
     return {source.bytes,
             rows,
             {m_kernels.unpack[static_cast<std::size_t>(*plan.unpack)], bytesPerRow,
-             std::span(m_unpackedRows).subspan(plane * held, held)}};
+             std::span(m_unpackedRows).subspan(plane * held, held),
+             source.areRowsJoined ? pixel::GroupOf(*plan.unpack).bytes : 0}};
 }
 
 void VxPixelConverter::ConvertRows(const ConversionPlan& plan, SourceRows& source,

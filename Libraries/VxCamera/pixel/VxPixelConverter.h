@@ -48,16 +48,17 @@ public:
     /// the first pixel of the first row on; no other byte of the destination changes, its row padding
     /// included.
     ///
-    /// @param source, destination  must not overlap in memory
+    /// @param source, destination  must not overlap in memory; only the rows of a source can run together
     /// @param order                of the destination; sources are top down
     /// @return  NOT_SUPPORTED when there is no way between the formats; INVALID_PARAMETER for a picture
-    ///          without size, with a size that overflows, with less memory than the source needs, or for
-    ///          overlapping pictures; BUFFER_TOO_SMALL when the destination's memory is; OUT_OF_MEMORY. The
-    ///          destination is untouched then.
+    ///          without size, with a size that overflows, with less memory than the source needs, with rows
+    ///          that run together in a format of which nobody says how, or for overlapping pictures;
+    ///          BUFFER_TOO_SMALL when the destination's memory is; OUT_OF_MEMORY. The destination is
+    ///          untouched then.
     VxResult Convert(const VxPictureView& source, const VxWritablePictureView& destination, VxRowOrder order);
 
 private:
-    [[nodiscard]] bool PrepareMemory(const pixel::ConversionPlan& plan, std::size_t sourceWidthPx,
+    [[nodiscard]] bool PrepareMemory(const pixel::ConversionPlan& plan, const VxPictureView& source,
                                      std::size_t targetRowBytes);
     [[nodiscard]] pixel::SourceRows RowsOf(const pixel::ConversionPlan& plan, const VxPictureView& source,
                                            const VxPictureLayout& layout, std::size_t plane);

@@ -3,6 +3,7 @@
 #include "VxCamera/pixel/PixelFormatTable.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <limits>
 
@@ -30,6 +31,17 @@ VxPixelPlanes PlanesOf(std::uint32_t code)
 std::uint64_t ComponentCount(VxPixelOrder order)
 {
     return order == VxPixelOrder::Ac ? 2 : 3; // the only orders that exist as one plane per component
+}
+
+/// Whether each pixel takes the bits that the format's code tells, wherever it stands.
+bool IsSequenceOfBits(const VxPixelFormat& format)
+{
+    using Order = VxPixelOrder;
+    constexpr std::array kShared{Order::Yuyv, Order::Uyvy, Order::Uyyvyy, Order::Yyuyyv};
+    const bool isPacked =
+        format.packing == VxPixelPacking::LsbPacked || format.packing == VxPixelPacking::GevPacked;
+    return isPacked && format.planes == VxPixelPlanes::One &&
+           std::ranges::find(kShared, format.order) == kShared.end();
 }
 
 /// Appends `planes` times the plane to the layout; false when a size does not fit.
@@ -90,6 +102,19 @@ std::uint64_t VxRowBytes(std::uint32_t code, std::uint32_t widthPx)
     if (format->planes == VxPixelPlanes::PerComponent)
         return BytesOfBits(width * (bits / ComponentCount(format->order)));
     return BytesOfBits(width * format->bitsPerComponent);
+}
+
+std::optional<std::size_t> VxJoinedPictureBytes(std::uint32_t code, std::uint32_t widthPx,
+                                                std::uint32_t heightPx)
+{
+    const std::uint64_t bits = VxBitsPerPixel(code);
+    const VxPixelFormat* const format = VxFindPixelFormat(code);
+    const bool isReadable = bits % kBitsPerByte != 0 && format != nullptr && IsSequenceOfBits(*format);
+    const std::uint64_t pixels = std::uint64_t{widthPx} * heightPx; // 32 bits each
+    constexpr std::uint64_t kMostPixels = std::numeric_limits<std::size_t>::max() >> kBitsPerByte;
+    if (!isReadable || pixels == 0 || pixels > kMostPixels)
+        return std::nullopt;
+    return static_cast<std::size_t>(BytesOfBits(pixels * bits)); // below 2^56 times 255
 }
 
 std::optional<VxPictureLayout> VxLayOutPicture(std::uint32_t code, std::uint32_t widthPx,

@@ -135,6 +135,14 @@ struct VxPictureLayout {
     std::size_t usedBytes;   ///< the same without the padding behind the last row: up to the last pixel
 };
 
+/// Bytes of a packed picture whose rows run together: each begins at the bit behind the last one of the row
+/// before, and only the whole picture is rounded up to bytes.
+/// @return  empty when it has no size, or one that does not fit; for formats whose rows end with a byte
+///          anyway; and for those of which nobody says where a row would begin: unknown ones, and those whose
+///          pixels share components, as the last one of a row has nobody to share with
+[[nodiscard]] std::optional<std::size_t> VxJoinedPictureBytes(std::uint32_t code, std::uint32_t widthPx,
+                                                              std::uint32_t heightPx);
+
 /// Bytes of one row of colour pairs of a picture in two planes, without padding: at half width a pair takes
 /// as much as two pixels of brightness, and an odd last column has a pair of its own.
 [[nodiscard]] constexpr std::size_t VxChromaRowBytes(std::size_t lumaRowBytes)

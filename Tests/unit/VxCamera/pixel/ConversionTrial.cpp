@@ -48,9 +48,12 @@ struct KnownSource {
 KnownSource MakeSource(const ConversionCase& tried)
 {
     const auto layout = VxLayOutPicture(tried.code, tried.widthPx, tried.heightPx, tried.sourcePadding);
+    const std::size_t joinedBits =
+        std::size_t{tried.widthPx} * tried.heightPx * VxBitsPerPixel(tried.code); // small pictures
+    const std::size_t bytes = tried.areRowsJoined ? (joinedBits + 7) / 8 : layout->usedBytes;
     const unsigned seed = tried.widthPx * 1000 + tried.heightPx;
-    KnownSource known{{tried.widthPx, tried.heightPx,
-                       reference::RandomSource(layout->usedBytes, 1, 1, seed).bytes, tried.sourcePadding},
+    KnownSource known{{tried.widthPx, tried.heightPx, reference::RandomSource(bytes, 1, 1, seed).bytes,
+                       tried.sourcePadding, tried.areRowsJoined},
                       std::nullopt};
     known.expected = reference::FromFormat(VxFindPixelFormat(tried.code)->name, known.source);
     return known;
@@ -59,9 +62,10 @@ KnownSource MakeSource(const ConversionCase& tried)
 /// The same source is tried many times in a row, and the reference is slow.
 const KnownSource& SourceOf(const ConversionCase& tried)
 {
-    static std::optional<std::tuple<std::uint32_t, std::uint32_t, std::uint32_t, std::size_t>> lastKey;
+    static std::optional<std::tuple<std::uint32_t, std::uint32_t, std::uint32_t, std::size_t, bool>> lastKey;
     static KnownSource last;
-    const auto key = std::tuple{tried.code, tried.widthPx, tried.heightPx, tried.sourcePadding};
+    const auto key =
+        std::tuple{tried.code, tried.widthPx, tried.heightPx, tried.sourcePadding, tried.areRowsJoined};
     if (lastKey != key) {
         last = MakeSource(tried);
         lastKey = key;
@@ -90,9 +94,9 @@ void TryConversion(VxPixelConverter& converter, const ConversionCase& tried)
     const auto& [source, expected] = SourceOf(tried);
     GuardedPicture to(tried.targetCode, tried.targetWidthPx, tried.targetHeightPx, tried.targetPadding);
 
-    const VxResult result =
-        converter.Convert({source.bytes, tried.code, tried.widthPx, tried.heightPx, tried.sourcePadding},
-                          to.View(), tried.order);
+    const VxResult result = converter.Convert(
+        {source.bytes, tried.code, tried.widthPx, tried.heightPx, tried.sourcePadding, tried.areRowsJoined},
+        to.View(), tried.order);
 
     ASSERT_TRUE(result.IsOK()) << result.GetDescription().GetAscii();
     ASSERT_TRUE(expected);

@@ -18,6 +18,7 @@ struct ConversionCase {
     std::size_t sourcePadding;
     std::size_t targetPadding;
     VxRowOrder order;
+    bool areRowsJoined = false; ///< of the source; then without padding
 };
 
 /// One converter for every set that this processor has.

@@ -36,6 +36,8 @@ public:
 
     [[nodiscard]] double At(std::size_t index, std::size_t y, std::size_t plane = 0) const
     {
+        if (m_source.areRowsJoined)
+            return Level(m_format, m_source.bytes, y * ComponentsPerRow(m_format, m_source.widthPx) + index);
         const std::size_t stride = m_rowBytes + m_source.rowPaddingBytes;
         const std::size_t first = (plane * m_source.heightPx + y) * stride;
         return Level(m_format, std::span(m_source.bytes).subspan(first, m_rowBytes), index);

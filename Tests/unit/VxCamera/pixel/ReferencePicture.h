@@ -30,6 +30,7 @@ struct Source {
     std::size_t heightPx = 0;
     std::vector<std::uint8_t> bytes;
     std::size_t rowPaddingBytes = 0; ///< behind each row of each plane
+    bool areRowsJoined = false;      ///< they are one sequence of components
 };
 
 /// A picture of random bytes without padding; every seed gives another one, the same on every system.
