@@ -525,6 +525,8 @@ void BlockAssembler::LearnEnd(const OpenBlock& block)
     m_isSilenceBelieved = m_isSilenceBelieved || (isUnanswered && end != 0);
     m_believed.areAll = m_believed.areAll || (block.IsDone() && block.IsEndBelieved());
     m_believed.same = m_sameCutEnds >= kSameCutEnds ? end : 0;
+    if (const auto areJoined = block.AreLinesJoined())
+        m_believed.joinedFormat = *areJoined ? block.Geometry().pixelFormat : 0;
     for (std::size_t i = 0; i < m_openCount; ++i)
         m_open[i]->Believe(m_believed);
 }

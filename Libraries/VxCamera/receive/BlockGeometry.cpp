@@ -42,6 +42,10 @@ void SetSizes(BlockGeometry& geometry, std::size_t imagePaddingBytes)
     geometry.imageBytes = layout->totalBytes + imagePaddingBytes;
     geometry.leastImageBytes = geometry.imageBytes;
     geometry.joinedImageBytes = JoinedBytes(geometry, layout->totalBytes) + imagePaddingBytes;
+    // Lines with padding between them do not run together.
+    const auto joined = VxJoinedPictureBytes(geometry.pixelFormat, geometry.widthPx, geometry.heightPx);
+    geometry.joinedMemoryBytes = geometry.linePaddingBytes == 0 ? joined.value_or(0) : 0;
+    geometry.areLinesJoined = false;
 }
 
 /// For the leader of an image as for the descriptor of a part: both have the same fields.
@@ -86,14 +90,34 @@ void TakeFirstImage(BlockGeometry& geometry, std::span<const std::byte> leader)
             continue;
         TakeFields(geometry, *part);
         geometry.partId = static_cast<std::uint8_t>(i); // below 256
-        if (geometry.code == VxError::Ok && part->lengthBytes > geometry.imageBytes)
-            geometry.imageBytes =
-                static_cast<std::size_t>(part->lengthBytes); // 48 bits: it says how much comes
+        // It says how much comes.
+        const auto length = static_cast<std::size_t>(part->lengthBytes); // 48 bits
+        if (geometry.code == VxError::Ok && geometry.IsReadableJoined(length))
+            geometry = WithJoinedLines(geometry);
+        else if (geometry.code == VxError::Ok && length > geometry.imageBytes)
+            geometry.imageBytes = length;
         return;
     }
 }
 
 } // namespace
+
+BlockGeometry WithJoinedLines(const BlockGeometry& geometry)
+{
+    BlockGeometry joined = geometry;
+    joined.areLinesJoined = true;
+    joined.memoryBytes = geometry.joinedMemoryBytes;
+    joined.imageBytes = geometry.joinedImageBytes;
+    joined.leastImageBytes = geometry.joinedImageBytes;
+    return joined;
+}
+
+BlockGeometry WithRoundedLines(const BlockGeometry& geometry)
+{
+    BlockGeometry rounded = geometry;
+    SetSizes(rounded, geometry.joinedImageBytes - geometry.joinedMemoryBytes); // no line has padding
+    return rounded;
+}
 
 bool IsSameShape(const BlockGeometry& a, const BlockGeometry& b)
 {
@@ -128,7 +152,7 @@ BlockGeometry WithHeight(const BlockGeometry& geometry, std::uint32_t heightPx)
     BlockGeometry shorter = geometry;
     shorter.heightPx = heightPx;
     SetSizes(shorter, 0); // the padding behind the image is not needed for it
-    return shorter;
+    return geometry.areLinesJoined ? WithJoinedLines(shorter) : shorter;
 }
 
 } // namespace receive

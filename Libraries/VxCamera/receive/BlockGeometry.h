@@ -36,15 +36,23 @@ struct BlockGeometry {
     std::size_t imageBytes = 0;       ///< on the wire: with the padding of every line and of the image
     std::size_t leastImageBytes = 0;  ///< the same without what a part announces beyond its lines
     std::size_t joinedImageBytes = 0; ///< on the wire, from a camera that does not round lines up to whole
-                                      ///< bytes: a picture that cannot be read by lines
-    std::size_t memoryBytes = 0;      ///< up to the last pixel: what a buffer must hold
+                                      ///< bytes but lets them run together
+    /// The same up to the last pixel; 0: of a picture that can only be read when each line begins with a byte
+    std::size_t joinedMemoryBytes = 0;
+    bool areLinesJoined = false; ///< they run together, and the other sizes are those of such a picture
+    std::size_t memoryBytes = 0; ///< up to the last pixel: what a buffer must hold
 
     bool operator==(const BlockGeometry&) const = default;
 
-    /// Whether so many bytes are those of a picture whose lines run together.
+    /// Whether so many bytes are those of a picture whose lines run together, and of no other.
     [[nodiscard]] bool IsJoined(std::size_t bytes) const
     {
         return bytes == joinedImageBytes && bytes != leastImageBytes;
+    }
+    /// Whether so many bytes are those of such a picture, and it can be read.
+    [[nodiscard]] bool IsReadableJoined(std::size_t bytes) const
+    {
+        return joinedMemoryBytes != 0 && IsJoined(bytes);
     }
 };
 
@@ -58,6 +66,13 @@ struct BlockGeometry {
 /// @return  code Truncated when the leader is cut
 [[nodiscard]] BlockGeometry ReadGeometry(std::span<const std::byte> leader,
                                          const std::optional<PictureShape>& ofCamera = std::nullopt);
+
+/// The same picture with lines that run together; a part whose leader tells so many bytes is one already.
+/// @param geometry  with joinedMemoryBytes
+[[nodiscard]] BlockGeometry WithJoinedLines(const BlockGeometry& geometry);
+
+/// The same picture with lines that begin with a byte.
+[[nodiscard]] BlockGeometry WithRoundedLines(const BlockGeometry& geometry);
 
 /// The same picture with fewer lines; for trailers that say so.
 /// @param heightPx  1 to geometry's height

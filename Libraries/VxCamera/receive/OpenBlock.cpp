@@ -102,7 +102,10 @@ OpenBlock::Effect OpenBlock::OnLeader(const BlockGeometry& geometry, Time now)
     m_lastFound.reset();
     if (geometry.code == VxError::Truncated)
         return Effect::Malformed;
-    if (m_hasLeader && geometry == m_geometry) {
+    const auto rounded = [](const BlockGeometry& of) {
+        return of.areLinesJoined ? WithRoundedLines(of) : of; // as the leader tells it, whatever was learnt
+    };
+    if (m_hasLeader && rounded(geometry) == rounded(m_geometry)) {
         m_lastPacketTime = now;
         return Effect::Duplicate;
     }
@@ -111,6 +114,8 @@ OpenBlock::Effect OpenBlock::OnLeader(const BlockGeometry& geometry, Time now)
         Forget(); // another block under the same id, or not the kind that it was taken for without its leader
     m_geometry = geometry;
     m_hasLeader = true;
+    if (m_start.believed.joinedFormat == geometry.pixelFormat)
+        JoinLines();
     Follow(0, now);
     WithdrawCutEnd(now);
     WithdrawCutPieces(now);
@@ -120,8 +125,8 @@ OpenBlock::Effect OpenBlock::OnLeader(const BlockGeometry& geometry, Time now)
 /// Whether payload goes into the buffer.
 bool OpenBlock::IsStored() const
 {
-    const bool fits =
-        !m_hasLeader || (m_geometry.code == VxError::Ok && m_geometry.memoryBytes <= Capacity());
+    const std::size_t least = IsJoinable() ? m_geometry.joinedMemoryBytes : m_geometry.memoryBytes;
+    const bool fits = !m_hasLeader || (m_geometry.code == VxError::Ok && least <= Capacity());
     return m_buffer != nullptr && fits;
 }
 
@@ -333,8 +338,13 @@ void OpenBlock::WithdrawCutEnd(Time now)
     const std::size_t bytes = isShort ? m_shortBytes : ofOnlyOne;
     const bool isCut = IsCutEnd(last, bytes) || (isInDoubt && IsChunkListCut());
     const unsigned asks = isInDoubt && m_lastFound ? m_lastFound->asks : 0;
-    if (!isCut || IsEndAgain(last, bytes, asks) || !isInDoubt)
+    if (!isCut || IsEndAgain(last, bytes, asks))
         return;
+    if (!isInDoubt) {
+        if (IsCutAtJoinedEnd())
+            JoinLines();
+        return;
+    }
     Withdraw(last, bytes, now);
     m_cutAsks = 0; // it begins anew
     m_shortId = 0;
@@ -346,6 +356,8 @@ void OpenBlock::WithdrawCutEnd(Time now)
 void OpenBlock::Store(std::uint64_t offset, std::span<const std::byte> data)
 {
     m_payloadBytes += data.size();
+    if (m_geometry.areLinesJoined && m_payloadBytes > m_geometry.imageBytes)
+        m_geometry = WithRoundedLines(m_geometry); // they do not run together in this one
     if (offset >= Capacity())
         return;
     const auto place = m_buffer->memory.subspan(static_cast<std::size_t>(offset)); // below the capacity

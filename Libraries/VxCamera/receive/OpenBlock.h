@@ -22,8 +22,9 @@ enum class Arrival { InDatagram, AtPlace };
 
 /// Where last packets may end although trailer or list of chunks tell otherwise.
 struct BelievedEnds {
-    bool areAll = false;    ///< wherever the picture is whole
-    std::uint64_t same = 0; ///< where blocks in a row ended, in bytes of payload; 0 = they did not
+    bool areAll = false;            ///< wherever the picture is whole
+    std::uint64_t same = 0;         ///< where blocks in a row ended, in bytes of payload; 0 = they did not
+    std::uint32_t joinedFormat = 0; ///< pixel format whose lines run together; 0 = none is known
 };
 
 /// One block while its packets arrive, in any order.
@@ -158,6 +159,9 @@ public:
     /// is
     [[nodiscard]] unsigned AsksForLast() const { return m_trailerId == 0 ? 0 : AsksFor(m_trailerId - 1); }
 
+    /// Whether the lines of a picture that is here run together; none: it does not tell, or lacks something.
+    [[nodiscard]] std::optional<bool> AreLinesJoined() const;
+
     /// How many packets were stored before it showed that they were cut.
     [[nodiscard]] std::uint64_t WithdrawnPackets() const { return m_withdrawnPackets; }
 
@@ -192,6 +196,14 @@ private:
     [[nodiscard]] BlockGeometry GeometryAsSent() const;
     [[nodiscard]] VxError Code(const BlockGeometry& sent) const;
     [[nodiscard]] bool IsJoined(const BlockGeometry& sent) const;
+    [[nodiscard]] bool IsJoinable() const;
+    [[nodiscard]] bool IsCutAtJoinedEnd() const;
+    void JoinLines();
+    /// @return  for a picture whose lines run together, as is certain
+    [[nodiscard]] VxError CodeOfJoined() const
+    {
+        return m_geometry.joinedMemoryBytes != 0 ? VxError::Ok : VxError::NotSupported;
+    }
     [[nodiscard]] std::optional<std::size_t> FirstChunkBytes() const;
     [[nodiscard]] VxError CodeOfChunkData() const;
     void Forget();

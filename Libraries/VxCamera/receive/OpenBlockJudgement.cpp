@@ -43,27 +43,72 @@ std::uint64_t OpenBlock::NeededBytes() const
 bool OpenBlock::LacksBytes(std::uint64_t bytes) const
 {
     const bool isPictureAlone = ToldChunkBytes() == 0;
+    const bool isUnreadable = isPictureAlone && !IsJoinable() && bytes <= Capacity();
     const bool isJoined =
-        isPictureAlone && bytes <= Capacity() &&
-        GeometryAsSent().IsJoined(static_cast<std::size_t>(bytes)); // not above the capacity
+        isUnreadable && GeometryAsSent().IsJoined(static_cast<std::size_t>(bytes)); // below the capacity
     return bytes < NeededBytes() && !isJoined;
 }
 
 /// Notes where a last packet ends that looks cut. One that comes again as it was, although it was asked for,
 /// was sent so; and so was one of a camera that cannot be asked when blocks before ended there. A picture
 /// that is cut is never believed.
+///
+/// A picture of packed lines may end earlier: where it ends when they run together. That is one single byte
+/// of all at which a packet may be cut, so one that ends there is taken for cut like any other, until it
+/// comes again or blocks before ended there. To pass, a cut would have to hit that byte twice, or three times
+/// where nobody answers, and nothing else of those blocks. Once it is known that lines of this pixel format
+/// run together, the block has that size, and a packet cut short leaves it with less.
 bool OpenBlock::IsEndAgain(std::uint32_t packetId, std::size_t bytes, unsigned asks)
 {
     const bool isStepKnown = packetId == 1 || m_payloadPackets > 0;
     if (!isStepKnown)
         return false;
     const std::uint64_t end = gvsp::PayloadOffset(packetId, m_stepBytes) + bytes;
-    const bool isPictureHere = end >= GeometryAsSent().leastImageBytes;
+    const BlockGeometry sent = GeometryAsSent();
+    const bool isJoined = IsJoinable() && sent.IsReadableJoined(end);
+    const bool isPictureHere = isJoined || end >= sent.leastImageBytes;
     const bool isSentAgain = end == m_cutEnd && asks > m_cutAsks;
-    m_isEndBelieved = isPictureHere && (isSentAgain || end == m_start.believed.same);
+    const bool isFormatKnown = isJoined && m_start.believed.joinedFormat == sent.pixelFormat;
+    const bool isAgain = isPictureHere && (isSentAgain || end == m_start.believed.same || isFormatKnown);
+    m_isEndBelieved = isAgain && !isJoined; // such a picture ends where it has to
     m_cutEnd = isPictureHere ? end : 0;
     m_cutAsks = asks;
-    return m_isEndBelieved;
+    if (isAgain && isJoined)
+        JoinLines();
+    return isAgain;
+}
+
+/// Whether only the length of the payload can tell that lines run together. Parts have a length of their own,
+/// and chunks a list that tells where the picture ends.
+bool OpenBlock::IsJoinable() const
+{
+    return m_hasLeader && m_geometry.code == VxError::Ok && m_geometry.joinedMemoryBytes != 0 && !PartId() &&
+           !m_geometry.payloadType.HasChunks();
+}
+
+/// From now on the block has the size of a picture whose lines run together, unless more has come already.
+void OpenBlock::JoinLines()
+{
+    if (IsJoinable() && m_payloadBytes <= m_geometry.joinedImageBytes)
+        m_geometry = WithJoinedLines(m_geometry);
+}
+
+/// Whether the last packet was taken for one that was cut, where lines that run together end.
+bool OpenBlock::IsCutAtJoinedEnd() const
+{
+    return IsJoinable() && GeometryAsSent().IsReadableJoined(CutEnd());
+}
+
+std::optional<bool> OpenBlock::AreLinesJoined() const
+{
+    if (!IsJoinable() || !IsStored() || !HasAllPackets())
+        return std::nullopt;
+    const BlockGeometry sent = GeometryAsSent();
+    if (sent.areLinesJoined)
+        return m_payloadBytes == sent.imageBytes ? std::optional(true) : std::nullopt;
+    const bool isTold =
+        sent.joinedImageBytes != sent.leastImageBytes && m_payloadBytes >= sent.leastImageBytes;
+    return isTold ? std::optional(false) : std::nullopt;
 }
 
 unsigned OpenBlock::AsksFor(std::uint32_t packetId) const
@@ -243,7 +288,7 @@ VxError OpenBlock::Code(const BlockGeometry& sent) const
         return VxError::MissingPackets;
     if (m_geometry.code != VxError::Ok)
         return m_geometry.code;
-    if (m_geometry.memoryBytes > Capacity())
+    if (m_geometry.memoryBytes > Capacity() && !IsCutAtJoinedEnd())
         return VxError::BufferTooSmall;
     if (m_isDamaged)
         return VxError::CameraError;
@@ -254,14 +299,14 @@ VxError OpenBlock::Code(const BlockGeometry& sent) const
         return VxError::MissingPackets;
     if (isChunkData)
         return LacksBytes(m_payloadBytes) ? VxError::MissingPackets : CodeOfChunkData();
-    if (IsJoined(sent))
-        return VxError::NotSupported;
+    if (IsJoined(sent)) // a list of chunks tells it; of a picture alone that could be read it were known
+        return m_geometry.payloadType.HasChunks() ? CodeOfJoined() : VxError::NotSupported;
     const bool isWhole = PartId() ? m_pieces.Cover(sent.leastImageBytes)
                                   : m_payloadBytes >= sent.leastImageBytes && !LacksBytes(m_payloadBytes);
     return isWhole ? VxError::Ok : VxError::MissingPackets;
 }
 
-/// Whether the lines of the picture run together, so that it cannot be read by lines.
+/// Whether the picture is as long as one whose lines run together.
 bool OpenBlock::IsJoined(const BlockGeometry& sent) const
 {
     if (!m_geometry.payloadType.HasChunks())
@@ -278,7 +323,7 @@ VxError OpenBlock::CodeOfChunkData() const
         return VxError::BufferTooSmall; // the list of chunks is at its end
     const auto first = FirstChunkBytes();
     if (first && m_geometry.IsJoined(*first))
-        return VxError::NotSupported;
+        return CodeOfJoined();
     return first && *first == m_geometry.leastImageBytes ? VxError::Ok : VxError::NotAnImage;
 }
 
@@ -287,9 +332,13 @@ BlockBuffer* OpenBlock::Finish(const BlockGeometry& lastGeometry)
     BlockBuffer* const buffer = m_buffer;
     if (buffer == nullptr)
         return nullptr;
-    const BlockGeometry sent = GeometryAsSent();
+    BlockGeometry sent = GeometryAsSent();
     BlockInfo& info = buffer->info;
     info.code = Code(sent);
+    const bool isJoined = info.code == VxError::Ok && IsJoined(sent);
+    const bool isRoomForJoined = sent.memoryBytes > Capacity() && IsCutAtJoinedEnd(); // and for nothing more
+    if (isJoined || isRoomForJoined)
+        sent = WithJoinedLines(sent);
     info.blockId = m_start.blockId;
     info.timestampTicks = m_geometry.timestampTicks;
     info.geometry = m_hasLeader ? sent : lastGeometry;

@@ -17,9 +17,12 @@ std::string PictureText(const PictureGeometry& picture)
 
 VxExpected<std::size_t> BytesOf(const PictureGeometry& geometry)
 {
+    const auto joined = VxJoinedPictureBytes(geometry.pixelType, geometry.widthPx, geometry.heightPx);
+    if (geometry.areLinesJoined && joined)
+        return *joined;
     const auto layout =
         VxLayOutPicture(geometry.pixelType, geometry.widthPx, geometry.heightPx, geometry.rowPaddingBytes);
-    if (!layout)
+    if (!layout || geometry.areLinesJoined)
         return VxResult(VxError::InvalidParameter, "no picture has " + PictureText(geometry) + " with " +
                                                        std::to_string(geometry.rowPaddingBytes) +
                                                        " bytes of row padding");

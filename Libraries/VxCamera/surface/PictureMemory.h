@@ -15,6 +15,8 @@ struct PictureGeometry {
     std::uint32_t rowPaddingBytes = 0;
     std::uint32_t offsetXPx = 0;
     std::uint32_t offsetYPx = 0;
+    bool areLinesJoined =
+        false; ///< packed rows that run together: each begins at the bit behind the last one
 };
 
 /// The picture of a buffer: memory of its own or of somebody else, and the geometry of what is in it.
@@ -60,6 +62,10 @@ public:
     /// @return  BUFFER_TOO_SMALL when the geometry needs more memory than there is, INVALID_PARAMETER when it
     ///          makes no picture; the buffer then holds none
     VxResult Describe(const PictureGeometry& geometry);
+
+    /// Whether the rows of the picture run together instead of beginning with a byte; only a received picture
+    /// can be so.
+    [[nodiscard]] bool AreLinesJoined() const { return m_geometry.areLinesJoined; }
 
     /// Forgets the picture, not the memory.
     void Clear();

@@ -88,5 +88,7 @@ VxResult VxBufferConverter::Convert(const VxBuffer& source, VxBuffer& destinatio
     if (!HasPicture(to))
         return NoDestination(*from, given);
     const auto order = flip == VxVerticalFlip::On ? VxRowOrder::BottomUp : VxRowOrder::TopDown;
-    return m_impl->pixels.Convert(ViewOf<const std::uint8_t>(*from), ViewOf<std::uint8_t>(*to), order);
+    auto view = ViewOf<const std::uint8_t>(*from);
+    view.areRowsJoined = source.Impl().picture.AreLinesJoined(); // the public image cannot tell
+    return m_impl->pixels.Convert(view, ViewOf<std::uint8_t>(*to), order);
 }

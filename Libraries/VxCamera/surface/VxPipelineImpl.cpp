@@ -66,9 +66,9 @@ void VxPipelineImpl::Slot::Describe()
         state.picture.Clear();
         return;
     }
-    const VxResult described =
-        state.picture.Describe({geometry.widthPx, geometry.heightPx, geometry.pixelFormat,
-                                geometry.linePaddingBytes, geometry.offsetXPx, geometry.offsetYPx});
+    const VxResult described = state.picture.Describe(
+        {geometry.widthPx, geometry.heightPx, geometry.pixelFormat, geometry.linePaddingBytes,
+         geometry.offsetXPx, geometry.offsetYPx, geometry.areLinesJoined});
     if (!described.IsOK())
         state.operationCode = described.Code();
 }

@@ -125,60 +125,6 @@ TEST_F(BlockAssemblerDamageTest, APacketThatIsTooLongDoesNotReplaceTheStepOfTheB
     EXPECT_EQ(m_counters.packetsWrongSize.Value(), 1u);
 }
 
-/// Mono12p with lines of 961.5 bytes, which cameras round up or do not.
-class PackedLinesTest : public BlockAssemblerFixture {
-protected:
-    static constexpr std::uint32_t kWidthPx = 641;
-    static constexpr std::uint32_t kHeightPx = 31;
-    static constexpr std::size_t kRoundedBytes = std::size_t{962} * kHeightPx;
-    static constexpr std::size_t kJoinedBytes = 29'807; // 961.5 * 31, rounded up
-
-    PackedLinesTest()
-    {
-        m_stream.leader = StreamPackets::Mono8(kWidthPx, kHeightPx);
-        m_stream.leader.pixelFormat = 0x010C0047; // Mono12p
-        m_stream.payloadBytes = kRoundedBytes;
-        m_stream.stepBytes = 1464;
-    }
-
-    FakeSink m_largeSink{4, kRoundedBytes};
-    BlockAssembler m_large{{}, m_largeSink, m_counters};
-
-    VxError Receive(const std::vector<Packet>& packets)
-    {
-        for (const Packet& packet : packets)
-            m_large.OnPacket(packet, m_now);
-        m_now += 300ms;
-        m_large.OnTime(m_now);
-        return m_largeSink.delivered.back().info.code;
-    }
-};
-
-TEST_F(PackedLinesTest, APacketCutShortIsNeverGood)
-{
-    std::uint64_t id = 0;
-    EXPECT_EQ(Receive(m_stream.Block(++id)), VxError::Ok);
-    const std::size_t lastBytes = kRoundedBytes % m_stream.stepBytes;
-    for (std::size_t cut = 1; cut < lastBytes; ++cut) {
-        auto packets = m_stream.Block(++id);
-        auto& last = packets[packets.size() - 2];
-        last.resize(last.size() - cut);
-        ASSERT_NE(Receive(packets), VxError::Ok) << cut;
-        ASSERT_EQ(m_largeSink.delivered.size(), id);
-        m_largeSink.delivered.clear();
-        m_largeSink.delivered.resize(id); // the pictures take much memory
-    }
-}
-
-TEST_F(PackedLinesTest, LinesThatRunTogetherAreNotPassedAsAPicture)
-{
-    m_stream.payloadBytes = kJoinedBytes;
-    EXPECT_EQ(Receive(m_stream.Block(1)), VxError::NotSupported);
-    auto packets = m_stream.Block(2);
-    packets.pop_back(); // without its trailer
-    EXPECT_NE(Receive(packets), VxError::Ok);
-}
-
 TEST_F(BlockAssemblerDamageTest, APacketUnderAnIdBehindTheTrailerHidesNoHole)
 {
     m_stream.leader = StreamPackets::Mono8(40, 50); // smaller than the buffer

@@ -100,6 +100,24 @@ TEST(BlockGeometryTest, LinesThatRunTogetherAreRoundedUpOnce)
     EXPECT_FALSE(geometry.IsJoined(20));
 }
 
+TEST(BlockGeometryTest, JoinedLinesCanBeTakenBack)
+{
+    auto leader = StreamPackets::Mono8(3, 5);
+    leader.pixelFormat = 0x010A0046; // Mono10p: 150 bits
+    leader.imagePaddingBytes = 7;
+    const BlockGeometry rounded = Read(leader);
+
+    const BlockGeometry joined = WithJoinedLines(rounded);
+
+    EXPECT_EQ(joined.imageBytes, 19u + 7);
+    EXPECT_EQ(joined.leastImageBytes, 19u + 7);
+    EXPECT_EQ(joined.memoryBytes, 19u);
+    EXPECT_TRUE(joined.areLinesJoined);
+    EXPECT_EQ(WithRoundedLines(joined), rounded);
+    EXPECT_EQ(WithHeight(joined, 3).memoryBytes, 12u); // 90 bits
+    EXPECT_TRUE(WithHeight(joined, 3).areLinesJoined);
+}
+
 TEST(BlockGeometryTest, FewerLinesAreASmallerPicture)
 {
     const BlockGeometry shorter = WithHeight(ReadGeometry(kLeader), 100);

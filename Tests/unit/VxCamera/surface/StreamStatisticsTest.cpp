@@ -206,8 +206,10 @@ TEST_F(StreamStatisticsTest, ABlockWhoseLinesRunTogetherSaysSoAndWhatHelps)
 {
     Start();
     m_packets.leader = receive::StreamPackets::Mono8(11, 10);
-    m_packets.leader.pixelFormat = 0x010C0047; // Mono12p: 132 bits a line, 17 bytes when it is rounded up
-    m_packets.payloadBytes = 11 * 10 * 12 / 8;
+    // YCbCr422_10p, of which nobody says where such a line would begin: 220 bits a line, 28 bytes when it is
+    // rounded up.
+    m_packets.leader.pixelFormat = 0x02140087;
+    m_packets.payloadBytes = 11 * 10 * 20 / 8;
     m_stream.Put(m_packets, 1);
     EXPECT_EQ(Next()->GetOperationResult().Code(), VxError::NotSupported);
 
