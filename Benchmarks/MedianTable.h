@@ -24,8 +24,7 @@ public:
 
     /// What a work is to keep to; the table of all programs tells whether it does.
     /// @param goal  a multiple of the better of the others, as "1.3 x", or of one of them, as "1 x OpenCV",
-    /// or
-    ///              a time, as "10 ms"; several with commas between
+    ///              or a time, as "10 ms"; several with commas between
     static void AddGoal(const std::string& work, const std::string& goal);
 
     /// Works of one row stand in one line of the table of all programs, with the one that does worst.

@@ -9,8 +9,7 @@
 namespace vxctl {
 
 /// @return  the text without control characters, which would reach the terminal: each becomes '?'. A camera's
-/// texts
-///          are not to be trusted.
+///          texts are not to be trusted.
 [[nodiscard]] std::string Printable(std::string_view text);
 
 /// @return  number of characters, which is the number of columns for the letters that cameras use

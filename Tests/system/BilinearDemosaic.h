@@ -18,8 +18,7 @@ public:
                      Filter secondRow[2]);
 
     /// @return  each component as the mean of the nearest pixels that have it, rounded; at the edges of the
-    /// picture
-    ///          continued as its mirror image about the outermost pixel
+    ///          picture continued as its mirror image about the outermost pixel
     [[nodiscard]] simulator::Colour At(std::uint32_t xPx, std::uint32_t yPx) const;
 
 private:

@@ -33,8 +33,7 @@ protected:
     }
 
     /// @return  whether the frame is, pixel for pixel, what a camera of this format and the other camera's
-    /// size
-    ///          sends as this number
+    ///          size sends as this number
     static bool IsPictureOf(const char* pixelFormat, std::uint32_t number, const CaughtFrame& frame,
                             const vxgrab::FrameFormat& format)
     {

@@ -54,8 +54,7 @@ public:
     [[nodiscard]] VxExpected<FoundCamera> Find(const ConnectionId& id, std::chrono::milliseconds timeout);
 
     /// @return  the interface on which a camera with this address answered last; for an unknown one that
-    /// whose
-    ///          subnet the address is in, or else the one to which the system's routes lead
+    ///          whose subnet the address is in, or else the one to which the system's routes lead
     [[nodiscard]] VxExpected<transport::NetworkInterface> InterfaceTowards(transport::Ipv4Address remote);
 
 private:

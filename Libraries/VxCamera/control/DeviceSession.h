@@ -85,8 +85,7 @@ public:
     void SetHeartbeat(bool isOn);
 
     /// @param interval  between heartbeats; 0 = a third of the camera's time-out, which is the usual. At most
-    /// half
-    ///                  of the time-out is used.
+    ///                  half of the time-out is used.
     void SetHeartbeatInterval(std::chrono::milliseconds interval);
     [[nodiscard]] std::chrono::milliseconds HeartbeatInterval() const;
 

@@ -13,7 +13,8 @@ namespace receive {
 /// What a finished block is.
 struct BlockInfo {
     /// Ok, MissingPackets, BufferTooSmall, NotAnImage, CameraError (the camera lost data), InvalidData (its
-    /// leader makes no sense), NotSupported (its lines run together); NotInitialized: never filled
+    /// leader makes no sense), NotSupported (its lines run together, in a way that cannot be read);
+    /// NotInitialized: never filled
     VxError code = VxError::NotInitialized;
     std::uint64_t blockId = 0;
     std::uint64_t timestampTicks = 0;

@@ -51,8 +51,7 @@ public:
     [[nodiscard]] std::optional<transport::Ipv4Address> Group() const { return m_group; }
 
     /// @param opener  called with the socket when reception begins, and every few seconds while nothing
-    /// arrives,
-    ///                by the receiver's thread: must not wait long, nor throw. Before Start
+    ///                arrives, by the receiver's thread: must not wait long, nor throw. Before Start
     void SetWayOpener(std::function<void(transport::IUdpSocket&)> opener) { m_wayOpener = std::move(opener); }
 
     /// From now on; at once, also while it runs.

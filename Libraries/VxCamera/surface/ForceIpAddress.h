@@ -19,8 +19,7 @@ struct ForcedIpAddress {
 /// @param timeoutMs  how long cameras have to answer, and then how long the new address may take; at least a
 ///                   second is good for real cameras
 /// @return  OK when the camera answers with its new address; INVALID_PARAMETER for a text that is no address,
-/// and
-///          for an address that no camera can have or that somebody else has; NOT_FOUND; AMBIGUOUS;
+///          and for an address that no camera can have or that somebody else has; NOT_FOUND; AMBIGUOUS;
 ///          ACCESS_DENIED when an application controls the camera; NOT_SUPPORTED or CAMERA_ERROR when it
 ///          refuses; TIMEOUT when it does not come back; NETWORK_ERROR. The description says which camera and
 ///          why.

@@ -22,8 +22,7 @@ public:
     VxConfigurationReader& operator=(const VxConfigurationReader&) = delete;
 
     /// @return  INVALID_DATA for a text that no writer wrote, with the character at which it is wrong; the
-    /// reader then
-    ///          holds nothing
+    ///          reader then holds nothing
     VxResult LoadFromString(const VxString& text);
 
     [[nodiscard]] std::size_t GetDeviceCount() const;
@@ -32,8 +31,7 @@ public:
     /// Writes a stored configuration into a camera.
     /// @param index  from 0
     /// @return  NOT_FOUND for an index without one; otherwise the first failure, with a description of all
-    /// features that
-    ///          refused and why, after all were tried
+    ///          features that refused and why, after all were tried
     VxResult Restore(std::size_t index, VxDevice* device) const;
     VxResult Restore(std::size_t index, VxStream* stream) const;
 

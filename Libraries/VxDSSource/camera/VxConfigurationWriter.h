@@ -24,8 +24,7 @@ public:
     /// empty). What selectors select is read for each of their values; afterwards the selectors are as they
     /// were.
     /// @return  NOT_CONNECTED, LINK_LOST: nothing was added; otherwise the first failure, with a description
-    /// of all
-    ///          features that could not be read, after the others were added
+    ///          of all features that could not be read, after the others were added
     VxResult Store(VxDevice* device, const VxString& name);
 
     /// Adds the receiver's writable features, under a name (may be empty).

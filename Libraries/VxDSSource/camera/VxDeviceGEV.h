@@ -14,8 +14,7 @@ public:
     /// @param port       its UDP port
     /// @param channel    stream channel, from 0
     /// @return  INVALID_PARAMETER for a text that is no address and for a channel that the camera does not
-    /// have; the
-    ///          camera's refusal; what the link says
+    ///          have; the camera's refusal; what the link says
     virtual VxResult SetStreamDestination(const VxString& ipAddress, std::uint16_t port,
                                           std::uint32_t channel) = 0;
 

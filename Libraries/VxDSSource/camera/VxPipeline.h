@@ -32,8 +32,7 @@ public:
     VxResult SetBufferCount(std::uint32_t count);
 
     /// @param handle  true: a buffer that is too small for an image is enlarged for the next one, so that at
-    /// most one
-    ///                image is lost
+    ///                most one image is lost
     void SetHandleBufferTooSmall(bool handle);
 
     /// Allocates the buffers and starts reception. OK when already started, and nothing changes.

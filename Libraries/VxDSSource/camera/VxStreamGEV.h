@@ -21,19 +21,16 @@ public:
     /// Opens a unicast receiver.
     ///
     /// @param connectionId    the camera; only its packets count. A camera that cannot be found is no error:
-    /// the
-    ///                        first sender of a leader is then taken for it.
+    ///                        the first sender of a leader is then taken for it.
     /// @param localPort       UDP port to listen on; 0 = any free one
     /// @param channel         stream channel of the camera, from 0. Receiving does not need it: the packets
-    /// of a
-    ///                        channel come to the port that was named for it, and whoever asks for lost ones
-    ///                        knows the channel from the device
+    ///                        of a channel come to the port that was named for it, and whoever asks for lost
+    ///                        ones knows the channel from the device
     /// @param localIpAddress  dotted address to listen on; empty = every address of this host for a fixed
     ///                        port, to which somebody else directs the stream. For a free port it is that of
     ///                        the interface through which the camera is reached, where that is known
     /// @param bufferCapacity  how many buffers can be filled at the same time, that is how many blocks can be
-    /// waited
-    ///                        for; 0 = no wish, more than 64 count as 64
+    ///                        waited for; 0 = no wish, more than 64 count as 64
     /// @return  ALREADY_OPEN, PORT_IN_USE (also when the other receiver listens on another address and one of
     ///          the two on every address), NETWORK_ERROR; nothing stays open on failure
     VxResult Open(const VxString& connectionId, std::uint16_t localPort, std::uint16_t channel,

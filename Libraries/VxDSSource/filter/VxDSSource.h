@@ -120,8 +120,7 @@ private:
 
     /// Calls the pin; nothing is thrown out, and nothing is allocated on the way.
     /// @return  what the call returns; E_OUTOFMEMORY, also when there was no memory for a pin; E_FAIL for
-    /// every
-    ///          other exception, because E_UNEXPECTED tells that features are not there
+    ///          every other exception, because E_UNEXPECTED tells that features are not there
     template <typename Call>
     [[nodiscard]] HRESULT OnPin(Call&& call)
     {

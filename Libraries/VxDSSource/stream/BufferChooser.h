@@ -46,8 +46,7 @@ private:
 /// as dropped. At most one good buffer is held at a time.
 ///
 /// @param dropThreshold  with more buffers than this waiting, the one in hand is skipped; 0 = take the first
-/// good one.
-///                       Compared as a signed number.
+///                       good one. Compared as a signed number.
 /// @param isWantedElsewhere  asked between buffers: true ends the search with what is in hand. Without it a
 ///                           camera that sends incomplete images only, or faster than they are skipped, would
 ///                           never let go.

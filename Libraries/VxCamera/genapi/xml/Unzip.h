@@ -17,8 +17,7 @@ namespace genapi {
 ///
 /// @param archive  at most 4 GiB
 /// @return  the unpacked file; INVALID_DATA for an archive that is damaged, empty, or whose file has more
-/// than
-///          64 MiB; NOT_SUPPORTED for an encrypted file and for other ways of packing; OUT_OF_MEMORY
+///          than 64 MiB; NOT_SUPPORTED for an encrypted file and for other ways of packing; OUT_OF_MEMORY
 [[nodiscard]] VxExpected<std::string> Unzip(std::string_view archive);
 
 } // namespace genapi
