@@ -190,11 +190,11 @@ OpenBlock* BlockAssembler::BlockOf(const gvsp::Packet& packet, Time now)
         if (m_open[i]->BlockId() != header.blockId)
             continue;
         if (!m_restarts.IsProven(packet))
-            return m_open[i];
+            return IsOfBefore(header, m_open[i]->AsksFor(header.packetId), now) ? nullptr : m_open[i];
         BeginAnew(now); // with the same id
         return &Open(packet, now);
     }
-    if (IsAboutResend(header.status))
+    if (IsAboutResend(header.status) || IsOfBefore(header, 0, now))
         return nullptr; // of a block that is finished
     // Before any block is finished, the newest that is open tells where the camera was: it may be a leader
     // without more.
@@ -209,6 +209,16 @@ OpenBlock* BlockAssembler::BlockOf(const gvsp::Packet& packet, Time now)
             BeginAnew(now);
     }
     return &Open(packet, now);
+}
+
+/// Whether a packet answers what was asked for before the camera began anew. The ids may be the same: it must
+/// not get into another picture.
+/// @param asks  how often the open block of its id has asked for it
+bool BlockAssembler::IsOfBefore(const gvsp::PacketHeader& header, unsigned asks, Time now) const
+{
+    constexpr auto kLongestAnswer = 1s; // chosen: no camera keeps packets for longer
+    return asks == 0 && IsAsking() && IsSentAgain(header) && !gvsp::HasLeader(header.format) &&
+           m_begunAnewAt && now - *m_begunAnewAt < kLongestAnswer;
 }
 
 /// Of chunk data only the blocks before tell how much comes behind the picture.
@@ -441,6 +451,7 @@ void BlockAssembler::BeginAnew(Time now)
             m_sink.GiveBack(*buffer);
     }
     ForgetAcquisition();
+    m_begunAnewAt = now;
 }
 
 /// The next block may have any id, and its chunks may be others.

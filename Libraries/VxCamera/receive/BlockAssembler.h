@@ -141,6 +141,7 @@ private:
     [[nodiscard]] std::optional<Time> NextAsking(Time now) const;
     [[nodiscard]] Time::duration TailTimeout() const;
     void BeginAnew(Time now);
+    [[nodiscard]] bool IsOfBefore(const gvsp::PacketHeader& header, unsigned asks, Time now) const;
     [[nodiscard]] OpenBlock& TakeOldest();
     void FinishOldest(Time now);
     void LearnFrom(const OpenBlock& block);
@@ -165,6 +166,7 @@ private:
     std::size_t m_mostOpen = kMostOpen;
     std::optional<std::uint64_t> m_lastFinished; // block id
     RestartWatch m_restarts;
+    std::optional<Time> m_begunAnewAt; // none: it has not
     gvsp::IdMode m_idMode = gvsp::IdMode::Standard;
     BlockGeometry m_lastGeometry;
     std::optional<PictureShape> m_cameraPicture;

@@ -1,3 +1,4 @@
+#include "AskingFixture.h"
 #include "BlockAssemblerFixture.h"
 
 #include <gtest/gtest.h>
@@ -250,6 +251,91 @@ TEST_F(BlockAssemblerRestartTest, AfterAnAbortNothingOfBeforeCounts)
     SendAll({block.begin() + 2, block.end()});
 
     ExpectPictures({50, 1});
+}
+
+/// A camera that is asked for packets, and begins anew before it has answered.
+class AskingRestartTest : public AskingFixture, public testing::Test {
+protected:
+    AskingRestartTest() { m_stream.leader.start.timestampTicks = 1000; }
+
+    /// As it is sent again, and with other bytes than another picture under the same ids has.
+    [[nodiscard]] static Packet SentAgain(Packet packet)
+    {
+        packet[0] = std::byte{1}; // the status PACKET_RESEND, 0x0100
+        packet[1] = std::byte{0};
+        for (std::size_t i = gvsp::HeaderBytes(gvsp::IdMode::Standard); i < packet.size(); ++i)
+            packet[i] ^= std::byte{0xFF};
+        return packet;
+    }
+    void ExpectPicture(std::uint64_t blockId)
+    {
+        const auto& picture = m_sink.delivered.back();
+        ASSERT_EQ(picture.info.code, VxError::Ok);
+        EXPECT_EQ(picture.info.blockId, blockId);
+        for (std::size_t offset = 0; offset < m_stream.payloadBytes; ++offset)
+            ASSERT_EQ(picture.memory[offset], StreamPackets::ByteAt(blockId, offset)) << offset;
+    }
+
+    StreamPackets m_stream;
+};
+
+TEST_F(AskingRestartTest, AnAnswerOfBeforeDoesNotGetIntoTheNewPicture)
+{
+    auto old = m_stream.Block(1);
+    const Packet lost = old[2];
+    old.erase(old.begin() + 2);
+    SendAll(old);
+    ASSERT_EQ(Asked().front(), (NotingChannel::Range{2, 2}));
+    m_stream.leader.start.timestampTicks = 2000;
+    const auto block = m_stream.Block(1);
+
+    Send(block[0]);
+    Send(SentAgain(lost));
+    SendAll({block.begin() + 1, block.end()});
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    EXPECT_EQ(m_sink.delivered[0].info.code, VxError::MissingPackets);
+    ExpectPicture(1);
+    EXPECT_EQ(m_counters.packetsLate.Value(), 1u);
+}
+
+TEST_F(AskingRestartTest, AnAnswerOfBeforeMakesNoBlockOfItsOwn)
+{
+    SendAll(m_stream.Block(500));
+    auto old = m_stream.Block(501);
+    const Packet lost = old[2];
+    old.erase(old.begin() + 2);
+    SendAll(old);
+    ASSERT_EQ(Asked().front(), (NotingChannel::Range{2, 2}));
+    m_stream.leader.start.timestampTicks = 2000;
+    const auto block = m_stream.Block(1);
+
+    Send(block[0]);
+    Send(SentAgain(lost));
+    SendAll({block.begin() + 1, block.end()});
+    ASSERT_EQ(m_sink.delivered.size(), 3u);
+    ExpectPicture(1);
+    SendAll(m_stream.Block(2));
+
+    ASSERT_EQ(m_sink.delivered.size(), 4u);
+    ExpectPicture(2);
+}
+
+TEST_F(AskingRestartTest, WhatTheNewPictureAsksForIsTaken)
+{
+    SendAll(m_stream.Block(1));
+    m_stream.leader.start.timestampTicks = 2000;
+    auto block = m_stream.Block(1);
+    Packet lost = block[2];
+    block.erase(block.begin() + 2);
+    SendAll(block);
+    ASSERT_EQ(Asked().front(), (NotingChannel::Range{2, 2}));
+    lost[0] = std::byte{1};
+
+    Send(lost);
+
+    ASSERT_EQ(m_sink.delivered.size(), 2u);
+    ExpectPicture(1);
 }
 
 } // namespace
