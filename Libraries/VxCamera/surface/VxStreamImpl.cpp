@@ -1,5 +1,6 @@
 #include "VxCamera/surface/VxStreamImpl.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "VxCamera/surface/StreamLinks.h"
@@ -7,15 +8,27 @@
 
 namespace {
 
+/// Whether an address is one of this host.
+bool IsOwn(CameraNetwork& network, transport::Ipv4Address address)
+{
+    const auto interfaces = network.Parts().interfaces.Interfaces();
+    // Where the system does not tell, whoever directs a stream knows better.
+    return address.IsLoopback() || !interfaces ||
+           std::ranges::find(*interfaces, address, &transport::NetworkInterface::address) !=
+               interfaces->end();
+}
+
 /// Whether what is sent to an address and port comes to this receiver.
-bool ReceivesAt(const receive::StreamReceiver& receiver, const transport::Ipv4Endpoint& sentTo)
+bool ReceivesAt(const receive::StreamReceiver& receiver, CameraNetwork& network,
+                const transport::Ipv4Endpoint& sentTo)
 {
     const auto local = receiver.Socket().LocalEndpoint();
     if (local.port != sentTo.port)
         return false;
     if (receiver.Group() || sentTo.address.IsMulticast())
         return receiver.Group() == sentTo.address;
-    return local.address == sentTo.address || local.address.IsUnspecified();
+    return local.address == sentTo.address ||
+           (local.address.IsUnspecified() && IsOwn(network, sentTo.address));
 }
 
 } // namespace
@@ -79,7 +92,7 @@ void VxStreamImpl::TakeLink(const transport::Ipv4Endpoint& receiver,
                             const std::shared_ptr<const receive::StreamLink>& link)
 {
     const VxLock lock(m_mutex);
-    if (m_receiver == nullptr || !ReceivesAt(*m_receiver, receiver))
+    if (m_receiver == nullptr || !ReceivesAt(*m_receiver, m_network, receiver))
         return;
     m_link = link;
     m_receiver->SetLink(link);

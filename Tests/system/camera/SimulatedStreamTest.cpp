@@ -70,6 +70,24 @@ TEST_F(SimulatedStreamTest, AFixedPortReceivesAtWhicheverAddressTheStreamIsDirec
     }
 }
 
+TEST_F(SimulatedStreamTest, AFixedPortTakesNoPartInAStreamThatIsDirectedToAnotherHost)
+{
+    StartCamera();
+    m_link.Connect(kAddress);
+    VxStreamGEV passive;
+    ASSERT_TRUE(passive.Open(kAddress, kFixedPort, 0, VxString(), 8).IsOK());
+    const auto isResendPossible = [&] {
+        VxString text;
+        EXPECT_TRUE(passive.GetParameters()->Get("ResendPossible")->ToString(text).IsOK());
+        return text == "true";
+    };
+
+    ASSERT_TRUE(m_link.Gev().SetStreamDestination("192.0.2.77", kFixedPort, 0).IsOK()); // of nobody
+    EXPECT_FALSE(isResendPossible());
+    ASSERT_TRUE(m_link.Gev().SetStreamDestination(kAnotherAddress, kFixedPort, 0).IsOK());
+    EXPECT_TRUE(isResendPossible());
+}
+
 TEST_F(SimulatedStreamTest, AFixedPortIsTakenOnceWhetherAtOneAddressOrAtEvery)
 {
     for (const char* first : {"", kAnotherAddress}) {
