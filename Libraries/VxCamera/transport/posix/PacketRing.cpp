@@ -193,23 +193,26 @@ VxExpected<std::unique_ptr<PacketRing>> PacketRing::Open(const DatagramRoute& ro
     if (auto configured = Configure(socket.Get(), route); !configured.IsOK())
         return configured;
     const bool hasRoomForRuns = AskForRoom(socket.Get());
+    auto longPacket = std::make_unique<std::byte[]>(kMostInFront + kLongestPacket);
     void* const memory = ::mmap(nullptr, kMemoryBytes, PROT_READ | PROT_WRITE, MAP_SHARED, socket.Get(), 0);
     if (memory == MAP_FAILED)
         return SystemFailure("map a packet ring", errno);
     const int handle = socket.Get();
-    auto ring = std::make_unique<PacketRing>(
-        std::move(socket), std::span(static_cast<std::byte*>(memory), kMemoryBytes), hasRoomForRuns);
+    auto ring = std::make_unique<PacketRing>(std::move(socket),
+                                             std::span(static_cast<std::byte*>(memory), kMemoryBytes),
+                                             hasRoomForRuns, std::move(longPacket));
     if (auto begun = Begin(handle, route.interfaceIndex); !begun.IsOK())
         return begun;
     return ring;
 }
 
-PacketRing::PacketRing(FileDescriptor socket, std::span<std::byte> memory, bool hasRoomForRuns)
+PacketRing::PacketRing(FileDescriptor socket, std::span<std::byte> memory, bool hasRoomForRuns,
+                       std::unique_ptr<std::byte[]> longPacket)
     : m_socket(std::move(socket)),
       m_memory(memory),
       m_slotCount(memory.size() / kBlockBytes * kSlotsOfBlock),
       m_hasRoomForRuns(hasRoomForRuns),
-      m_longPacket(std::make_unique<std::byte[]>(kMostInFront + kLongestPacket))
+      m_longPacket(std::move(longPacket))
 {
 }
 

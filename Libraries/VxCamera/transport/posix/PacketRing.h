@@ -25,8 +25,11 @@ public:
     /// must have the right to see raw packets, CAP_NET_RAW)
     [[nodiscard]] static VxExpected<std::unique_ptr<PacketRing>> Open(const DatagramRoute& route);
 
+    /// @param memory  mapped, to be unmapped
     /// @param hasRoomForRuns  see HasRoomForRuns
-    PacketRing(FileDescriptor socket, std::span<std::byte> memory, bool hasRoomForRuns);
+    /// @param longPacket  room for the longest packet
+    PacketRing(FileDescriptor socket, std::span<std::byte> memory, bool hasRoomForRuns,
+               std::unique_ptr<std::byte[]> longPacket);
     PacketRing(const PacketRing&) = delete;
     PacketRing& operator=(const PacketRing&) = delete;
     ~PacketRing();

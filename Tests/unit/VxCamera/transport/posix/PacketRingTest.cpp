@@ -21,6 +21,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <random>
@@ -287,12 +288,16 @@ int CollectingSockets()
 // Runs have no slots: they would wait where there is little room for them.
 TEST_F(PacketRingTest, AsksForNoRunsWhereTheSystemGrantsThemLittleRoom)
 {
+    // What it grants everybody; a machine that was tuned for cameras may have enough. It counts twice.
+    std::size_t limit = 0;
+    std::ifstream("/proc/sys/net/core/rmem_max") >> limit;
+    const bool isLittle = 2 * limit < m_receiver->ReceiveBufferBytes();
     ASSERT_EQ(CollectingSockets(), 1); // of the ring that the test has
-    Without(CAP_NET_ADMIN, [] {
+    Without(CAP_NET_ADMIN, [isLittle] {
         const auto socket = Open(OptionsAt(Ipv4Address::Loopback(), true));
 
         EXPECT_TRUE(socket->IsBacklogNear());
-        EXPECT_EQ(CollectingSockets(), 1);
+        EXPECT_EQ(CollectingSockets(), isLittle ? 1 : 2);
     });
     const auto socket = Open(OptionsAt(Ipv4Address::Loopback(), true));
     EXPECT_EQ(CollectingSockets(), 2);
