@@ -73,6 +73,9 @@ TEST(ShortWaitsOfWindowsTest, TheLostEndOfABlockIsAskedForAgainAndGivenUpLongBef
     OneBlockSink sink;
     const VxSteadyClock clock;
     StreamReceiver receiver(std::move(socket), clock, transport::Ipv4Address::Loopback());
+    AssemblySettings patient;
+    patient.blockTimeout = 2s; // also when a busy machine stands still for a while
+    receiver.SetSettings(patient);
     receiver.SetLink(link);
     ASSERT_TRUE(receiver.Start(sink).IsOK());
     const auto begin = clock.Now();
