@@ -18,8 +18,7 @@ enum class VxPayloadType : std::uint32_t {
 /// A buffer for one block, with the picture in it.
 ///
 /// Owner:  the VxPipeline for received ones (borrowed between RetrieveNextBuffer and ReleaseBuffer), else
-/// whoever
-///         made it.
+///         whoever made it.
 /// Thread: one at a time.
 class VxBuffer {
 public:

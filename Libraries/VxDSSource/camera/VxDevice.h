@@ -11,8 +11,7 @@ class VxGenParameterArray;
 ///
 /// Owner:  made by CreateAndConnect, given back with Free and in no other way.
 /// Thread: any; serialised inside. A lost link is noticed within the camera's heartbeat time-out; from then
-/// on
-///         IsConnected is false and every operation fails at once.
+///         on IsConnected is false and every operation fails at once.
 class VxDevice {
 public:
     VxDevice(const VxDevice&) = delete;

@@ -14,8 +14,7 @@ class VxStream;
 ///
 /// Owner:  whoever made it; deleted before its stream.
 /// Thread: Start, Stop and the setters from one thread at a time; RetrieveNextBuffer and ReleaseBuffer from
-/// one
-///         consumer thread, also while another stops the pipeline.
+///         one consumer thread, also while another stops the pipeline.
 class VxPipeline {
 public:
     /// @param stream  borrowed: outlives the pipeline; must not be null
