@@ -4,6 +4,7 @@
 #include "VxCamera/wire/gvsp/BlockLayout.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace receive {
@@ -105,7 +106,7 @@ void BlockAssembler::OnBlockPacket(const gvsp::Packet& packet, Arrival arrival, 
         return;
     }
     if (!gvcp::IsGood(header.status)) {
-        TakeStatus(header, *block);
+        TakeStatus(header, *block, now);
         if (IsAboutResend(header.status))
             return;
     }
@@ -119,7 +120,7 @@ void BlockAssembler::OnBlockPacket(const gvsp::Packet& packet, Arrival arrival, 
     if (const auto& found = block->LastFound(); found && m_policy.OnArrival(*found, now))
         m_counters.packetsRecovered.Add();
     if (m_openCount > 1 || block->IsDone())
-        FinishWhatIsDue(now);
+        FinishWhatIsOver(now);
 }
 
 OpenBlock::Effect BlockAssembler::Take(OpenBlock& block, const gvsp::Packet& packet, Arrival arrival,
@@ -168,9 +169,11 @@ void BlockAssembler::Count(OpenBlock::Effect effect)
     }
 }
 
-void BlockAssembler::TakeStatus(const gvsp::PacketHeader& header, OpenBlock& block)
+void BlockAssembler::TakeStatus(const gvsp::PacketHeader& header, OpenBlock& block, Time now)
 {
     m_counters.packetsErrorStatus.Add();
+    if (IsAboutResend(header.status))
+        m_policy.OnRefusal(now);
     if (IsResendDelay(header.status))
         return; // it is asked for again after the usual time
     if (!IsResendRefusal(header.status)) {
@@ -265,8 +268,15 @@ void BlockAssembler::MakeRoom(OpenBlock& block, const BlockGeometry& geometry, T
     BlockBuffer* const larger = m_sink.TakeFree(wanted);
     if (larger == nullptr)
         return;
-    const bool fits = larger->memory.size() >= geometry.memoryBytes;
-    m_sink.GiveBack(fits ? block.MoveTo(*larger, now) : *larger);
+    BlockBuffer* unused = larger;
+    try {
+        if (larger->memory.size() >= geometry.memoryBytes)
+            unused = &block.MoveTo(*larger, now);
+    } catch (const std::bad_alloc&) {
+        m_sink.GiveBack(*larger); // the block has still the other one
+        throw;
+    }
+    m_sink.GiveBack(*unused);
 }
 
 std::size_t BlockAssembler::Expect(std::span<ExpectedPacket> expected) const
@@ -298,10 +308,18 @@ std::optional<PacketGathering::Progress> BlockAssembler::NewestProgress() const
                                      block.LastAdvance()};
 }
 
-void BlockAssembler::FinishWhatIsDue(Time now)
+/// What becomes over by packets alone, whatever the time is: more of them may be here already.
+void BlockAssembler::FinishWhatIsOver(Time now)
 {
     MarkOvertaken(now);
-    while (m_openCount > 0 && IsOldestDue(now))
+    while (m_openCount > 0 && IsOldestOver())
+        FinishOldest(now);
+}
+
+void BlockAssembler::GiveUpWhatIsDue(Time now)
+{
+    MarkOvertaken(now);
+    while (m_openCount > 0 && (IsOldestOver() || IsOldestDue(now)))
         FinishOldest(now);
 }
 
@@ -333,17 +351,27 @@ bool BlockAssembler::IsHoped(const OpenBlock& block, Time now) const
     return IsAsking() && block.IsStored() && !m_policy.IsHopeless(block.Missing(), block.asking, now);
 }
 
-bool BlockAssembler::IsOldestDue(Time now) const
+/// Whether the camera has sent all of it, as far as anybody can tell.
+bool BlockAssembler::IsOldestEnded() const
 {
     const OpenBlock& block = *m_open[0];
-    if (block.IsDone())
-        return true;
-    if (block.overtakenAt && block.IsPictureWhole())
-        return true;
     // An end that nobody has seen is a guess: who does not answer either may only have paused.
     const bool isEndKnown = block.HasTrailer() || block.asking.isRefused;
-    const bool isEnded = block.overtakenAt || (block.IsEnded() && isEndKnown && block.asking.isGivenUp);
-    if (isEnded && !IsHoped(block, now))
+    return block.overtakenAt || (block.IsEnded() && isEndKnown && block.asking.isGivenUp);
+}
+
+bool BlockAssembler::IsOldestOver() const
+{
+    const OpenBlock& block = *m_open[0];
+    if (block.IsDone() || (block.overtakenAt && block.IsPictureWhole()))
+        return true;
+    const bool comesAgain = IsAsking() && block.IsStored() && !block.asking.isRefused;
+    return IsOldestEnded() && !comesAgain;
+}
+
+bool BlockAssembler::IsOldestDue(Time now) const
+{
+    if (IsOldestEnded() && !IsHoped(*m_open[0], now))
         return true;
     const auto deadline = DeadlineOf(0);
     return deadline && now >= *deadline;
@@ -419,10 +447,13 @@ std::optional<BlockAssembler::Time> BlockAssembler::NextAsking(Time now) const
     return next;
 }
 
-void BlockAssembler::OnTime(Time now)
+void BlockAssembler::OnTime(Time now, bool isBehind)
 {
     AskForMissing(now);
-    FinishWhatIsDue(now);
+    if (isBehind)
+        FinishWhatIsOver(now);
+    else
+        GiveUpWhatIsDue(now);
 }
 
 std::optional<BlockAssembler::Time> BlockAssembler::NextDeadline(Time now) const
@@ -462,6 +493,7 @@ void BlockAssembler::ForgetAcquisition()
     m_hasChunkLists = false;
     ForgetEnds();
     m_isAnswering = false;
+    m_policy.BeginAnew();
 }
 
 void BlockAssembler::ForgetEnds()

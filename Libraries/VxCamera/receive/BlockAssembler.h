@@ -104,8 +104,10 @@ public:
     /// @return  which kind of ids, and so which header, the stream has
     [[nodiscard]] gvsp::IdMode IdMode() const { return m_idMode; }
 
-    /// Gives up what has waited for too long.
-    void OnTime(Time now);
+    /// Asks for what is missing, and gives up what has waited for too long.
+    /// @param isBehind  packets are here that have not been looked at: they may be what is waited for, so
+    ///                  that nothing is given up
+    void OnTime(Time now, bool isBehind = false);
 
     /// @return  when OnTime must be called unless a packet comes before; none = not at all
     [[nodiscard]] std::optional<Time> NextDeadline(Time now) const;
@@ -129,9 +131,12 @@ private:
     [[nodiscard]] OpenBlock& Open(const gvsp::Packet& packet, Time now);
     void MakeRoom(OpenBlock& block, const BlockGeometry& geometry, Time now);
     void Count(OpenBlock::Effect effect);
-    void TakeStatus(const gvsp::PacketHeader& header, OpenBlock& block);
-    void FinishWhatIsDue(Time now);
+    void TakeStatus(const gvsp::PacketHeader& header, OpenBlock& block, Time now);
+    void FinishWhatIsOver(Time now);
+    void GiveUpWhatIsDue(Time now);
     void MarkOvertaken(Time now);
+    [[nodiscard]] bool IsOldestEnded() const;
+    [[nodiscard]] bool IsOldestOver() const;
     [[nodiscard]] bool IsOldestDue(Time now) const;
     [[nodiscard]] bool IsHoped(const OpenBlock& block, Time now) const;
     [[nodiscard]] std::optional<Time> DeadlineOf(std::size_t index) const;

@@ -54,6 +54,11 @@ constexpr nanoseconds kLeastSpread = 1ms;
 // Chosen: more doublings lead beyond any limit of the time.
 constexpr unsigned kMostDoublings = 6;
 
+// Chosen: a camera that has answered none of so many requests in a row is not waited for after the first one
+// of each packet. Where one packet in ten is lost, both ways, one camera in 20,000 is misjudged, until an
+// answer comes.
+constexpr unsigned kMuteProbes = 6;
+
 // Chosen: how soon a request that the second's budget did not allow is tried again.
 constexpr auto kBudgetPause = 1ms;
 
@@ -104,6 +109,12 @@ void ResendPolicy::NoteAsking(MissingRange& range, Time now)
 bool ResendPolicy::NoteAnswer(Time now)
 {
     ++m_answeredSince;
+    return EndPause(now);
+}
+
+/// @return  as NoteAnswer
+bool ResendPolicy::EndPause(Time now)
+{
     // The first probe asks for what a single loss has kept back, too: then it is answered as fast as usual.
     const bool isLoss = m_probes == 1 && now - m_probedAt <= AnswerTimeout();
     const bool isResumed = !isLoss && m_unansweredSince && now - *m_unansweredSince > AnswerTimeout();
@@ -112,6 +123,18 @@ bool ResendPolicy::NoteAnswer(Time now)
     m_unansweredSince.reset();
     m_probes = 0;
     return isResumed;
+}
+
+void ResendPolicy::BeginAnew()
+{
+    m_unansweredSince.reset();
+    m_probes = 0;
+}
+
+/// Whether the camera does not answer at all.
+bool ResendPolicy::IsMute() const
+{
+    return !m_meanAnswer && m_probes >= kMuteProbes;
 }
 
 /// How much of the second's budget can be saved up.
@@ -207,6 +230,8 @@ std::optional<ResendPolicy::Time> ResendPolicy::NextDue(const MissingRanges& mis
         return last && *last > now ? last : std::nullopt;
     }
     std::optional<Time> next;
+    if (const auto last = LastAnswerDue(missing, asking); IsMute() && last && *last > now)
+        next = last;
     for (const MissingRange& range : missing.All()) {
         if (range.asks >= kMostAsks)
             continue;
@@ -225,12 +250,15 @@ bool ResendPolicy::IsHopeless(const MissingRanges& missing, const BlockAsking& a
         const auto last = LastAnswerDue(missing, asking);
         return !last || now >= *last;
     }
+    if (const auto last = LastAnswerDue(missing, asking); IsMute() && last && now >= *last)
+        return true;
     return !missing.IsEmpty() && std::ranges::all_of(missing.All(), [&](const MissingRange& range) {
         return range.asks >= kMostAsks && now >= DueTime(range);
     });
 }
 
-/// @return  until when a block of which nothing more is asked for may still become whole; none: it cannot
+/// @return  until when a block of which nothing more is asked for may still become whole; none: it cannot, or
+/// not everything has been asked for
 std::optional<ResendPolicy::Time> ResendPolicy::LastAnswerDue(const MissingRanges& missing,
                                                               const BlockAsking& asking) const
 {

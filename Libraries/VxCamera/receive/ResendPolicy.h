@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <tuple>
 
 namespace receive {
 
@@ -90,6 +91,12 @@ public:
     /// A packet arrived that was sent again, but is here already, was cut, or comes too late.
     void OnUselessAnswer(Time now);
 
+    /// The camera has told that it will not, or cannot yet, send a packet again.
+    void OnRefusal(Time now) { std::ignore = EndPause(now); }
+
+    /// Another acquisition begins: nothing is asked for. What was learnt about the camera stays.
+    void BeginAnew();
+
     /// After which time without an answer packets are asked for again.
     [[nodiscard]] std::chrono::microseconds AnswerTimeout() const;
 
@@ -101,10 +108,12 @@ private:
 
     [[nodiscard]] Time DueTime(const MissingRange& range) const;
     [[nodiscard]] std::chrono::nanoseconds ProbePause() const;
+    [[nodiscard]] bool IsMute() const;
     [[nodiscard]] std::optional<Time> LastAnswerDue(const MissingRanges& missing,
                                                     const BlockAsking& asking) const;
     void NoteAsking(MissingRange& range, Time now);
     bool NoteAnswer(Time now);
+    bool EndPause(Time now);
     Verdict Spend(std::uint64_t packets, BlockAsking& asking, std::uint64_t blockPackets);
     [[nodiscard]] double MostTokens() const;
     void Refill(Time now);

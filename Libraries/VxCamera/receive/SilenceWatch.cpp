@@ -21,6 +21,7 @@ void SilenceWatch::Start(Time now)
 {
     OnPacket(now);
     m_openedAt.reset();
+    m_hasNewEnd = false;
 }
 
 void SilenceWatch::OnPacket(Time now)
@@ -46,9 +47,18 @@ SilenceWatch::Due SilenceWatch::OnTime(Time now)
     m_isTold = m_isTold || due.isSilent;
     m_areOthersTold = m_areOthersTold || (due.isSilent && m_haveOthersCome);
     due.opensWay = !m_openedAt || (now - *m_openedAt >= kOpeningPause && now - m_lastPacket >= kOpeningPause);
-    if (due.opensWay)
+    due.joinsAgain = due.opensWay && !m_hasNewEnd;
+    if (due.opensWay) {
         m_openedAt = now;
+        m_hasNewEnd = false;
+    }
     return due;
+}
+
+void SilenceWatch::OpenWayAgain()
+{
+    m_hasNewEnd = m_openedAt.has_value();
+    m_openedAt.reset();
 }
 
 SilenceWatch::Time SilenceWatch::NextDue() const

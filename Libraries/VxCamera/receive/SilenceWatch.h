@@ -22,6 +22,7 @@ public:
         bool isSilent = false;
         bool haveOthersCome = false; ///< in that silence
         bool opensWay = false;       ///< it is time to send a packet that opens the way
+        bool joinsAgain = false;     ///< and to see to it that packets can come: reception begins, or none do
     };
 
     /// Reception begins.
@@ -37,7 +38,7 @@ public:
     [[nodiscard]] Due OnTime(Time now);
 
     /// The way has another end: it is opened at once.
-    void OpenWayAgain() { m_openedAt.reset(); }
+    void OpenWayAgain();
 
     /// @return  when OnTime must be called unless a packet comes before
     [[nodiscard]] Time NextDue() const;
@@ -46,6 +47,7 @@ private:
     Time m_lastPacket;
     Time m_silentSince;             // since then, or since that was told last
     std::optional<Time> m_openedAt; // none: not yet
+    bool m_hasNewEnd = false;       // the way, and that is why it is opened
     bool m_isTold = false;
     bool m_haveOthersCome = false; // in this silence
     bool m_areOthersTold = false;

@@ -27,6 +27,9 @@ constexpr auto kPauseAfterError = 50ms;
 // Chosen: more than any socket buffer holds, so that a sender that does not pause cannot hold up a start.
 constexpr int kMostDropped = 100'000;
 
+// Chosen: in this time a whole socket buffer is emptied, at a tenth of the speed of a copy.
+constexpr auto kLongestCatchingUp = 100ms;
+
 // Chosen: so many leaders without a single payload packet are no accident: the packets are too large for the
 // network.
 constexpr unsigned kBlocksWithoutPayload = 3;
@@ -161,6 +164,7 @@ void StreamReceiver::Run(Landing& landing)
     const auto priority = transport::RaiseThreadPriority();
     m_silence.Start(m_clock.Now());
     m_backlog.reset();
+    m_behindSince.reset();
     m_blocksWithoutPayload = 0;
     bool isLooking = false;
     while (!m_isStopping) {
@@ -186,7 +190,7 @@ bool StreamReceiver::ReceiveOnce(Landing& landing, bool isLooking)
     const auto received = m_socket->Receive(slots, isLooking ? 0us : WaitingTime());
     if (received)
         Take(landing, *received);
-    m_assembler.OnTime(m_clock.Now());
+    m_assembler.OnTime(m_clock.Now(), IsBehind(received && *received == slots.size()));
     WatchSilence();
     const VxError code = received.Result().Code();
     if (code != VxError::Ok && code != VxError::Timeout && code != VxError::Aborted) {
@@ -205,6 +209,20 @@ void StreamReceiver::FollowBacklog()
         return;
     m_backlog = backlog;
     m_gathering.SetSocket(m_socket->ReceiveBufferBytes(), backlog);
+}
+
+/// Whether packets wait that are older than what the clock tells: this thread may have stood still. A
+/// receiver that never catches up judges by the clock all the same.
+bool StreamReceiver::IsBehind(bool areSlotsFull)
+{
+    if (!areSlotsFull) {
+        m_behindSince.reset();
+        return false;
+    }
+    const auto now = m_clock.Now();
+    if (!m_behindSince)
+        m_behindSince = now;
+    return now - *m_behindSince < kLongestCatchingUp;
 }
 
 void StreamReceiver::Take(Landing& landing, std::size_t received)
@@ -251,6 +269,8 @@ void StreamReceiver::WatchSilence()
         m_haveOthersSent = due.haveOthersCome;
         m_lastError = VxError::Timeout;
     }
+    if (due.joinsAgain && m_joiner)
+        m_joiner(*m_socket);
     if (due.opensWay)
         OpenWay();
 }
@@ -258,8 +278,6 @@ void StreamReceiver::WatchSilence()
 /// Firewalls let those in whom somebody inside has spoken to.
 void StreamReceiver::OpenWay()
 {
-    if (m_wayOpener)
-        m_wayOpener(*m_socket);
     const StreamLink* const link = m_resend.Link();
     if (link == nullptr || link->sourcePort == 0)
         return;

@@ -50,9 +50,9 @@ public:
     /// @return  none: the stream is sent to this host alone
     [[nodiscard]] std::optional<transport::Ipv4Address> Group() const { return m_group; }
 
-    /// @param opener  called with the socket when reception begins, and every few seconds while nothing
+    /// @param joiner  called with the socket when reception begins, and every few seconds while nothing
     ///                arrives, by the receiver's thread: must not wait long, nor throw. Before Start
-    void SetWayOpener(std::function<void(transport::IUdpSocket&)> opener) { m_wayOpener = std::move(opener); }
+    void SetJoiner(std::function<void(transport::IUdpSocket&)> joiner) { m_joiner = std::move(joiner); }
 
     /// From now on; at once, also while it runs.
     void SetSettings(const AssemblySettings& settings);
@@ -115,6 +115,7 @@ private:
     void TakeOrders();
     void WatchSilence();
     void OpenWay();
+    [[nodiscard]] bool IsBehind(bool areSlotsFull);
     void DropWhatIsThere(Landing& landing);
     [[nodiscard]] std::chrono::microseconds WaitingTime() const;
     void CountPayload(const BlockInfo& info);
@@ -140,11 +141,12 @@ private:
     BlockAssembler m_assembler{{}, *this, m_counters, &m_resend};
     SilenceWatch m_silence;
     PacketGathering m_gathering;
-    std::optional<PacketGathering::Backlog> m_backlog;       // as m_gathering knows it
-    std::optional<transport::Ipv4Address> m_group;           // constant once it is set up
-    std::function<void(transport::IUdpSocket&)> m_wayOpener; // constant likewise; may be empty
-    unsigned m_blocksWithoutPayload = 0;                     // one after the other
-    IBlockSink* m_sink = nullptr;                            // borrowed from Start to Stop
+    std::optional<PacketGathering::Backlog> m_backlog;    // as m_gathering knows it
+    std::optional<transport::Ipv4Address> m_group;        // constant once it is set up
+    std::function<void(transport::IUdpSocket&)> m_joiner; // constant likewise; may be empty
+    std::optional<IVxClock::Time> m_behindSince;          // none: all packets have been looked at
+    unsigned m_blocksWithoutPayload = 0;                  // one after the other
+    IBlockSink* m_sink = nullptr;                         // borrowed from Start to Stop
 
     mutable VxMutex m_ordersMutex; // held for a few instructions only
     Orders m_orders VX_GUARDED_BY(m_ordersMutex);

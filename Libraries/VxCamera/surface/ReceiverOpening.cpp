@@ -122,11 +122,10 @@ VxExpected<OpenedReceiver> OpenReceiver(CameraNetwork& network, const ReceiverRe
     opened.receiver = std::make_unique<receive::StreamReceiver>(*std::move(socket), network.Clock(), camera);
     if (request.group) {
         opened.receiver->SetGroup(*request.group);
-        opened.receiver->SetWayOpener(
-            [&network, group = *request.group, local = ends.local](IUdpSocket& own) {
-                // Interfaces may have come up, or have got their address, since the group was joined.
-                std::ignore = NoThrow([&] { return JoinEverywhere(network, own, group, local).Result(); });
-            });
+        opened.receiver->SetJoiner([&network, group = *request.group, local = ends.local](IUdpSocket& own) {
+            // Interfaces may have come up, or have got their address, since the group was joined.
+            std::ignore = NoThrow([&] { return JoinEverywhere(network, own, group, local).Result(); });
+        });
     }
     if (request.mostOpenBlocks > 0)
         opened.receiver->SetMostOpen(request.mostOpenBlocks);

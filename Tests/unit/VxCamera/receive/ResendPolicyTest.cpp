@@ -36,6 +36,16 @@ protected:
         return requests.asked;
     }
 
+    /// Packet 1 is lost, asked for, and comes.
+    void HaveAnswered()
+    {
+        Arrive(2);
+        ASSERT_EQ(AskAfter(1ms), (Asked{{1, 1}}));
+        m_now += 5ms;
+        Arrive(1);
+        m_asking = {};
+    }
+
     ResendPolicy m_policy;
     MissingRanges m_missing;
     BlockAsking m_asking;
@@ -65,16 +75,81 @@ TEST_F(ResendPolicyTest, PacketsThatOvertookEachOtherAreNotAskedFor)
 
 TEST_F(ResendPolicyTest, WithoutAnAnswerItAsksAgainUntilItGivesUp)
 {
-    Arrive(2);
+    HaveAnswered();
+    Arrive(4);
     ASSERT_EQ(AskAfter(1ms).size(), 1u);
     int asks = 1;
     for (int i = 0; i < 100; ++i) {
         EXPECT_FALSE(asks < 16 && m_policy.IsHopeless(m_missing, m_asking, m_now)) << i;
-        asks += static_cast<int>(AskAfter(5ms).size()); // the first answer's time
+        asks += static_cast<int>(AskAfter(5ms).size());
     }
 
     EXPECT_EQ(asks, 16);
     EXPECT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now));
+}
+
+TEST_F(ResendPolicyTest, ACameraThatHasNeverAnsweredIsWaitedForOnceOnly)
+{
+    Arrive(2);
+    for (int asks = 0; asks < 7; ++asks) {
+        EXPECT_FALSE(m_policy.IsHopeless(m_missing, m_asking, m_now)) << asks;
+        const auto due = m_policy.NextDue(m_missing, m_asking, m_now);
+        ASSERT_TRUE(due);
+        EXPECT_EQ(AskAfter(*due - m_now).size(), 1u) << asks;
+    }
+    EXPECT_EQ(m_policy.NextDue(m_missing, m_asking, m_now), m_now + 5ms); // before the next request
+    EXPECT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now + 5ms));
+
+    m_missing.Clear(); // the next block
+    m_asking = {};
+    Arrive(0);
+    Arrive(2);
+    EXPECT_EQ(AskAfter(1ms), (Asked{{1, 1}}));
+    EXPECT_FALSE(m_policy.IsHopeless(m_missing, m_asking, m_now + 4999us));
+    EXPECT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now + 5ms));
+}
+
+TEST_F(ResendPolicyTest, AnAnswerEndsTheJudgementThatNoneComes)
+{
+    Arrive(2);
+    for (int i = 0; i < 20; ++i)
+        std::ignore = AskAfter(20ms);
+    ASSERT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now + 20ms));
+    Arrive(1);
+
+    m_asking = {};
+    Arrive(4);
+    ASSERT_EQ(AskAfter(1ms), (Asked{{3, 3}}));
+    EXPECT_FALSE(m_policy.IsHopeless(m_missing, m_asking, m_now + 20ms));
+}
+
+TEST_F(ResendPolicyTest, AnAcquisitionBeginsWithoutAPause)
+{
+    Arrive(2);
+    for (int i = 0; i < 10; ++i)
+        std::ignore = AskAfter(20ms);
+    m_policy.BeginAnew();
+
+    m_missing.Clear();
+    m_asking = {};
+    Arrive(0);
+    Arrive(2);
+    ASSERT_EQ(AskAfter(1ms).size(), 1u);
+    EXPECT_FALSE(m_policy.IsHopeless(m_missing, m_asking, m_now + 5ms)); // it may answer now
+    EXPECT_EQ(AskAfter(5ms).size(), 1u);
+}
+
+TEST_F(ResendPolicyTest, ARefusalEndsAPause)
+{
+    Arrive(2);
+    Arrive(4);
+    for (int i = 0; i < 4; ++i)
+        std::ignore = AskAfter(20ms);
+    ASSERT_EQ(AskAfter(5ms), Asked{}); // the pause of a camera that answers nothing
+    m_policy.OnRefusal(m_now);
+
+    EXPECT_EQ(AskAfter(4999us), Asked{}); // answers may come in a row now
+    EXPECT_EQ(AskAfter(1us), (Asked{{1, 1}}));
 }
 
 TEST_F(ResendPolicyTest, ACameraThatAnswersNothingIsProbedForOneRangeAfterTheOtherAndMoreAndMoreSlowly)

@@ -128,5 +128,28 @@ TEST(SilenceWatchTest, ANewEndOfTheWayIsOpenedAtOnce)
     EXPECT_TRUE(watch.OnTime(kStart + 1ms).opensWay);
 }
 
+TEST(SilenceWatchTest, JoiningAgainIsDueWhenReceptionBeginsAndWhileNothingComes)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+    watch.OpenWayAgain(); // its end was told before the first look
+    EXPECT_TRUE(watch.OnTime(kStart).joinsAgain);
+    EXPECT_FALSE(watch.OnTime(kStart + 1s).joinsAgain);
+    EXPECT_TRUE(watch.OnTime(kStart + 3s).joinsAgain);
+}
+
+TEST(SilenceWatchTest, ANewEndOfTheWayIsNoReasonToJoinAgain)
+{
+    SilenceWatch watch;
+    watch.Start(kStart);
+    ASSERT_TRUE(watch.OnTime(kStart).joinsAgain);
+
+    watch.OpenWayAgain();
+
+    const auto due = watch.OnTime(kStart + 1ms);
+    EXPECT_TRUE(due.opensWay);
+    EXPECT_FALSE(due.joinsAgain);
+}
+
 } // namespace
 } // namespace receive

@@ -376,7 +376,7 @@ TEST_F(StreamReceiverTest, TheOpenerOfTheWayIsCalledAtTheStartAndAgainWhileNothi
 {
     OneBufferSink sink(1);
     std::atomic<int> calls = 0;
-    m_receiver.SetWayOpener([&](transport::IUdpSocket& socket) {
+    m_receiver.SetJoiner([&](transport::IUdpSocket& socket) {
         EXPECT_EQ(&socket, m_socket);
         ++calls;
     });
@@ -404,6 +404,31 @@ TEST_F(StreamReceiverTest, TheOpenerOfTheWayIsCalledAtTheStartAndAgainWhileNothi
     lookAtTheClock();
     EXPECT_EQ(calls, 3);
     m_receiver.Stop();
+}
+
+TEST_F(StreamReceiverTest, AReceiverThatStoodStillLooksAtAllPacketsBeforeItGivesABlockUp)
+{
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    auto packets = m_stream.Block(1);
+    auto last = std::move(packets.back());
+    packets.pop_back();
+    auto lost = std::exchange(packets[3], m_stream.Header(0, gvsp::PacketFormat::Payload, 0));
+    for (auto& packet : packets)
+        m_socket->Put(kCamera, std::move(packet));
+    m_socket->WaitUntilIdle();
+
+    m_socket->Hold(true);
+    for (std::size_t i = 0; i < 2 * Landing::kSlots; ++i)
+        m_socket->Put(kCamera, m_stream.Header(0, gvsp::PacketFormat::Payload, 0)); // of no block
+    m_socket->Put(kCamera, std::move(lost));
+    m_socket->Put(kCamera, std::move(last));
+    m_clock.Advance(2s); // longer than any block is waited for
+    m_socket->Hold(false);
+    sink.delivered.wait();
+    m_receiver.Stop();
+
+    EXPECT_EQ(sink.last.code, VxError::Ok);
 }
 
 TEST_F(StreamReceiverTest, LeadersWithoutPayloadAreTold)
