@@ -447,13 +447,17 @@ std::optional<BlockAssembler::Time> BlockAssembler::NextAsking(Time now) const
     return next;
 }
 
-void BlockAssembler::OnTime(Time now, bool isBehind)
+void BlockAssembler::OnTime(Time now)
 {
     AskForMissing(now);
-    if (isBehind)
-        FinishWhatIsOver(now);
-    else
-        GiveUpWhatIsDue(now);
+    GiveUpWhatIsDue(now);
+}
+
+bool BlockAssembler::OnTimeBehind(Time now)
+{
+    AskForMissing(now);
+    FinishWhatIsOver(now);
+    return m_openCount > 0 && IsOldestDue(now);
 }
 
 std::optional<BlockAssembler::Time> BlockAssembler::NextDeadline(Time now) const

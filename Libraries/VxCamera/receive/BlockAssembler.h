@@ -105,9 +105,11 @@ public:
     [[nodiscard]] gvsp::IdMode IdMode() const { return m_idMode; }
 
     /// Asks for what is missing, and gives up what has waited for too long.
-    /// @param isBehind  packets are here that have not been looked at: they may be what is waited for, so
-    ///                  that nothing is given up
-    void OnTime(Time now, bool isBehind = false);
+    void OnTime(Time now);
+    /// The same without giving up: packets may be here that have not been looked at, and may be what is
+    /// waited for.
+    /// @return  whether something is due to be given up
+    [[nodiscard]] bool OnTimeBehind(Time now);
 
     /// @return  when OnTime must be called unless a packet comes before; none = not at all
     [[nodiscard]] std::optional<Time> NextDeadline(Time now) const;

@@ -164,7 +164,7 @@ void StreamReceiver::Run(Landing& landing)
     const auto priority = transport::RaiseThreadPriority();
     m_silence.Start(m_clock.Now());
     m_backlog.reset();
-    m_behindSince.reset();
+    m_dueSince.reset();
     m_blocksWithoutPayload = 0;
     bool isLooking = false;
     while (!m_isStopping) {
@@ -190,7 +190,7 @@ bool StreamReceiver::ReceiveOnce(Landing& landing, bool isLooking)
     const auto received = m_socket->Receive(slots, isLooking ? 0us : WaitingTime());
     if (received)
         Take(landing, *received);
-    m_assembler.OnTime(m_clock.Now(), IsBehind(received && *received == slots.size()));
+    FollowTime(received && *received > 0);
     WatchSilence();
     const VxError code = received.Result().Code();
     if (code != VxError::Ok && code != VxError::Timeout && code != VxError::Aborted) {
@@ -211,18 +211,20 @@ void StreamReceiver::FollowBacklog()
     m_gathering.SetSocket(m_socket->ReceiveBufferBytes(), backlog);
 }
 
-/// Whether packets wait that are older than what the clock tells: this thread may have stood still. A
-/// receiver that never catches up judges by the clock all the same.
-bool StreamReceiver::IsBehind(bool areSlotsFull)
+/// Gives nothing up by time before a look has found no packet: this thread may have stood still, and what is
+/// waited for may be here. A receiver that never catches up goes by the clock all the same.
+void StreamReceiver::FollowTime(bool hasReceived)
 {
-    if (!areSlotsFull) {
-        m_behindSince.reset();
-        return false;
-    }
     const auto now = m_clock.Now();
-    if (!m_behindSince)
-        m_behindSince = now;
-    return now - *m_behindSince < kLongestCatchingUp;
+    const bool isTried = m_dueSince && now - *m_dueSince >= kLongestCatchingUp;
+    if (!hasReceived || isTried) {
+        m_dueSince.reset();
+        m_assembler.OnTime(now);
+    } else if (!m_assembler.OnTimeBehind(now)) {
+        m_dueSince.reset();
+    } else if (!m_dueSince) {
+        m_dueSince = now;
+    }
 }
 
 void StreamReceiver::Take(Landing& landing, std::size_t received)
@@ -288,6 +290,8 @@ void StreamReceiver::OpenWay()
 
 std::chrono::microseconds StreamReceiver::WaitingTime() const
 {
+    if (m_dueSince)
+        return 0us;
     const auto now = m_clock.Now();
     auto due = m_silence.NextDue();
     if (const auto deadline = m_assembler.NextDeadline(now))

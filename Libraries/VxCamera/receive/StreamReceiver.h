@@ -115,7 +115,7 @@ private:
     void TakeOrders();
     void WatchSilence();
     void OpenWay();
-    [[nodiscard]] bool IsBehind(bool areSlotsFull);
+    void FollowTime(bool hasReceived);
     void DropWhatIsThere(Landing& landing);
     [[nodiscard]] std::chrono::microseconds WaitingTime() const;
     void CountPayload(const BlockInfo& info);
@@ -144,9 +144,10 @@ private:
     std::optional<PacketGathering::Backlog> m_backlog;    // as m_gathering knows it
     std::optional<transport::Ipv4Address> m_group;        // constant once it is set up
     std::function<void(transport::IUdpSocket&)> m_joiner; // constant likewise; may be empty
-    std::optional<IVxClock::Time> m_behindSince;          // none: all packets have been looked at
-    unsigned m_blocksWithoutPayload = 0;                  // one after the other
-    IBlockSink* m_sink = nullptr;                         // borrowed from Start to Stop
+    std::optional<IVxClock::Time>
+        m_dueSince; // something is to be given up when no packet is left; none: nothing is
+    unsigned m_blocksWithoutPayload = 0; // one after the other
+    IBlockSink* m_sink = nullptr;        // borrowed from Start to Stop
 
     mutable VxMutex m_ordersMutex; // held for a few instructions only
     Orders m_orders VX_GUARDED_BY(m_ordersMutex);

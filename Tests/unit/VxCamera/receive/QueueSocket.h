@@ -6,6 +6,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -31,6 +32,18 @@ public:
     {
         const std::scoped_lock lock(m_mutex);
         m_arrived.push_back({sender, std::move(bytes), segmentBytes});
+        m_changed.notify_all();
+    }
+
+    /// From now on another datagram is there as soon as all have been received.
+    /// @param sent  called for each of them, by the receiver's thread
+    void PutEndlessly(const transport::Ipv4Endpoint& sender, std::vector<std::byte> bytes,
+                      std::function<void()> sent)
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_endless = {sender, std::move(bytes)};
+        m_endlessSent = std::move(sent);
+        m_arrived.push_back(m_endless);
         m_changed.notify_all();
     }
 
@@ -85,6 +98,10 @@ public:
                                     std::chrono::microseconds timeout) override
     {
         std::unique_lock lock(m_mutex);
+        if (m_endlessSent && m_arrived.empty()) {
+            m_endlessSent();
+            m_arrived.push_back(m_endless);
+        }
         if (timeout.count() > 0) {
             m_isWaitedFor = true;
             m_changed.notify_all();
@@ -131,6 +148,8 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Arrival> m_arrived;
+    Arrival m_endless;
+    std::function<void()> m_endlessSent; // empty: there is none
     std::vector<Sent> m_sent;
     bool m_isWoken = false;
     bool m_isOutOfMemory = false;

@@ -431,6 +431,47 @@ TEST_F(StreamReceiverTest, AReceiverThatStoodStillLooksAtAllPacketsBeforeItGives
     EXPECT_EQ(sink.last.code, VxError::Ok);
 }
 
+TEST_F(StreamReceiverTest, ABlockIsGivenUpAsSoonAsNoPacketIsLeft)
+{
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    auto packets = m_stream.Block(1);
+    packets.erase(packets.begin() + 3);
+    for (auto& packet : packets)
+        m_socket->Put(kCamera, std::move(packet));
+    m_socket->WaitUntilIdle();
+
+    m_clock.Advance(2s);
+    m_socket->Put(kCamera, m_stream.Header(0, gvsp::PacketFormat::Payload, 0)); // of no block
+    sink.delivered.wait();                                                      // without any more time
+    m_receiver.Stop();
+
+    EXPECT_EQ(sink.last.code, VxError::MissingPackets);
+}
+
+TEST_F(StreamReceiverTest, AReceiverThatNeverCatchesUpGoesByTheClock)
+{
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    auto packets = m_stream.Block(1);
+    packets.erase(packets.begin() + 3);
+    for (auto& packet : packets)
+        m_socket->Put(kCamera, std::move(packet));
+    m_socket->WaitUntilIdle();
+
+    std::atomic<int> sent = 0;
+    m_clock.Advance(2s);
+    m_socket->PutEndlessly(kCamera, m_stream.Header(0, gvsp::PacketFormat::Payload, 0), [&] {
+        ++sent;
+        m_clock.Advance(1ms);
+    });
+    sink.delivered.wait();
+    m_receiver.Stop();
+
+    EXPECT_EQ(sink.last.code, VxError::MissingPackets);
+    EXPECT_GE(sent, 100);
+}
+
 TEST_F(StreamReceiverTest, LeadersWithoutPayloadAreTold)
 {
     OneBufferSink sink(3);
