@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <tuple>
 
 namespace {
 
@@ -45,6 +46,13 @@ void Pass(receive::BlockAssembler& assembler, receive::BlockAssembler::Time& now
     assembler.OnTime(now);
 }
 
+/// A second passes in which nobody looks for packets.
+void StandStill(receive::BlockAssembler& assembler, receive::BlockAssembler::Time& now)
+{
+    now += std::chrono::seconds(1);
+    std::ignore = assembler.OnTimeBehind(now);
+}
+
 /// A stream whose camera sends again. The input is the one of the target "stream", in which a wait of 254
 /// makes the camera one that is not asked, or one that is.
 void Receive(fuzz::Bytes bytes)
@@ -58,6 +66,8 @@ void Receive(fuzz::Bytes bytes)
         const unsigned wait = input.Byte();
         if (wait == 254)
             channel.isOpen = !channel.isOpen;
+        else if (wait == 253)
+            StandStill(assembler, now);
         else
             Pass(assembler, now,
                  wait == 255 ? std::chrono::milliseconds(1000) : std::chrono::milliseconds(wait));

@@ -5,6 +5,7 @@
 #include "unit/VxCamera/receive/FakeSink.h"
 
 #include <chrono>
+#include <tuple>
 
 namespace {
 
@@ -13,7 +14,7 @@ constexpr std::size_t kBuffers = 3;
 constexpr std::size_t kBufferBytes = 4096;
 
 /// A stream of packets. The input is a list of: milliseconds since the packet before (1 byte; 255 stands for
-/// a second), length (2 bytes, big endian), packet.
+/// a second, 253 for one in which the receiver stands still), length (2 bytes, big endian), packet.
 void Receive(fuzz::Bytes bytes)
 {
     receive::FakeSink sink(kBuffers, kBufferBytes);
@@ -23,8 +24,11 @@ void Receive(fuzz::Bytes bytes)
     receive::BlockAssembler::Time now{};
     for (fuzz::Input input(bytes); !input.IsEmpty();) {
         const unsigned wait = input.Byte();
-        now += wait == 255 ? std::chrono::milliseconds(1000) : std::chrono::milliseconds(wait);
-        assembler.OnTime(now);
+        now += std::chrono::milliseconds(wait == 255 || wait == 253 ? 1000 : wait);
+        if (wait == 253)
+            std::ignore = assembler.OnTimeBehind(now);
+        else
+            assembler.OnTime(now);
         assembler.OnPacket(input.Take(input.Word()), now);
         if (const auto deadline = assembler.NextDeadline())
             fuzz::Require(*deadline > now - std::chrono::hours(1), "a deadline long ago");

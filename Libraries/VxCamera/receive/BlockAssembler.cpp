@@ -181,7 +181,10 @@ void BlockAssembler::TakeStatus(const gvsp::PacketHeader& header, OpenBlock& blo
         return;
     }
     m_counters.packetsRefused.Add();
-    if (block.Missing().IsMissing(header.packetId)) // without this packet the others are of no use
+    const bool isOfAllBefore = header.status == gvsp::Status::PacketAndPreviousRemoved;
+    const bool isMissing = isOfAllBefore ? block.Missing().IsAnyMissingUpTo(header.packetId)
+                                         : block.Missing().IsMissing(header.packetId);
+    if (isMissing) // without this packet the others are of no use
         block.asking.isGivenUp = block.asking.isRefused = true;
 }
 

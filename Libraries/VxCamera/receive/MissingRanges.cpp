@@ -35,6 +35,11 @@ bool MissingRanges::IsMissing(std::uint32_t packetId) const
     return found != m_ranges.end() && found->first <= packetId;
 }
 
+bool MissingRanges::IsAnyMissingUpTo(std::uint32_t packetId) const
+{
+    return !m_ranges.empty() && m_ranges.front().first <= packetId;
+}
+
 void MissingRanges::Insert(Iterator place, const MissingRange& range)
 {
     if (m_ranges.size() >= kMostRanges) {

@@ -128,13 +128,25 @@ bool ResendPolicy::EndPause(Time now)
 void ResendPolicy::BeginAnew()
 {
     m_unansweredSince.reset();
-    m_probes = 0;
+    m_probes = IsMute() ? kMuteProbes : 0;
 }
 
 /// Whether the camera does not answer at all.
 bool ResendPolicy::IsMute() const
 {
     return !m_meanAnswer && m_probes >= kMuteProbes;
+}
+
+bool ResendPolicy::MayBeAskedFor(const MissingRange& range) const
+{
+    return range.asks == 0 || (range.asks < kMostAsks && !IsMute());
+}
+
+/// Until when a range that is not asked for any more may still come.
+ResendPolicy::Time ResendPolicy::LostAt(const MissingRange& range) const
+{
+    const auto patience = m_meanAnswer ? m_settings.answerTimeout : AnswerTimeout();
+    return std::max(range.askedAt, m_resumedAt) + patience;
 }
 
 /// How much of the second's budget can be saved up.
@@ -208,7 +220,7 @@ void ResendPolicy::Ask(MissingRanges& missing, BlockAsking& asking, std::uint64_
     JudgeAnswers(now);
     Refill(now);
     for (MissingRange& range : missing.All()) {
-        if (range.asks >= kMostAsks || now < DueTime(range))
+        if (!MayBeAskedFor(range) || now < DueTime(range))
             continue;
         const Verdict verdict = Spend(range.Packets(), asking, blockPackets);
         if (verdict == Verdict::TooMuch)
@@ -230,13 +242,12 @@ std::optional<ResendPolicy::Time> ResendPolicy::NextDue(const MissingRanges& mis
         return last && *last > now ? last : std::nullopt;
     }
     std::optional<Time> next;
-    if (const auto last = LastAnswerDue(missing, asking); IsMute() && last && *last > now)
-        next = last;
     for (const MissingRange& range : missing.All()) {
-        if (range.asks >= kMostAsks)
+        const bool isAskedFor = MayBeAskedFor(range);
+        if (!isAskedFor && now >= LostAt(range))
             continue;
         // What is due and was not asked for has met the second's budget.
-        const Time due = std::max(DueTime(range), now + kBudgetPause);
+        const Time due = isAskedFor ? std::max(DueTime(range), now + kBudgetPause) : LostAt(range);
         next = std::min(next.value_or(due), due);
     }
     return next;
@@ -250,26 +261,23 @@ bool ResendPolicy::IsHopeless(const MissingRanges& missing, const BlockAsking& a
         const auto last = LastAnswerDue(missing, asking);
         return !last || now >= *last;
     }
-    if (const auto last = LastAnswerDue(missing, asking); IsMute() && last && now >= *last)
-        return true;
     return !missing.IsEmpty() && std::ranges::all_of(missing.All(), [&](const MissingRange& range) {
-        return range.asks >= kMostAsks && now >= DueTime(range);
+        // Who does not answer is not waited for because the second's budget is used up.
+        return MayBeAskedFor(range) ? IsMute() && now >= DueTime(range) : now >= LostAt(range);
     });
 }
 
-/// @return  until when a block of which nothing more is asked for may still become whole; none: it cannot, or
-/// not everything has been asked for
+/// @return  until when a block of which nothing more is asked for may still become whole; none: it cannot
 std::optional<ResendPolicy::Time> ResendPolicy::LastAnswerDue(const MissingRanges& missing,
                                                               const BlockAsking& asking) const
 {
     if (asking.isRefused || missing.IsOverfull() || missing.IsEmpty())
         return std::nullopt;
-    const auto patience = m_meanAnswer ? m_settings.answerTimeout : AnswerTimeout();
     Time last;
     for (const MissingRange& range : missing.All()) {
         if (range.asks == 0)
             return std::nullopt;
-        last = std::max(last, std::max(range.askedAt, m_resumedAt) + patience);
+        last = std::max(last, LostAt(range));
     }
     return last;
 }

@@ -94,7 +94,7 @@ public:
     /// The camera has told that it will not, or cannot yet, send a packet again.
     void OnRefusal(Time now) { std::ignore = EndPause(now); }
 
-    /// Another acquisition begins: nothing is asked for. What was learnt about the camera stays.
+    /// Another acquisition begins: nothing has been asked for. What was learnt about the camera stays.
     void BeginAnew();
 
     /// After which time without an answer packets are asked for again.
@@ -109,6 +109,8 @@ private:
     [[nodiscard]] Time DueTime(const MissingRange& range) const;
     [[nodiscard]] std::chrono::nanoseconds ProbePause() const;
     [[nodiscard]] bool IsMute() const;
+    [[nodiscard]] bool MayBeAskedFor(const MissingRange& range) const;
+    [[nodiscard]] Time LostAt(const MissingRange& range) const;
     [[nodiscard]] std::optional<Time> LastAnswerDue(const MissingRanges& missing,
                                                     const BlockAsking& asking) const;
     void NoteAsking(MissingRange& range, Time now);

@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 constexpr auto kSilence = 1s;
 
 // Chosen: firewalls keep a way open for half a minute and more, and the first packet may get lost.
-constexpr auto kOpeningPause = 3s;
+constexpr auto kSilencePause = 3s;
 
 } // namespace
 
@@ -21,7 +21,7 @@ void SilenceWatch::Start(Time now)
 {
     OnPacket(now);
     m_openedAt.reset();
-    m_hasNewEnd = false;
+    m_joinedAt.reset();
 }
 
 void SilenceWatch::OnPacket(Time now)
@@ -46,27 +46,26 @@ SilenceWatch::Due SilenceWatch::OnTime(Time now)
     due.haveOthersCome = m_haveOthersCome;
     m_isTold = m_isTold || due.isSilent;
     m_areOthersTold = m_areOthersTold || (due.isSilent && m_haveOthersCome);
-    due.opensWay = !m_openedAt || (now - *m_openedAt >= kOpeningPause && now - m_lastPacket >= kOpeningPause);
-    due.joinsAgain = due.opensWay && !m_hasNewEnd;
-    if (due.opensWay) {
+    due.opensWay = now >= NextAfter(m_openedAt);
+    if (due.opensWay)
         m_openedAt = now;
-        m_hasNewEnd = false;
-    }
+    due.joins = now >= NextAfter(m_joinedAt);
+    if (due.joins)
+        m_joinedAt = now;
     return due;
 }
 
-void SilenceWatch::OpenWayAgain()
+/// When something is due that is done at once and then again and again while no packet comes.
+/// @param last  when it was done; none: not yet
+SilenceWatch::Time SilenceWatch::NextAfter(const std::optional<Time>& last) const
 {
-    m_hasNewEnd = m_openedAt.has_value();
-    m_openedAt.reset();
+    return last ? std::max(m_lastPacket, *last) + kSilencePause : m_lastPacket;
 }
 
 SilenceWatch::Time SilenceWatch::NextDue() const
 {
-    if (!m_openedAt)
-        return m_lastPacket; // at once
-    const Time opening = std::max(m_lastPacket, *m_openedAt) + kOpeningPause;
-    return m_isTold ? opening : std::min(opening, m_silentSince + kSilence);
+    const Time next = std::min(NextAfter(m_openedAt), NextAfter(m_joinedAt));
+    return m_isTold ? next : std::min(next, m_silentSince + kSilence);
 }
 
 } // namespace receive

@@ -8,7 +8,7 @@
 namespace receive {
 
 /// Notices that no packet of the camera comes, and tells when to send something that opens the way through
-/// firewalls.
+/// firewalls, and when to join a group again: interfaces may have come up since.
 ///
 /// Owner:  StreamReceiver, by value.
 /// Thread: one. Time is an argument.
@@ -22,7 +22,7 @@ public:
         bool isSilent = false;
         bool haveOthersCome = false; ///< in that silence
         bool opensWay = false;       ///< it is time to send a packet that opens the way
-        bool joinsAgain = false;     ///< and to see to it that packets can come: reception begins, or none do
+        bool joins = false;          ///< it is time to join the stream's group (again)
     };
 
     /// Reception begins.
@@ -38,16 +38,18 @@ public:
     [[nodiscard]] Due OnTime(Time now);
 
     /// The way has another end: it is opened at once.
-    void OpenWayAgain();
+    void OpenWayAgain() { m_openedAt.reset(); }
 
     /// @return  when OnTime must be called unless a packet comes before
     [[nodiscard]] Time NextDue() const;
 
 private:
+    [[nodiscard]] Time NextAfter(const std::optional<Time>& last) const;
+
     Time m_lastPacket;
     Time m_silentSince;             // since then, or since that was told last
     std::optional<Time> m_openedAt; // none: not yet
-    bool m_hasNewEnd = false;       // the way, and that is why it is opened
+    std::optional<Time> m_joinedAt; // none: not yet
     bool m_isTold = false;
     bool m_haveOthersCome = false; // in this silence
     bool m_areOthersTold = false;

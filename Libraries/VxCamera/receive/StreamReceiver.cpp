@@ -27,8 +27,9 @@ constexpr auto kPauseAfterError = 50ms;
 // Chosen: more than any socket buffer holds, so that a sender that does not pause cannot hold up a start.
 constexpr int kMostDropped = 100'000;
 
-// Chosen: in this time a whole socket buffer is emptied, at a tenth of the speed of a copy.
-constexpr auto kLongestCatchingUp = 100ms;
+// Chosen: consumers miss pictures that are held back for longer. By then most receivers have taken as much as
+// the socket's buffer holds, and so all that was there when something became due.
+constexpr auto kLongestCatchingUp = 1s;
 
 // Chosen: so many leaders without a single payload packet are no accident: the packets are too large for the
 // network.
@@ -164,7 +165,7 @@ void StreamReceiver::Run(Landing& landing)
     const auto priority = transport::RaiseThreadPriority();
     m_silence.Start(m_clock.Now());
     m_backlog.reset();
-    m_dueSince.reset();
+    m_catchingUp.reset();
     m_blocksWithoutPayload = 0;
     bool isLooking = false;
     while (!m_isStopping) {
@@ -190,9 +191,9 @@ bool StreamReceiver::ReceiveOnce(Landing& landing, bool isLooking)
     const auto received = m_socket->Receive(slots, isLooking ? 0us : WaitingTime());
     if (received)
         Take(landing, *received);
-    FollowTime(received && *received > 0);
-    WatchSilence();
     const VxError code = received.Result().Code();
+    FollowTime(code == VxError::Timeout);
+    WatchSilence();
     if (code != VxError::Ok && code != VxError::Timeout && code != VxError::Aborted) {
         m_lastError = code;
         std::this_thread::sleep_for(kPauseAfterError);
@@ -208,31 +209,35 @@ void StreamReceiver::FollowBacklog()
     if (backlog == m_backlog)
         return;
     m_backlog = backlog;
-    m_gathering.SetSocket(m_socket->ReceiveBufferBytes(), backlog);
+    m_socketBytes = m_socket->ReceiveBufferBytes();
+    m_gathering.SetSocket(m_socketBytes, backlog);
 }
 
 /// Gives nothing up by time before a look has found no packet: this thread may have stood still, and what is
-/// waited for may be here. A receiver that never catches up goes by the clock all the same.
-void StreamReceiver::FollowTime(bool hasReceived)
+/// waited for may be here. A receiver that does not catch up goes by the clock all the same, until it does.
+void StreamReceiver::FollowTime(bool isSocketEmpty)
 {
     const auto now = m_clock.Now();
-    const bool isTried = m_dueSince && now - *m_dueSince >= kLongestCatchingUp;
-    if (!hasReceived || isTried) {
-        m_dueSince.reset();
+    if (isSocketEmpty)
+        m_catchingUp.reset();
+    const bool isTried = m_catchingUp && (m_catchingUp->bytes >= m_socketBytes ||
+                                          now - m_catchingUp->since >= kLongestCatchingUp);
+    if (isSocketEmpty || isTried)
         m_assembler.OnTime(now);
-    } else if (!m_assembler.OnTimeBehind(now)) {
-        m_dueSince.reset();
-    } else if (!m_dueSince) {
-        m_dueSince = now;
-    }
+    else if (!m_assembler.OnTimeBehind(now))
+        m_catchingUp.reset();
+    else if (!m_catchingUp)
+        m_catchingUp = CatchingUp{now};
 }
 
 void StreamReceiver::Take(Landing& landing, std::size_t received)
 {
     const auto now = m_clock.Now();
+    std::uint64_t bytes = 0;
     landing.Settle(received,
                    [&](const transport::Ipv4Endpoint& sender) { return m_filter.IsCamera(sender); });
     landing.ForEach(received, [&](const Landing::Landed& landed) {
+        bytes += landed.datagram.size();
         if (!m_filter.Accepts(landed.sender, landed.packet)) {
             m_counters.packetsForeign.Add();
             if (m_filter.Camera())
@@ -245,6 +250,8 @@ void StreamReceiver::Take(Landing& landing, std::size_t received)
         else
             m_assembler.OnPacket(landed.datagram, now); // to be counted
     });
+    if (m_catchingUp)
+        m_catchingUp->bytes += bytes;
 }
 
 /// Lets packets gather when all that were there have been received. Slots that are all filled do not tell
@@ -271,7 +278,7 @@ void StreamReceiver::WatchSilence()
         m_haveOthersSent = due.haveOthersCome;
         m_lastError = VxError::Timeout;
     }
-    if (due.joinsAgain && m_joiner)
+    if (due.joins && m_joiner)
         m_joiner(*m_socket);
     if (due.opensWay)
         OpenWay();
@@ -290,7 +297,7 @@ void StreamReceiver::OpenWay()
 
 std::chrono::microseconds StreamReceiver::WaitingTime() const
 {
-    if (m_dueSince)
+    if (m_catchingUp)
         return 0us;
     const auto now = m_clock.Now();
     auto due = m_silence.NextDue();

@@ -16,6 +16,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -29,8 +30,8 @@ class Landing;
 /// Receives a stream from a socket and puts its blocks into buffers.
 ///
 /// The thread waits in the socket's receive, for a packet or until a block must be given up or asked for;
-/// Stop wakes it there. The only locks it takes are held by others for a few instructions: m_ordersMutex, and
-/// what the sink takes.
+/// Stop wakes it there. The only locks it takes are held by others for a short time, and by nobody while
+/// waiting: m_ordersMutex, that of the rates, what the sink takes, and what the link's onPayloadMissing does.
 ///
 /// Owner:  the stream. Borrows the clock.
 /// Thread: Start and Stop from one thread at a time; settings, link and statistics from any; runs a thread of
@@ -115,7 +116,7 @@ private:
     void TakeOrders();
     void WatchSilence();
     void OpenWay();
-    void FollowTime(bool hasReceived);
+    void FollowTime(bool isSocketEmpty);
     void DropWhatIsThere(Landing& landing);
     [[nodiscard]] std::chrono::microseconds WaitingTime() const;
     void CountPayload(const BlockInfo& info);
@@ -132,6 +133,12 @@ private:
         std::optional<PictureShape> cameraPicture;
     };
 
+    /// Something is due to be given up, unless what it lacks is among the packets that wait.
+    struct CatchingUp {
+        IVxClock::Time since;
+        std::uint64_t bytes = 0; ///< of packets taken since
+    };
+
     const std::unique_ptr<transport::IUdpSocket> m_socket;
     const IVxClock& m_clock;
     SenderFilter m_filter;
@@ -144,10 +151,10 @@ private:
     std::optional<PacketGathering::Backlog> m_backlog;    // as m_gathering knows it
     std::optional<transport::Ipv4Address> m_group;        // constant once it is set up
     std::function<void(transport::IUdpSocket&)> m_joiner; // constant likewise; may be empty
-    std::optional<IVxClock::Time>
-        m_dueSince; // something is to be given up when no packet is left; none: nothing is
-    unsigned m_blocksWithoutPayload = 0; // one after the other
-    IBlockSink* m_sink = nullptr;        // borrowed from Start to Stop
+    std::size_t m_socketBytes = 0;                        // that can wait there
+    std::optional<CatchingUp> m_catchingUp;               // none: nothing is due to be given up
+    unsigned m_blocksWithoutPayload = 0;                  // one after the other
+    IBlockSink* m_sink = nullptr;                         // borrowed from Start to Stop
 
     mutable VxMutex m_ordersMutex; // held for a few instructions only
     Orders m_orders VX_GUARDED_BY(m_ordersMutex);

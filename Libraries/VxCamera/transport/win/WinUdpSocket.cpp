@@ -204,13 +204,17 @@ VxExpected<std::size_t> WinUdpSocket::Receive(std::span<Datagram> datagrams,
     for (;;) {
         if (m_isWoken.exchange(false))
             return VxError::Aborted;
-        if (!std::exchange(isWaitingFirst, false)) {
+        const bool isLooking = !std::exchange(isWaitingFirst, false);
+        if (isLooking) {
             auto received = ReceiveWhatIsThere(datagrams);
             if (received || received.Error().Code() != VxError::Timeout)
                 return received;
         }
-        if (deadline <= Clock::now())
-            return VxError::Timeout;
+        if (deadline <= Clock::now()) {
+            if (isLooking)
+                return VxError::Timeout;
+            continue; // this thread stood still: much may have come
+        }
         if (!WillBeTold())
             continue;
         if (auto waited = WaitForData(deadline); !waited.IsOK())

@@ -123,5 +123,17 @@ TEST(MissingRangesTest, AgreesWithASetForAnyOrder)
     }
 }
 
+TEST(MissingRangesTest, TellsWhetherAPacketOrOneBeforeItIsMissing)
+{
+    MissingRanges missing;
+    std::ignore = missing.Arrived(0, {});
+    EXPECT_FALSE(missing.IsAnyMissingUpTo(9));
+    std::ignore = missing.Arrived(5, {}); // 1 to 4 are missing
+
+    EXPECT_FALSE(missing.IsAnyMissingUpTo(0));
+    EXPECT_TRUE(missing.IsAnyMissingUpTo(1));
+    EXPECT_TRUE(missing.IsAnyMissingUpTo(5));
+}
+
 } // namespace
 } // namespace receive

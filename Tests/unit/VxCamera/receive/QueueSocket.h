@@ -55,7 +55,7 @@ public:
         return VxResult::Ok();
     }
 
-    /// While it is held back, nothing arrives.
+    /// While it is held back, no datagram ends a wait.
     void Hold(bool isHeld)
     {
         const std::scoped_lock lock(m_mutex);
@@ -99,7 +99,9 @@ public:
     {
         std::unique_lock lock(m_mutex);
         if (m_endlessSent && m_arrived.empty()) {
+            lock.unlock();
             m_endlessSent();
+            lock.lock();
             m_arrived.push_back(m_endless);
         }
         if (timeout.count() > 0) {
@@ -133,7 +135,9 @@ public:
         m_changed.notify_all();
     }
     [[nodiscard]] transport::Ipv4Endpoint LocalEndpoint() const override { return {}; }
-    [[nodiscard]] std::size_t ReceiveBufferBytes() const override { return 0; }
+    [[nodiscard]] std::size_t ReceiveBufferBytes() const override { return m_bufferBytes; }
+    /// Before it is received from.
+    void SetBufferBytes(std::size_t bytes) { m_bufferBytes = bytes; }
     [[nodiscard]] bool IsBacklogNear() const override { return m_isBacklogNear; }
     void SetBacklogNear(bool isNear) { m_isBacklogNear = isNear; }
     VxResult JoinGroup(transport::Ipv4Address, transport::Ipv4Address) override { return VxResult::Ok(); }
@@ -151,6 +155,7 @@ private:
     Arrival m_endless;
     std::function<void()> m_endlessSent; // empty: there is none
     std::vector<Sent> m_sent;
+    std::size_t m_bufferBytes = 0;
     bool m_isWoken = false;
     bool m_isOutOfMemory = false;
     bool m_isHeld = false;

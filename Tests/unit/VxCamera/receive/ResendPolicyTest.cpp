@@ -123,11 +123,44 @@ TEST_F(ResendPolicyTest, AnAnswerEndsTheJudgementThatNoneComes)
     EXPECT_FALSE(m_policy.IsHopeless(m_missing, m_asking, m_now + 20ms));
 }
 
-TEST_F(ResendPolicyTest, AnAcquisitionBeginsWithoutAPause)
+TEST_F(ResendPolicyTest, ACameraThatHasNeverAnsweredIsAskedOnceForEachPacket)
+{
+    Arrive(2);
+    for (int i = 0; i < 20; ++i)
+        std::ignore = AskAfter(20ms);
+    Arrive(4);
+
+    EXPECT_EQ(AskAfter(1ms), (Asked{{3, 3}}));
+    EXPECT_EQ(m_policy.NextDue(m_missing, m_asking, m_now), m_now + 5ms);
+    EXPECT_EQ(AskAfter(1s), Asked{});
+    m_policy.BeginAnew(); // another acquisition of the same camera
+    EXPECT_EQ(AskAfter(1s), Asked{});
+}
+
+TEST_F(ResendPolicyTest, ACameraThatHasNeverAnsweredIsNotWaitedForWhenTheSecondsBudgetIsUsedUp)
 {
     Arrive(2);
     for (int i = 0; i < 10; ++i)
         std::ignore = AskAfter(20ms);
+    m_policy.SetSettings({.packetsPerSecond = 1});
+    m_asking = {};
+    for (std::uint32_t id = 4; id <= 400; id += 2) // more than can be saved up
+        Arrive(id);
+    const std::size_t asked = AskAfter(1ms).size();
+    ASSERT_GT(asked, 0u);
+    ASSERT_LT(asked, 199u);
+
+    EXPECT_FALSE(m_policy.IsHopeless(m_missing, m_asking, m_now));
+    EXPECT_TRUE(m_policy.IsHopeless(m_missing, m_asking, m_now + 5ms));
+}
+
+TEST_F(ResendPolicyTest, AnAcquisitionBeginsWithoutAPause)
+{
+    HaveAnswered();
+    Arrive(4);
+    for (int i = 0; i < 10; ++i)
+        std::ignore = AskAfter(20ms);
+    ASSERT_EQ(AskAfter(15ms), Asked{}); // the pause of a camera that answers nothing
     m_policy.BeginAnew();
 
     m_missing.Clear();
@@ -135,8 +168,7 @@ TEST_F(ResendPolicyTest, AnAcquisitionBeginsWithoutAPause)
     Arrive(0);
     Arrive(2);
     ASSERT_EQ(AskAfter(1ms).size(), 1u);
-    EXPECT_FALSE(m_policy.IsHopeless(m_missing, m_asking, m_now + 5ms)); // it may answer now
-    EXPECT_EQ(AskAfter(5ms).size(), 1u);
+    EXPECT_EQ(AskAfter(15ms).size(), 1u);
 }
 
 TEST_F(ResendPolicyTest, ARefusalEndsAPause)

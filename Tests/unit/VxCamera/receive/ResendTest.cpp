@@ -1,7 +1,7 @@
 #include "VxCamera/receive/BlockAssembler.h"
 
-#include "FakeSink.h"
 #include "AskingFixture.h"
+#include "FakeSink.h"
 #include "LossyCamera.h"
 #include "StreamPackets.h"
 
@@ -307,25 +307,62 @@ TEST_F(ResendTest, OneHourOfStreamingLosesNothing)
     EXPECT_EQ(m_counters.packetsLate.Value(), 0u);
 }
 
-class DelayedAnswerTest : public testing::Test, protected AskingFixture {
+/// A block without its second packet, which the camera is asked for and does not send.
+class UnansweredRequestTest : public testing::Test, protected AskingFixture {
 protected:
+    void SendWithoutSecond(std::uint64_t blockId)
+    {
+        auto packets = m_stream.Block(blockId);
+        packets.erase(packets.begin() + 2);
+        SendAll(packets);
+    }
+    /// @param status  of a packet that carries nothing else
+    void Answer(std::uint16_t status, std::uint32_t packetId)
+    {
+        auto packet = m_stream.Header(1, gvsp::PacketFormat::Payload, packetId);
+        packet[0] = static_cast<std::byte>(status >> 8);
+        packet[1] = static_cast<std::byte>(status & 0xFF);
+        Send(packet);
+    }
+
     StreamPackets m_stream;
 };
 
-TEST_F(DelayedAnswerTest, ACameraThatAsksForPatienceIsAskedAgainSoon)
+TEST_F(UnansweredRequestTest, ACameraThatAsksForPatienceIsAskedAgainSoon)
 {
-    auto packets = m_stream.Block(1);
-    packets.erase(packets.begin() + 2);
-    SendAll(packets);
+    SendWithoutSecond(1);
     for (int i = 0; i < 5; ++i)
         Wait(20ms);
     ASSERT_EQ(Asked(), Ranges{}); // nothing was answered: that is asked more and more slowly
 
-    auto delay = m_stream.Header(1, gvsp::PacketFormat::Payload, 2);
-    delay[0] = std::byte{0x80}; // status 0x8010: not yet available
-    delay[1] = std::byte{0x10};
-    Send(delay);
+    Answer(0x8010, 2); // not yet available
     EXPECT_EQ(Asked(), (Ranges{{2, 2}}));
+}
+
+TEST_F(UnansweredRequestTest, AnotherAcquisitionBeginsWithoutAPause)
+{
+    SendWithoutSecond(1);
+    for (int i = 0; i < 4; ++i)
+        Wait(20ms);
+    m_assembler.Abort();
+
+    SendWithoutSecond(1);
+    Wait(1ms);
+    EXPECT_EQ(Asked(), (Ranges{{2, 2}})); // again
+}
+
+TEST_F(UnansweredRequestTest, ARefusalOfAllPacketsBeforeOneGivesTheBlockUpAtOnce)
+{
+    SendWithoutSecond(1);
+    Wait(2ms);
+    Answer(0x800C, 4); // this one is here
+    Wait(0ms);
+    EXPECT_TRUE(m_sink.delivered.empty());
+
+    Answer(0x8011, 4);
+    Wait(0ms);
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+    EXPECT_EQ(LastCode(), VxError::MissingPackets);
 }
 
 } // namespace

@@ -128,27 +128,32 @@ TEST(SilenceWatchTest, ANewEndOfTheWayIsOpenedAtOnce)
     EXPECT_TRUE(watch.OnTime(kStart + 1ms).opensWay);
 }
 
-TEST(SilenceWatchTest, JoiningAgainIsDueWhenReceptionBeginsAndWhileNothingComes)
+TEST(SilenceWatchTest, GroupsAreJoinedAtOnceAndAgainWhileNothingComes)
 {
     SilenceWatch watch;
     watch.Start(kStart);
-    watch.OpenWayAgain(); // its end was told before the first look
-    EXPECT_TRUE(watch.OnTime(kStart).joinsAgain);
-    EXPECT_FALSE(watch.OnTime(kStart + 1s).joinsAgain);
-    EXPECT_TRUE(watch.OnTime(kStart + 3s).joinsAgain);
+
+    EXPECT_TRUE(watch.OnTime(kStart).joins);
+    EXPECT_FALSE(watch.OnTime(kStart + 2999ms).joins);
+    EXPECT_TRUE(watch.OnTime(kStart + 3s).joins);
+    watch.OnPacket(kStart + 5s);
+    EXPECT_FALSE(watch.OnTime(kStart + 7s).joins);
+    EXPECT_TRUE(watch.OnTime(kStart + 8s).joins);
 }
 
-TEST(SilenceWatchTest, ANewEndOfTheWayIsNoReasonToJoinAgain)
+TEST(SilenceWatchTest, ANewEndOfTheWayNeitherJoinsNorPutsThatOff)
 {
     SilenceWatch watch;
     watch.Start(kStart);
-    ASSERT_TRUE(watch.OnTime(kStart).joinsAgain);
+    ASSERT_TRUE(watch.OnTime(kStart).joins);
 
     watch.OpenWayAgain();
-
-    const auto due = watch.OnTime(kStart + 1ms);
+    const auto due = watch.OnTime(kStart + 2900ms);
     EXPECT_TRUE(due.opensWay);
-    EXPECT_FALSE(due.joinsAgain);
+    EXPECT_FALSE(due.joins);
+
+    EXPECT_EQ(watch.NextDue(), kStart + 3s);
+    EXPECT_TRUE(watch.OnTime(kStart + 3s).joins);
 }
 
 } // namespace

@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -35,8 +36,10 @@ public:
     {
         last = buffer.info;
         m_free = &buffer;
+        ++m_count;
         delivered.count_down();
     }
+    [[nodiscard]] int Count() const { return m_count; }
     void GiveBack(BlockBuffer& buffer) override { m_free = &buffer; }
     [[nodiscard]] bool IsFree() const { return m_free != nullptr; }
 
@@ -47,6 +50,7 @@ private:
     std::array<std::byte, 64 * 48> m_memory{};
     BlockBuffer m_buffer{m_memory, {}};
     BlockBuffer* m_free = &m_buffer;
+    std::atomic<int> m_count = 0;
 };
 
 class StreamReceiverTest : public testing::Test {
@@ -372,7 +376,7 @@ TEST_F(StreamReceiverTest, TheWayThroughAFirewallIsOpenedFromTheStreamsOwnSocket
     EXPECT_EQ(sent[0].destination, (transport::Ipv4Endpoint{kCamera.address, 40'000}));
 }
 
-TEST_F(StreamReceiverTest, TheOpenerOfTheWayIsCalledAtTheStartAndAgainWhileNothingArrives)
+TEST_F(StreamReceiverTest, GroupsAreJoinedAtTheStartAndAgainWhileNothingArrives)
 {
     OneBufferSink sink(1);
     std::atomic<int> calls = 0;
@@ -406,24 +410,45 @@ TEST_F(StreamReceiverTest, TheOpenerOfTheWayIsCalledAtTheStartAndAgainWhileNothi
     m_receiver.Stop();
 }
 
-TEST_F(StreamReceiverTest, AReceiverThatStoodStillLooksAtAllPacketsBeforeItGivesABlockUp)
+/// A receiver that waits for a packet that is missing, when time passes without it.
+class StandingStillTest : public StreamReceiverTest {
+protected:
+    static constexpr std::size_t kSocketBytes = 100'000;
+
+    StandingStillTest() { m_socket->SetBufferBytes(kSocketBytes); }
+
+    [[nodiscard]] StreamPackets::Packet OfNoBlock() const
+    {
+        return m_stream.Header(0, gvsp::PacketFormat::Payload, 0);
+    }
+    /// @return  the packet of the block that was not put in
+    StreamPackets::Packet PutBlockButOne(std::uint64_t blockId)
+    {
+        auto packets = m_stream.Block(blockId);
+        auto missing = std::move(packets[3]);
+        packets.erase(packets.begin() + 3);
+        for (auto& packet : packets)
+            m_socket->Put(kCamera, std::move(packet));
+        return missing;
+    }
+    /// Time passes in which packets come and are not taken, longer than any block is waited for.
+    /// @param last  of them
+    void StandStill(StreamPackets::Packet last)
+    {
+        m_socket->WaitUntilIdle();
+        m_socket->Hold(true);
+        for (std::size_t i = 0; i < 2 * Landing::kSlots; ++i)
+            m_socket->Put(kCamera, OfNoBlock());
+        m_socket->Put(kCamera, std::move(last));
+        m_clock.Advance(2s);
+    }
+};
+
+TEST_F(StandingStillTest, AllPacketsAreLookedAtBeforeABlockIsGivenUp)
 {
     OneBufferSink sink(1);
     ASSERT_TRUE(m_receiver.Start(sink).IsOK());
-    auto packets = m_stream.Block(1);
-    auto last = std::move(packets.back());
-    packets.pop_back();
-    auto lost = std::exchange(packets[3], m_stream.Header(0, gvsp::PacketFormat::Payload, 0));
-    for (auto& packet : packets)
-        m_socket->Put(kCamera, std::move(packet));
-    m_socket->WaitUntilIdle();
-
-    m_socket->Hold(true);
-    for (std::size_t i = 0; i < 2 * Landing::kSlots; ++i)
-        m_socket->Put(kCamera, m_stream.Header(0, gvsp::PacketFormat::Payload, 0)); // of no block
-    m_socket->Put(kCamera, std::move(lost));
-    m_socket->Put(kCamera, std::move(last));
-    m_clock.Advance(2s); // longer than any block is waited for
+    StandStill(PutBlockButOne(1));
     m_socket->Hold(false);
     sink.delivered.wait();
     m_receiver.Stop();
@@ -431,39 +456,72 @@ TEST_F(StreamReceiverTest, AReceiverThatStoodStillLooksAtAllPacketsBeforeItGives
     EXPECT_EQ(sink.last.code, VxError::Ok);
 }
 
-TEST_F(StreamReceiverTest, ABlockIsGivenUpAsSoonAsNoPacketIsLeft)
+TEST_F(StandingStillTest, AWakeIsNoLookForPackets)
 {
     OneBufferSink sink(1);
     ASSERT_TRUE(m_receiver.Start(sink).IsOK());
-    auto packets = m_stream.Block(1);
-    packets.erase(packets.begin() + 3);
-    for (auto& packet : packets)
-        m_socket->Put(kCamera, std::move(packet));
-    m_socket->WaitUntilIdle();
+    StandStill(PutBlockButOne(1));
+    m_receiver.ResetStatistics(); // it wakes the receiver, which then looks
+    m_socket->Hold(false);
+    sink.delivered.wait();
+    m_receiver.Stop();
 
-    m_clock.Advance(2s);
-    m_socket->Put(kCamera, m_stream.Header(0, gvsp::PacketFormat::Payload, 0)); // of no block
-    sink.delivered.wait();                                                      // without any more time
+    EXPECT_EQ(sink.last.code, VxError::Ok);
+}
+
+TEST_F(StandingStillTest, ABlockIsGivenUpAsSoonAsNoPacketIsLeft)
+{
+    OneBufferSink sink(1);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    std::ignore = PutBlockButOne(1);
+    StandStill(OfNoBlock());
+    m_socket->Hold(false);
+    sink.delivered.wait(); // without any more time
     m_receiver.Stop();
 
     EXPECT_EQ(sink.last.code, VxError::MissingPackets);
 }
 
-TEST_F(StreamReceiverTest, AReceiverThatNeverCatchesUpGoesByTheClock)
+TEST_F(StandingStillTest, WhoHasTakenAsMuchAsTheSocketHoldsGoesByTheClock)
+{
+    OneBufferSink sink(2);
+    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
+    std::ignore = PutBlockButOne(1);
+    m_socket->WaitUntilIdle();
+
+    const std::size_t bytes = OfNoBlock().size();
+    std::atomic<std::size_t> sent = 0;
+    std::atomic<std::size_t> sentBetween = 0;
+    m_clock.Advance(2s);
+    m_socket->PutEndlessly(kCamera, OfNoBlock(), [&] {
+        ++sent;
+        if (sink.Count() != 1)
+            return;
+        if (++sentBetween == 1)
+            std::ignore = PutBlockButOne(2);
+        else if (sentBetween == 2)
+            m_clock.Advance(2s);
+    });
+    sink.delivered.wait();
+    m_receiver.Stop();
+
+    EXPECT_GE(sent * bytes, kSocketBytes);
+    EXPECT_LT(sentBetween * bytes, kSocketBytes / 10) << "it has not caught up since";
+    EXPECT_EQ(sink.last.code, VxError::MissingPackets);
+}
+
+TEST_F(StandingStillTest, WhoDoesNotCatchUpWithinASecondGoesByTheClock)
 {
     OneBufferSink sink(1);
     ASSERT_TRUE(m_receiver.Start(sink).IsOK());
-    auto packets = m_stream.Block(1);
-    packets.erase(packets.begin() + 3);
-    for (auto& packet : packets)
-        m_socket->Put(kCamera, std::move(packet));
+    std::ignore = PutBlockButOne(1);
     m_socket->WaitUntilIdle();
 
     std::atomic<int> sent = 0;
     m_clock.Advance(2s);
-    m_socket->PutEndlessly(kCamera, m_stream.Header(0, gvsp::PacketFormat::Payload, 0), [&] {
+    m_socket->PutEndlessly(kCamera, OfNoBlock(), [&] {
         ++sent;
-        m_clock.Advance(1ms);
+        m_clock.Advance(10ms);
     });
     sink.delivered.wait();
     m_receiver.Stop();
