@@ -183,20 +183,35 @@ bool VxPipelineImpl::IsStarted() const
 VxResult VxPipelineImpl::Retrieve(VxBuffer** buffer, std::chrono::milliseconds timeout)
 {
     *buffer = nullptr;
-    std::unique_lock lock(m_mutex);
-    if (!m_isStarted)
+    // Texts need memory, and the receiver waits for the lock: they are made behind it.
+    switch (TakeReady(buffer, timeout)) {
+    case VxError::NotStarted:
         return VxResult(VxError::NotStarted, "the pipeline is not started");
-    m_readyChanged.wait_for(lock, timeout, [this] { return !m_ready.empty() || !m_isStarted; });
-    if (!m_isStarted)
+    case VxError::Aborted:
         return VxResult(VxError::Aborted, "the pipeline was stopped");
-    if (m_ready.empty())
+    case VxError::Timeout:
         return VxResult(VxError::Timeout,
                         "no block arrived within " + std::to_string(timeout.count()) + " ms");
+    default:
+        return VxResult::Ok();
+    }
+}
+
+VxError VxPipelineImpl::TakeReady(VxBuffer** buffer, std::chrono::milliseconds timeout)
+{
+    std::unique_lock lock(m_mutex);
+    if (!m_isStarted)
+        return VxError::NotStarted;
+    m_readyChanged.wait_for(lock, timeout, [this] { return !m_ready.empty() || !m_isStarted; });
+    if (!m_isStarted)
+        return VxError::Aborted;
+    if (m_ready.empty())
+        return VxError::Timeout;
     Slot* const slot = m_ready.front();
     m_ready.erase(m_ready.begin());
     slot->place = Place::HandedOut;
     *buffer = &slot->buffer;
-    return VxResult::Ok();
+    return VxError::Ok;
 }
 
 VxResult VxPipelineImpl::Release(const VxBuffer* buffer)

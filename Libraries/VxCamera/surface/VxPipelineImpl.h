@@ -59,6 +59,8 @@ private:
         void Describe();
     };
     VxResult Allocate(std::size_t count, std::size_t bytes);
+    /// @return  OK, NOT_STARTED, ABORTED or TIMEOUT
+    [[nodiscard]] VxError TakeReady(VxBuffer** buffer, std::chrono::milliseconds timeout);
     Slot* PopFree(std::size_t wantedBytes) VX_REQUIRES(m_mutex);
     [[nodiscard]] bool MakeRoom(const Slot& slot, std::size_t wantedBytes);
     Slot* PopGrown() VX_REQUIRES(m_mutex);
