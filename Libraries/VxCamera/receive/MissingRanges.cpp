@@ -35,9 +35,10 @@ bool MissingRanges::IsMissing(std::uint32_t packetId) const
     return found != m_ranges.end() && found->first <= packetId;
 }
 
-bool MissingRanges::IsAnyMissingUpTo(std::uint32_t packetId) const
+bool MissingRanges::IsAnyAskedForUpTo(std::uint32_t packetId) const
 {
-    return !m_ranges.empty() && m_ranges.front().first <= packetId;
+    return std::ranges::any_of(
+        m_ranges, [&](const MissingRange& range) { return range.first <= packetId && range.asks > 0; });
 }
 
 void MissingRanges::Insert(Iterator place, const MissingRange& range)

@@ -54,8 +54,8 @@ public:
 
     /// Whether the packet is known to be missing.
     [[nodiscard]] bool IsMissing(std::uint32_t packetId) const;
-    /// Whether this packet or one before it is.
-    [[nodiscard]] bool IsAnyMissingUpTo(std::uint32_t packetId) const;
+    /// Whether this packet or one before it is, and has been asked for.
+    [[nodiscard]] bool IsAnyAskedForUpTo(std::uint32_t packetId) const;
 
     [[nodiscard]] std::span<MissingRange> All() { return m_ranges; }
     [[nodiscard]] std::span<const MissingRange> All() const { return m_ranges; }

@@ -94,6 +94,9 @@ public:
     /// The camera has told that it will not, or cannot yet, send a packet again.
     void OnRefusal(Time now) { std::ignore = EndPause(now); }
 
+    /// A packet arrived too late that is not marked as sent again: not every camera marks them.
+    void OnLatePacket() { m_probes = IsMute() ? 0 : m_probes; }
+
     /// Another acquisition begins: nothing has been asked for. What was learnt about the camera stays.
     void BeginAnew();
 

@@ -12,7 +12,8 @@ using namespace std::chrono_literals;
 // Chosen: the time after which a user asks what is wrong.
 constexpr auto kSilence = 1s;
 
-// Chosen: firewalls keep a way open for half a minute and more, and the first packet may get lost.
+// Chosen: firewalls keep a way open for half a minute and more, and the first packet may get lost; an
+// interface that comes up is noticed soon enough.
 constexpr auto kSilencePause = 3s;
 
 } // namespace

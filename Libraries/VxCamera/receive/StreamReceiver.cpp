@@ -188,11 +188,12 @@ bool StreamReceiver::ReceiveOnce(Landing& landing, bool isLooking)
     TakeOrders();
     FollowBacklog();
     const auto slots = landing.Prepare(m_assembler);
+    const auto before = m_clock.Now();
     const auto received = m_socket->Receive(slots, isLooking ? 0us : WaitingTime());
     if (received)
         Take(landing, *received);
     const VxError code = received.Result().Code();
-    FollowTime(code == VxError::Timeout);
+    FollowTime(code == VxError::Timeout ? std::optional(before) : std::nullopt);
     WatchSilence();
     if (code != VxError::Ok && code != VxError::Timeout && code != VxError::Aborted) {
         m_lastError = code;
@@ -213,16 +214,20 @@ void StreamReceiver::FollowBacklog()
     m_gathering.SetSocket(m_socketBytes, backlog);
 }
 
-/// Gives nothing up by time before a look has found no packet: this thread may have stood still, and what is
-/// waited for may be here. A receiver that does not catch up goes by the clock all the same, until it does.
-void StreamReceiver::FollowTime(bool isSocketEmpty)
+/// Gives up what was due before a look that found no packet, and nothing else: this thread may have stood
+/// still, and what is waited for may be here. A receiver that does not catch up goes by the clock all the
+/// same, until it does.
+/// @param emptyAt  a time before that look; none: packets came, or nobody has looked
+void StreamReceiver::FollowTime(std::optional<IVxClock::Time> emptyAt)
 {
     const auto now = m_clock.Now();
-    if (isSocketEmpty)
+    if (emptyAt) {
         m_catchingUp.reset();
+        m_assembler.OnTime(*emptyAt);
+    }
     const bool isTried = m_catchingUp && (m_catchingUp->bytes >= m_socketBytes ||
                                           now - m_catchingUp->since >= kLongestCatchingUp);
-    if (isSocketEmpty || isTried)
+    if (isTried)
         m_assembler.OnTime(now);
     else if (!m_assembler.OnTimeBehind(now))
         m_catchingUp.reset();

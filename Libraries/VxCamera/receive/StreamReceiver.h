@@ -116,7 +116,7 @@ private:
     void TakeOrders();
     void WatchSilence();
     void OpenWay();
-    void FollowTime(bool isSocketEmpty);
+    void FollowTime(std::optional<IVxClock::Time> emptyAt);
     void DropWhatIsThere(Landing& landing);
     [[nodiscard]] std::chrono::microseconds WaitingTime() const;
     void CountPayload(const BlockInfo& info);
@@ -133,7 +133,8 @@ private:
         std::optional<PictureShape> cameraPicture;
     };
 
-    /// Something is due to be given up, unless what it lacks is among the packets that wait.
+    /// Something is, or was, due to be given up unless what it lacks is among the packets that wait. Ends
+    /// with a look that finds none.
     struct CatchingUp {
         IVxClock::Time since;
         std::uint64_t bytes = 0; ///< of packets taken since
@@ -152,7 +153,7 @@ private:
     std::optional<transport::Ipv4Address> m_group;        // constant once it is set up
     std::function<void(transport::IUdpSocket&)> m_joiner; // constant likewise; may be empty
     std::size_t m_socketBytes = 0;                        // that can wait there
-    std::optional<CatchingUp> m_catchingUp;               // none: nothing is due to be given up
+    std::optional<CatchingUp> m_catchingUp;               // none: it has caught up
     unsigned m_blocksWithoutPayload = 0;                  // one after the other
     IBlockSink* m_sink = nullptr;                         // borrowed from Start to Stop
 

@@ -216,16 +216,24 @@ VxError VxPipelineImpl::TakeReady(VxBuffer** buffer, std::chrono::milliseconds t
 
 VxResult VxPipelineImpl::Release(const VxBuffer* buffer)
 {
+    if (!TakeBack(buffer))
+        return VxResult(VxError::InvalidParameter, "the buffer was not handed out by this pipeline");
+    return VxResult::Ok();
+}
+
+/// @return  false: it was not handed out
+bool VxPipelineImpl::TakeBack(const VxBuffer* buffer)
+{
     const VxLock lock(m_mutex);
     const auto found = std::ranges::find_if(m_slots, [&](const auto& slot) {
         return &slot->buffer == buffer && slot->place == Place::HandedOut;
     });
     if (found == m_slots.end())
-        return VxResult(VxError::InvalidParameter, "the buffer was not handed out by this pipeline");
+        return false;
     (*found)->TakeBack();
     (*found)->place = Place::Free;
     m_free.push_back(found->get());
-    return VxResult::Ok();
+    return true;
 }
 
 std::size_t VxPipelineImpl::ReadyCount() const

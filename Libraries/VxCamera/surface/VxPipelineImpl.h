@@ -61,6 +61,7 @@ private:
     VxResult Allocate(std::size_t count, std::size_t bytes);
     /// @return  OK, NOT_STARTED, ABORTED or TIMEOUT
     [[nodiscard]] VxError TakeReady(VxBuffer** buffer, std::chrono::milliseconds timeout);
+    [[nodiscard]] bool TakeBack(const VxBuffer* buffer);
     Slot* PopFree(std::size_t wantedBytes) VX_REQUIRES(m_mutex);
     [[nodiscard]] bool MakeRoom(const Slot& slot, std::size_t wantedBytes);
     Slot* PopGrown() VX_REQUIRES(m_mutex);

@@ -34,7 +34,7 @@ constexpr std::size_t kMostPieces = 3 * kMostPerCall;
 static_assert(kMostPieces > 2 * Datagram::kMostBodies);
 
 // Chosen: how long a full send queue may take to drain before the datagram counts as not sent.
-constexpr int kSendQueueWaitMs = 20;
+constexpr auto kSendQueueWait = std::chrono::milliseconds(20);
 
 VxResult SetOption(int socket, int level, int option, int value, const char* what)
 {
@@ -260,13 +260,16 @@ int PosixUdpSocket::Send(std::span<const std::byte> bytes, std::size_t segmentBy
     if (segmentBytes > 0) // not longer than a datagram can be, so it fits
         notes.Add(message, UDP_SEGMENT, IPPROTO_UDP, static_cast<std::uint16_t>(segmentBytes));
     const auto send = [&] { return ::sendmsg(m_socket.Get(), &message, MSG_NOSIGNAL) >= 0; };
-    bool isSent = send();
-    if (!isSent && !m_isSendingAtOnce && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
+    int error = send() ? 0 : errno;
+    const auto isQueueFull = [&] { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; };
+    const auto deadline = Clock::now() + kSendQueueWait;
+    for (bool isOver = m_isSendingAtOnce; isQueueFull() && !isOver;) {
+        isOver = Clock::now() >= deadline; // once more when this thread stood still
         pollfd waiting{m_socket.Get(), POLLOUT, 0};
-        ::poll(&waiting, 1, kSendQueueWaitMs);
-        isSent = send();
+        ::poll(&waiting, 1, static_cast<int>(kSendQueueWait.count())); // some milliseconds
+        error = send() ? 0 : errno;
     }
-    return isSent ? 0 : errno;
+    return error;
 }
 
 VxExpected<std::size_t> PosixUdpSocket::Receive(std::span<Datagram> datagrams,

@@ -22,7 +22,7 @@ constexpr DWORD kReportConnectionReset = 0x9800000C; // SIO_UDP_CONNRESET
 constexpr DWORD kReportNetworkReset = 0x9800000F;    // SIO_UDP_NETRESET
 
 // Chosen: how long a full send queue may take to drain before the datagram counts as not sent.
-constexpr long kSendQueueWaitUs = 20'000;
+constexpr auto kSendQueueWait = std::chrono::milliseconds(20);
 
 VxResult SetOption(SOCKET socket, int level, int option, DWORD value, const char* what)
 {
@@ -183,11 +183,14 @@ VxResult WinUdpSocket::SendTo(std::span<const std::byte> bytes, const Ipv4Endpoi
         return sent < 0 ? ::WSAGetLastError() : 0;
     };
     int error = send();
-    if (error == WSAEWOULDBLOCK && !m_isSendingAtOnce) {
+    const auto deadline = Clock::now() + kSendQueueWait;
+    for (bool isOver = m_isSendingAtOnce; error == WSAEWOULDBLOCK && !isOver;) {
+        isOver = Clock::now() >= deadline; // once more when this thread stood still
         fd_set waiting{};
         waiting.fd_count = 1;
         waiting.fd_array[0] = socket;
-        timeval limit{0, kSendQueueWaitUs};
+        timeval limit{0,
+                      static_cast<long>(std::chrono::microseconds(kSendQueueWait).count())}; // below a second
         ::select(0, nullptr, &waiting, nullptr, &limit);
         error = send();
     }

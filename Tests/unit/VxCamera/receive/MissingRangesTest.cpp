@@ -123,16 +123,18 @@ TEST(MissingRangesTest, AgreesWithASetForAnyOrder)
     }
 }
 
-TEST(MissingRangesTest, TellsWhetherAPacketOrOneBeforeItIsMissing)
+TEST(MissingRangesTest, TellsWhetherAPacketOrOneBeforeItIsAskedFor)
 {
     MissingRanges missing;
-    std::ignore = missing.Arrived(0, {});
-    EXPECT_FALSE(missing.IsAnyMissingUpTo(9));
-    std::ignore = missing.Arrived(5, {}); // 1 to 4 are missing
+    std::ignore = missing.Arrived(0, kNow);
+    EXPECT_FALSE(missing.IsAnyAskedForUpTo(9));
+    std::ignore = missing.Arrived(5, kNow); // 1 to 4 are missing
+    EXPECT_FALSE(missing.IsAnyAskedForUpTo(9));
+    missing.All().front().asks = 1;
 
-    EXPECT_FALSE(missing.IsAnyMissingUpTo(0));
-    EXPECT_TRUE(missing.IsAnyMissingUpTo(1));
-    EXPECT_TRUE(missing.IsAnyMissingUpTo(5));
+    EXPECT_FALSE(missing.IsAnyAskedForUpTo(0));
+    EXPECT_TRUE(missing.IsAnyAskedForUpTo(1));
+    EXPECT_TRUE(missing.IsAnyAskedForUpTo(5));
 }
 
 } // namespace

@@ -365,5 +365,41 @@ TEST_F(UnansweredRequestTest, ARefusalOfAllPacketsBeforeOneGivesTheBlockUpAtOnce
     EXPECT_EQ(LastCode(), VxError::MissingPackets);
 }
 
+TEST_F(UnansweredRequestTest, ACameraThatHasNeverAnsweredIsNotWaitedForThoughNoBlockFollows)
+{
+    SendWithoutSecond(1);
+    for (int i = 0; i < 30; ++i)
+        Wait(20ms);
+    ASSERT_EQ(m_sink.delivered.size(), 1u);
+
+    SendWithoutSecond(2);
+    Wait(1ms);
+    Wait(4ms);
+    EXPECT_EQ(m_sink.delivered.size(), 1u);
+    Wait(1ms);
+    EXPECT_EQ(m_sink.delivered.size(), 2u);
+}
+
+TEST_F(UnansweredRequestTest, AnswersThatComeTooLateEndTheJudgementThatNoneCome)
+{
+    const StreamPackets::Packet late = m_stream.Payload(1, 2);
+    auto refusal = late;
+    refusal[0] = std::byte{0x80}; // status 0x800C: unavailable
+    refusal[1] = std::byte{0x0C};
+    std::uint64_t id = 0;
+    for (const StreamPackets::Packet& answer : {late, refusal}) {
+        SendWithoutSecond(++id);
+        for (int i = 0; i < 30; ++i)
+            Wait(20ms);
+        Send(answer);
+
+        SendWithoutSecond(++id);
+        Wait(1ms);
+        Wait(5ms);
+        EXPECT_EQ(m_sink.delivered.size(), id - 1) << "it is not waited for";
+        Wait(1s);
+    }
+}
+
 } // namespace
 } // namespace receive

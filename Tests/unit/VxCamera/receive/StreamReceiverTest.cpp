@@ -1,12 +1,10 @@
 #include "VxCamera/receive/StreamReceiver.h"
 
 #include "LandingReceiver.h"
-#include "QueueSocket.h"
-#include "StreamPackets.h"
+#include "StreamReceiverFixture.h"
 
 #include "support/Bytes.h"
 #include "support/Latch.h"
-#include "support/network/FakeClock.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +15,6 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -26,56 +23,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// One buffer, and a mark when it was delivered.
-class OneBufferSink final : public IBlockSink {
-public:
-    explicit OneBufferSink(std::ptrdiff_t blocks) : delivered(blocks) {}
-
-    BlockBuffer* TakeFree(std::size_t) override { return std::exchange(m_free, nullptr); }
-    void Deliver(BlockBuffer& buffer) override
-    {
-        last = buffer.info;
-        m_free = &buffer;
-        ++m_count;
-        delivered.count_down();
-    }
-    [[nodiscard]] int Count() const { return m_count; }
-    void GiveBack(BlockBuffer& buffer) override { m_free = &buffer; }
-    [[nodiscard]] bool IsFree() const { return m_free != nullptr; }
-
-    Latch delivered;
-    BlockInfo last;
-
-private:
-    std::array<std::byte, 64 * 48> m_memory{};
-    BlockBuffer m_buffer{m_memory, {}};
-    BlockBuffer* m_free = &m_buffer;
-    std::atomic<int> m_count = 0;
-};
-
-class StreamReceiverTest : public testing::Test {
-protected:
-    void PutBlock(std::uint64_t blockId, const transport::Ipv4Endpoint& sender)
-    {
-        for (auto& packet : m_stream.Block(blockId))
-            m_socket->Put(sender, std::move(packet));
-    }
-
-    /// Lets time pass for a receiver that waits.
-    void Pass(std::chrono::milliseconds duration)
-    {
-        m_socket->WaitUntilIdle();
-        m_clock.Advance(duration);
-        m_socket->Wake(); // the queue has no time: the receiver looks at its clock
-        m_socket->WaitUntilIdle();
-    }
-
-    StreamPackets m_stream;
-    FakeClock m_clock;
-    std::unique_ptr<QueueSocket> m_owned = std::make_unique<QueueSocket>();
-    QueueSocket* m_socket = m_owned.get();
-    StreamReceiver m_receiver{std::move(m_owned), m_clock, kCamera.address};
-};
+class StreamReceiverTest : public testing::Test, protected StreamReceiverFixture {};
 
 TEST_F(StreamReceiverTest, DeliversBlocksUntilItIsStopped)
 {
@@ -408,126 +356,6 @@ TEST_F(StreamReceiverTest, GroupsAreJoinedAtTheStartAndAgainWhileNothingArrives)
     lookAtTheClock();
     EXPECT_EQ(calls, 3);
     m_receiver.Stop();
-}
-
-/// A receiver that waits for a packet that is missing, when time passes without it.
-class StandingStillTest : public StreamReceiverTest {
-protected:
-    static constexpr std::size_t kSocketBytes = 100'000;
-
-    StandingStillTest() { m_socket->SetBufferBytes(kSocketBytes); }
-
-    [[nodiscard]] StreamPackets::Packet OfNoBlock() const
-    {
-        return m_stream.Header(0, gvsp::PacketFormat::Payload, 0);
-    }
-    /// @return  the packet of the block that was not put in
-    StreamPackets::Packet PutBlockButOne(std::uint64_t blockId)
-    {
-        auto packets = m_stream.Block(blockId);
-        auto missing = std::move(packets[3]);
-        packets.erase(packets.begin() + 3);
-        for (auto& packet : packets)
-            m_socket->Put(kCamera, std::move(packet));
-        return missing;
-    }
-    /// Time passes in which packets come and are not taken, longer than any block is waited for.
-    /// @param last  of them
-    void StandStill(StreamPackets::Packet last)
-    {
-        m_socket->WaitUntilIdle();
-        m_socket->Hold(true);
-        for (std::size_t i = 0; i < 2 * Landing::kSlots; ++i)
-            m_socket->Put(kCamera, OfNoBlock());
-        m_socket->Put(kCamera, std::move(last));
-        m_clock.Advance(2s);
-    }
-};
-
-TEST_F(StandingStillTest, AllPacketsAreLookedAtBeforeABlockIsGivenUp)
-{
-    OneBufferSink sink(1);
-    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
-    StandStill(PutBlockButOne(1));
-    m_socket->Hold(false);
-    sink.delivered.wait();
-    m_receiver.Stop();
-
-    EXPECT_EQ(sink.last.code, VxError::Ok);
-}
-
-TEST_F(StandingStillTest, AWakeIsNoLookForPackets)
-{
-    OneBufferSink sink(1);
-    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
-    StandStill(PutBlockButOne(1));
-    m_receiver.ResetStatistics(); // it wakes the receiver, which then looks
-    m_socket->Hold(false);
-    sink.delivered.wait();
-    m_receiver.Stop();
-
-    EXPECT_EQ(sink.last.code, VxError::Ok);
-}
-
-TEST_F(StandingStillTest, ABlockIsGivenUpAsSoonAsNoPacketIsLeft)
-{
-    OneBufferSink sink(1);
-    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
-    std::ignore = PutBlockButOne(1);
-    StandStill(OfNoBlock());
-    m_socket->Hold(false);
-    sink.delivered.wait(); // without any more time
-    m_receiver.Stop();
-
-    EXPECT_EQ(sink.last.code, VxError::MissingPackets);
-}
-
-TEST_F(StandingStillTest, WhoHasTakenAsMuchAsTheSocketHoldsGoesByTheClock)
-{
-    OneBufferSink sink(2);
-    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
-    std::ignore = PutBlockButOne(1);
-    m_socket->WaitUntilIdle();
-
-    const std::size_t bytes = OfNoBlock().size();
-    std::atomic<std::size_t> sent = 0;
-    std::atomic<std::size_t> sentBetween = 0;
-    m_clock.Advance(2s);
-    m_socket->PutEndlessly(kCamera, OfNoBlock(), [&] {
-        ++sent;
-        if (sink.Count() != 1)
-            return;
-        if (++sentBetween == 1)
-            std::ignore = PutBlockButOne(2);
-        else if (sentBetween == 2)
-            m_clock.Advance(2s);
-    });
-    sink.delivered.wait();
-    m_receiver.Stop();
-
-    EXPECT_GE(sent * bytes, kSocketBytes);
-    EXPECT_LT(sentBetween * bytes, kSocketBytes / 10) << "it has not caught up since";
-    EXPECT_EQ(sink.last.code, VxError::MissingPackets);
-}
-
-TEST_F(StandingStillTest, WhoDoesNotCatchUpWithinASecondGoesByTheClock)
-{
-    OneBufferSink sink(1);
-    ASSERT_TRUE(m_receiver.Start(sink).IsOK());
-    std::ignore = PutBlockButOne(1);
-    m_socket->WaitUntilIdle();
-
-    std::atomic<int> sent = 0;
-    m_clock.Advance(2s);
-    m_socket->PutEndlessly(kCamera, OfNoBlock(), [&] {
-        ++sent;
-        m_clock.Advance(10ms);
-    });
-    sink.delivered.wait();
-    m_receiver.Stop();
-
-    EXPECT_EQ(sink.last.code, VxError::MissingPackets);
-    EXPECT_GE(sent, 100);
 }
 
 TEST_F(StreamReceiverTest, LeadersWithoutPayloadAreTold)

@@ -239,6 +239,23 @@ TEST_F(UdpSocketTest, NothingThereIsATimeout)
     EXPECT_EQ(socket->Receive({&received.datagram, 1}, 1500us).Result().Code(), VxError::Timeout);
 }
 
+TEST_F(UdpSocketTest, AWaitThatIsOverBeforeItBeginsStillBringsWhatHasCome)
+{
+    const auto sender = Open();
+    const auto receiver = Open();
+    const auto later = Open();
+    for (int i = 0; i < 200; ++i) {
+        Received received;
+        ASSERT_EQ(receiver->Receive({&received.datagram, 1}, 0us).Result().Code(), VxError::Timeout);
+        ASSERT_TRUE(sender->SendTo(AsBytes("hello"), receiver->LocalEndpoint()).IsOK());
+        ASSERT_TRUE(sender->SendTo(AsBytes("sent behind it"), later->LocalEndpoint()).IsOK());
+        ASSERT_TRUE(later->Receive({&received.datagram, 1}, kArrives));
+
+        ASSERT_TRUE(receiver->Receive({&received.datagram, 1}, 1us)) << i;
+        EXPECT_EQ(received.Text(), "hello");
+    }
+}
+
 TEST_F(UdpSocketTest, AWakeBeforeReceiveEndsItOnce)
 {
     const auto socket = Open();
